@@ -1,0 +1,125 @@
+#include "AppBootstrap.h"
+
+#include "WindowLauncher.h"
+#include "cli/CliRegistry.h"
+#include "cli/TerminalPasswordPrompt.h"
+#include "exec/AdminAuthentication.h"
+#include "exec/DryRunExecutor.h"
+#include "exec/IconAlert.h"
+#include "exec/SessionExecutor.h"
+
+#include <QApplication>
+#include <QCoreApplication>
+#include <memory>
+#include <unistd.h>
+
+namespace {
+
+struct GlobalOptions {
+    QString root = QStringLiteral("/");
+    bool dryRun = false;
+    bool help = false;
+    bool version = false;
+    bool rootGiven = false;
+    QStringList rest; // the verb and its words
+    QString error;
+};
+
+GlobalOptions parseGlobal(int argc, char **argv)
+{
+    GlobalOptions options;
+    for (int i = 1; i < argc; ++i) {
+        const QString word = QString::fromLocal8Bit(argv[i]);
+        if (!options.rest.isEmpty()) {
+            options.rest << word;
+        } else if (word == QLatin1String("--root")) {
+            if (i + 1 >= argc) {
+                options.error = QStringLiteral("--root needs a folder");
+                break;
+            }
+            options.root = QString::fromLocal8Bit(argv[++i]);
+            options.rootGiven = true;
+        } else if (word == QLatin1String("--dry-run")) {
+            options.dryRun = true;
+        } else if (word == QLatin1String("--help") || word == QLatin1String("-h")) {
+            options.help = true;
+        } else if (word == QLatin1String("--version")) {
+            options.version = true;
+        } else if (word.startsWith(QLatin1String("-"))) {
+            // Qt's own window options (-platform, -style ...) pass through to the window.
+            options.rest.clear();
+            if (word.startsWith(QLatin1String("--"))) {
+                options.error = QStringLiteral("unknown option %1").arg(word);
+                break;
+            }
+        } else {
+            options.rest << word;
+        }
+    }
+    return options;
+}
+
+AdminAuthentication::Config sessionConfig(const SystemPaths &paths)
+{
+    AdminAuthentication::Config config;
+    config.direct = ::geteuid() == 0 || paths.isSandbox();
+    config.environment = paths.rootEnvironment();
+    return config;
+}
+
+int runVerb(int argc, char **argv, const GlobalOptions &options, const SystemPaths &paths)
+{
+    QCoreApplication app(argc, argv);
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    const auto &verbs = CliRegistry::verbs();
+    auto it = verbs.find(options.rest.first());
+    if (it == verbs.end()) {
+        err << "kextkeeper: unknown verb " << options.rest.first() << Qt::endl
+            << CliRegistry::helpText();
+        return CliUsage;
+    }
+    static TerminalPasswordPrompt prompt;
+    AdminAuthentication::configureShared(sessionConfig(paths), &prompt);
+    // The command line reports on its own streams: no notifications, no sheets.
+    IconAlert::configureDefault(paths, AdminAuthentication::sharedInstance(),
+                                Alerts(nullptr, nullptr));
+    SessionExecutor session(AdminAuthentication::sharedInstance());
+    DryRunExecutor dryRun(out);
+    CliContext context{options.rest.mid(1), paths,   options.dryRun, out, err,
+                       options.dryRun ? static_cast<Executor &>(dryRun) : session};
+    const int status = it->second.run(context);
+    out.flush();
+    err.flush();
+    return status;
+}
+
+} // namespace
+
+int kextkeeperMain(int argc, char **argv)
+{
+    const GlobalOptions options = parseGlobal(argc, argv);
+    QTextStream err(stderr);
+    if (!options.error.isEmpty()) {
+        err << "kextkeeper: " << options.error << Qt::endl << CliRegistry::helpText();
+        return CliUsage;
+    }
+    if (options.help) {
+        QTextStream(stdout) << CliRegistry::helpText();
+        return CliOk;
+    }
+    if (options.version) {
+        QTextStream(stdout) << "kextkeeper " << KK_VERSION << Qt::endl;
+        return CliOk;
+    }
+    const SystemPaths paths(options.root);
+    SystemPaths::setCurrent(paths);
+    if (!options.rest.isEmpty())
+        return runVerb(argc, argv, options, paths);
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("KextKeeper"));
+    QApplication::setApplicationVersion(QStringLiteral(KK_VERSION));
+    AdminAuthentication::configureShared(sessionConfig(paths), nullptr);
+    return launchWindow(app, paths);
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <optional>
+
+// Small parser for a verb's own words: "--name value" options, "--flag" switches and
+// positional words, in any order.
+class CliArgs {
+public:
+    CliArgs(const QStringList &words, const QStringList &valueOptions,
+            const QStringList &flagOptions);
+
+    bool ok() const { return m_error.isEmpty(); }
+    QString error() const { return m_error; }
+
+    std::optional<QString> value(const QString &option) const;
+    QStringList values(const QString &option) const; // every occurrence, in order
+    bool flag(const QString &option) const { return m_flags.contains(option); }
+    QStringList positional() const { return m_positional; }
+
+private:
+    QList<QPair<QString, QString>> m_values;
+    QStringList m_flags;
+    QStringList m_positional;
+    QString m_error;
+};

@@ -1,0 +1,6 @@
+#include "AppBootstrap.h"
+
+int main(int argc, char **argv)
+{
+    return kextkeeperMain(argc, argv);
+}

@@ -1,0 +1,152 @@
+#include "exec/AdminAuthentication.h"
+
+#include "exec/ProcessRunner.h"
+
+#include <QCoreApplication>
+#include <memory>
+
+namespace {
+std::unique_ptr<AdminAuthentication> &sharedSlot()
+{
+    static std::unique_ptr<AdminAuthentication> instance;
+    return instance;
+}
+} // namespace
+
+AdminAuthentication::AdminAuthentication(Config config, PasswordPrompt *prompt, SystemLog *log)
+    : m_config(std::move(config)), m_prompt(prompt), m_log(log)
+{
+}
+
+AdminAuthentication::~AdminAuthentication()
+{
+    deauthenticate();
+}
+
+AdminAuthentication &AdminAuthentication::sharedInstance()
+{
+    auto &slot = sharedSlot();
+    if (!slot)
+        slot = std::make_unique<AdminAuthentication>(Config{}, nullptr, &SystemLog::syslog());
+    return *slot;
+}
+
+void AdminAuthentication::configureShared(Config config, PasswordPrompt *prompt)
+{
+    sharedSlot() = std::make_unique<AdminAuthentication>(std::move(config), prompt,
+                                                         &SystemLog::syslog());
+}
+
+int AdminAuthentication::sudoStatus(const QStringList &args, const QByteArray &input)
+{
+    ProcessRunner::Request request;
+    request.program = m_config.sudo;
+    request.args = args;
+    request.capture = ProcessRunner::Stream::Error; // sudo's own complaints stay quiet
+    request.input = input.isNull() ? ProcessRunner::Input::Null : ProcessRunner::Input::Data;
+    request.inputData = input;
+    request.waitForExit = true;
+    ProcessRunner::Result result = ProcessRunner::run(request);
+    return result.launched ? result.exitStatus : -1;
+}
+
+bool AdminAuthentication::isAuthenticated(const QString &)
+{
+    m_session = true;
+    if (m_config.direct)
+        return true;
+    return sudoStatus({QStringLiteral("-n"), QStringLiteral("-v")}) == 0;
+}
+
+bool AdminAuthentication::fetchPassword(const QString &value)
+{
+    m_session = true;
+    bool granted = m_config.direct;
+    if (!granted && m_prompt) {
+        std::optional<QString> password = m_prompt->askPassword(value);
+        if (password) {
+            QByteArray input = password->toUtf8() + '\n';
+            granted = sudoStatus({QStringLiteral("-S"), QStringLiteral("-p"), QString(),
+                                  QStringLiteral("-v")},
+                                 input) == 0;
+            input.fill('\0');
+        }
+    }
+    if (granted && m_delegate)
+        m_delegate->authenticationDidAuthorize(this);
+    return granted;
+}
+
+bool AdminAuthentication::authenticate(const QString &value)
+{
+    if (!isAuthenticated(value))
+        fetchPassword(value);
+    return isAuthenticated(value);
+}
+
+void AdminAuthentication::deauthenticate()
+{
+    if (!m_session.exchange(false))
+        return;
+    if (!m_config.direct)
+        sudoStatus({QStringLiteral("-k")});
+    if (m_delegate)
+        m_delegate->authenticationDidDeauthorize(this);
+}
+
+bool AdminAuthentication::authorizeRootTask()
+{
+    const QString root = QStringLiteral("root");
+    if (!isAuthenticated(root))
+        authenticate(root);
+    return isAuthenticated(root);
+}
+
+bool AdminAuthentication::executeCommand(const QString &tool, const QStringList &args)
+{
+    return launch(tool, args, Launch::Detached);
+}
+
+bool AdminAuthentication::executeCommandSynced(const QString &tool, const QStringList &args)
+{
+    return launch(tool, args, Launch::Synced);
+}
+
+bool AdminAuthentication::launch(const QString &tool, const QStringList &args, Launch mode)
+{
+    if (!authenticate(tool))
+        return false;
+
+    ProcessRunner::Request request;
+    const QStringList toolArgs = args.mid(0, maxArguments);
+    if (m_config.direct) {
+        request.program = tool;
+        request.args = toolArgs;
+    } else {
+        request.program = m_config.sudo;
+        request.args = QStringList{QStringLiteral("-n"), QStringLiteral("--"), tool} + toolArgs;
+    }
+    request.input = ProcessRunner::Input::Null;
+    request.environment = m_config.environment;
+    request.chunkSize = chunkSize;
+    if (mode == Launch::Synced) {
+        request.onChunk = [this](const QByteArray &chunk) {
+            if (m_log)
+                m_log->write(chunk);
+        };
+    }
+    // The detached form never reads: the tool's output goes where ours goes.
+    request.readOutput = mode == Launch::Synced;
+    ProcessRunner::Result result = ProcessRunner::run(request);
+    if (!result.launched) {
+        if (m_log)
+            m_log->write(QByteArray("Error ") + QByteArray::number(result.launchError) +
+                         " in AuthorizationExecuteWithPrivileges");
+        if (m_delegate)
+            m_delegate->authenticationFailedExecute(this);
+        return false;
+    }
+    if (m_delegate)
+        m_delegate->authenticationDidExecute(this);
+    return true;
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "exec/AuthenticationDelegate.h"
+#include "exec/PasswordPrompt.h"
+#include "exec/SystemLog.h"
+
+#include <QString>
+#include <QStringList>
+#include <atomic>
+
+// Holds the administrator's grant for the whole process and runs tools as root with it.
+// Backed by sudo: its cached timestamp is the grant, `sudo -n -v` asks whether it is
+// still held without a prompt, our own dialog feeds `sudo -S -p '' -v` on standard input
+// (the password never reaches a command line, a file or a log), and every run is
+// `sudo -n -- TOOL ARGS`. When we already are root, or work on a sandbox root, the
+// grant is always held and root runs are plain runs.
+class AdminAuthentication {
+public:
+    struct Config {
+        QString sudo = QStringLiteral("sudo");
+        bool direct = false;        // run tools directly: euid 0 or a sandbox
+        QStringList environment;    // extra environment of root runs
+    };
+
+    AdminAuthentication(Config config, PasswordPrompt *prompt, SystemLog *log);
+    ~AdminAuthentication();
+
+    static AdminAuthentication &sharedInstance();
+    // Main sets the shared instance up once, before any task runs.
+    static void configureShared(Config config, PasswordPrompt *prompt);
+
+    bool isAuthenticated(const QString &value);
+    bool fetchPassword(const QString &value);
+    bool authenticate(const QString &value);
+    void deauthenticate();
+
+    bool executeCommand(const QString &tool, const QStringList &args);
+    bool executeCommandSynced(const QString &tool, const QStringList &args);
+
+    AuthenticationDelegate *delegate() const { return m_delegate; }
+    void setDelegate(AuthenticationDelegate *delegate) { m_delegate = delegate; }
+
+    void setPasswordPrompt(PasswordPrompt *prompt) { m_prompt = prompt; }
+    bool runsDirectly() const { return m_config.direct; }
+
+    // The root-task pattern every task runs before its work: ask, ask again after the
+    // dialog; false means the task ends silently.
+    bool authorizeRootTask();
+
+    static constexpr int maxArguments = 19;
+    static constexpr int chunkSize = 1024;
+
+private:
+    enum class Launch { Detached, Synced };
+    bool launch(const QString &tool, const QStringList &args, Launch mode);
+    int sudoStatus(const QStringList &args, const QByteArray &input = {});
+
+    Config m_config;
+    PasswordPrompt *m_prompt;
+    SystemLog *m_log;
+    AuthenticationDelegate *m_delegate = nullptr;
+    // The "session": made by the first query, dropped by deauthenticate.
+    std::atomic<bool> m_session{false};
+};

@@ -1,0 +1,31 @@
+#include "exec/Command.h"
+
+#include <QRegularExpression>
+#include <cstring>
+
+QString shellQuote(const QString &word)
+{
+    static const QRegularExpression safe(QStringLiteral("^[A-Za-z0-9_@%+=:,./-]+$"));
+    if (safe.match(word).hasMatch())
+        return word;
+    QString quoted = word;
+    quoted.replace(QLatin1Char('\''), QStringLiteral("'\\''"));
+    return QLatin1Char('\'') + quoted + QLatin1Char('\'');
+}
+
+QString Command::toShellLine() const
+{
+    QStringList words{shellQuote(tool)};
+    for (const QString &arg : args)
+        words << shellQuote(arg);
+    return words.join(QLatin1Char(' '));
+}
+
+char *toString(const Command &command)
+{
+    const QByteArray text =
+        ((command.asRoot ? "root: " : "user: ") + command.toShellLine()).toUtf8();
+    char *copy = new char[text.size() + 1];
+    std::memcpy(copy, text.constData(), text.size() + 1);
+    return copy;
+}

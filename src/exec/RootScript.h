@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+class AdminAuthentication;
+
+// Runs one root command line whose standard error decides success (loading and
+// unloading a kext): the line goes into a throw-away script in the home folder with
+// its standard error sent to a log beside it, the script runs through the privileged
+// session, and the log's text is the answer.
+class RootScript {
+public:
+    RootScript(AdminAuthentication &session, const QString &home);
+
+    QString scriptPath() const { return m_home + QStringLiteral("/qz_scr.sh"); }
+    QString logPath() const { return m_home + QStringLiteral("/qz_log.txt"); }
+
+    // command + " '" + argument + "' 2> " + log path. The argument is one shell word:
+    // an apostrophe in it is written as '\'' so it cannot end the quoting; without one
+    // the line is exactly the five pieces. The log path is quoted only when it needs it.
+    QString scriptLine(const QString &command, const QString &argument) const;
+
+    // The log's text; absent when authorization was refused (the script is then left
+    // behind for the next command to overwrite) or the log can't be read.
+    std::optional<QString> run(const QString &command, const QString &argument);
+
+private:
+    AdminAuthentication &m_session;
+    QString m_home;
+};

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <memory>
+#include <optional>
+#include <plist/plist++.h>
+
+// Thin helpers over libplist++: read a property list file (XML or binary) as a
+// dictionary, fetch typed values, and write a dictionary back atomically so that a
+// crash never leaves half a settings file behind.
+class PlistFile {
+public:
+    // nullptr when the file is missing, unreadable, malformed or not a dictionary.
+    static std::unique_ptr<PList::Dictionary> readDictionary(const QString &path);
+    static std::unique_ptr<PList::Dictionary> parseDictionary(const QByteArray &bytes);
+
+    static std::optional<QString> string(const PList::Dictionary &dict, const char *key);
+    static std::optional<bool> boolean(const PList::Dictionary &dict, const char *key);
+    // Only the string members of an array; absent when the key is not an array.
+    static std::optional<QStringList> stringArray(const PList::Dictionary &dict, const char *key);
+
+    // Writes XML through a temporary file that then takes the final name.
+    static bool writeDictionary(const QString &path, const PList::Dictionary &dict);
+
+    // Reads the file, sets one boolean and writes it back whole: other keys are kept.
+    static bool setBoolean(const QString &path, const char *key, bool value);
+};

@@ -1,0 +1,83 @@
+#include "volumes/SystemPaths.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <unistd.h>
+#include <pwd.h>
+
+namespace {
+SystemPaths &currentPaths()
+{
+    static SystemPaths paths;
+    return paths;
+}
+
+QString stripTrailingSlash(QString path)
+{
+    while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
+        path.chop(1);
+    return path;
+}
+} // namespace
+
+SystemPaths::SystemPaths(const QString &root, const QString &home, const QString &contentsDir)
+    : m_root(root.isEmpty() ? QStringLiteral("/") : stripTrailingSlash(QDir::cleanPath(root))),
+      m_home(stripTrailingSlash(home.isEmpty() ? QDir::homePath() : home)),
+      m_contents(contentsDir.isEmpty() ? defaultContentsDir() : contentsDir)
+{
+}
+
+QString SystemPaths::system(const QString &absolutePath) const
+{
+    if (!isSandbox())
+        return absolutePath;
+    return m_root + absolutePath;
+}
+
+QString SystemPaths::volumesDir() const
+{
+    const QString volumes = system(QStringLiteral("/Volumes"));
+    if (isSandbox() || QFileInfo::exists(volumes))
+        return volumes;
+    const passwd *pw = ::getpwuid(::getuid());
+    const QString user = pw ? QString::fromLocal8Bit(pw->pw_name) : QString();
+    for (const QString &candidate : {QStringLiteral("/run/media/") + user,
+                                     QStringLiteral("/media/") + user}) {
+        if (QFileInfo(candidate).isDir())
+            return candidate;
+    }
+    return volumes;
+}
+
+QStringList SystemPaths::rootEnvironment() const
+{
+    if (!isSandbox())
+        return {};
+    QStringList dirs;
+    for (const char *dir : {"/usr/sbin", "/sbin", "/usr/bin", "/bin"})
+        dirs << m_root + QLatin1String(dir);
+    const QString hostPath = qEnvironmentVariable("PATH", QStringLiteral("/usr/bin:/bin"));
+    return {QStringLiteral("PATH=") + dirs.join(QLatin1Char(':')) + QLatin1Char(':') + hostPath};
+}
+
+const SystemPaths &SystemPaths::current()
+{
+    return currentPaths();
+}
+
+void SystemPaths::setCurrent(const SystemPaths &paths)
+{
+    currentPaths() = paths;
+}
+
+QString SystemPaths::defaultContentsDir()
+{
+#ifdef Q_OS_MACOS
+    if (QCoreApplication::instance())
+        return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/.."));
+#endif
+    const QString config = qEnvironmentVariable("XDG_CONFIG_HOME",
+                                                QDir::homePath() + QStringLiteral("/.config"));
+    return config + QStringLiteral("/kextkeeper");
+}
