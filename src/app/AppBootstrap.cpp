@@ -25,8 +25,7 @@ struct GlobalOptions {
     QString error;
 };
 
-GlobalOptions parseGlobal(int argc, char **argv)
-{
+GlobalOptions parseGlobal(int argc, char **argv) {
     GlobalOptions options;
     for (int i = 1; i < argc; ++i) {
         const QString word = QString::fromLocal8Bit(argv[i]);
@@ -59,16 +58,14 @@ GlobalOptions parseGlobal(int argc, char **argv)
     return options;
 }
 
-AdminAuthentication::Config sessionConfig(const SystemPaths &paths)
-{
+AdminAuthentication::Config sessionConfig(const SystemPaths &paths) {
     AdminAuthentication::Config config;
     config.direct = ::geteuid() == 0 || paths.isSandbox();
     config.environment = paths.rootEnvironment();
     return config;
 }
 
-int runVerb(int argc, char **argv, const GlobalOptions &options, const SystemPaths &paths)
-{
+int runVerb(int argc, char **argv, const GlobalOptions &options, const SystemPaths &paths) {
     QCoreApplication app(argc, argv);
     QTextStream out(stdout);
     QTextStream err(stderr);
@@ -86,7 +83,11 @@ int runVerb(int argc, char **argv, const GlobalOptions &options, const SystemPat
                                 Alerts(nullptr, nullptr));
     SessionExecutor session(AdminAuthentication::sharedInstance());
     DryRunExecutor dryRun(out);
-    CliContext context{options.rest.mid(1), paths,   options.dryRun, out, err,
+    CliContext context{options.rest.mid(1),
+                       paths,
+                       options.dryRun,
+                       out,
+                       err,
                        options.dryRun ? static_cast<Executor &>(dryRun) : session};
     const int status = it->second.run(context);
     out.flush();
@@ -96,8 +97,7 @@ int runVerb(int argc, char **argv, const GlobalOptions &options, const SystemPat
 
 } // namespace
 
-int kextkeeperMain(int argc, char **argv)
-{
+int kextkeeperMain(int argc, char **argv) {
     const GlobalOptions options = parseGlobal(argc, argv);
     QTextStream err(stderr);
     if (!options.error.isEmpty()) {

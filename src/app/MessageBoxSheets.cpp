@@ -9,8 +9,7 @@
 namespace {
 QPointer<QMessageBox> last;
 
-const char *iconFile(SheetPresenter::Kind kind)
-{
+const char *iconFile(SheetPresenter::Kind kind) {
     return kind == SheetPresenter::Kind::Error
                ? "/System/Library/CoreServices/CoreTypes.bundle/Contents/Resources/"
                  "AlertCautionIcon.icns"
@@ -20,8 +19,7 @@ const char *iconFile(SheetPresenter::Kind kind)
 } // namespace
 
 void MessageBoxSheets::showSheet(Kind kind, const QString &headline, const QString &text,
-                                 QObject *window)
-{
+                                 QObject *window) {
     auto *parent = qobject_cast<QWidget *>(window);
     auto *box = new QMessageBox(parent);
     box->setAttribute(Qt::WA_DeleteOnClose);
@@ -38,7 +36,6 @@ void MessageBoxSheets::showSheet(Kind kind, const QString &headline, const QStri
     box->open();
 }
 
-QMessageBox *MessageBoxSheets::lastShown()
-{
+QMessageBox *MessageBoxSheets::lastShown() {
     return last.data();
 }

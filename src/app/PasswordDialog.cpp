@@ -14,8 +14,7 @@
 
 PasswordDialog::PasswordDialog(QWidget *window) : m_window(window) {}
 
-std::optional<QString> PasswordDialog::askPassword(const QString &reason)
-{
+std::optional<QString> PasswordDialog::askPassword(const QString &reason) {
     if (QThread::currentThread() == thread())
         return askOnUiThread(reason);
     std::optional<QString> answer;
@@ -24,8 +23,7 @@ std::optional<QString> PasswordDialog::askPassword(const QString &reason)
     return answer;
 }
 
-std::optional<QString> PasswordDialog::askOnUiThread(const QString &reason)
-{
+std::optional<QString> PasswordDialog::askOnUiThread(const QString &reason) {
     if (m_answer)
         return m_answer(reason);
     QDialog dialog(m_window);

@@ -17,8 +17,7 @@ public:
 
     // Tests answer the dialog without a person: the function gets the reason and
     // returns the password, or nothing for Cancel.
-    void setAnswer(std::function<std::optional<QString>(const QString &)> answer)
-    {
+    void setAnswer(std::function<std::optional<QString>(const QString &)> answer) {
         m_answer = std::move(answer);
     }
 

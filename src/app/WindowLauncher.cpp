@@ -9,8 +9,7 @@
 #include <QApplication>
 #include <QMainWindow>
 
-int launchWindow(QApplication &app, const SystemPaths &paths)
-{
+int launchWindow(QApplication &app, const SystemPaths &paths) {
     QMainWindow window;
     window.setWindowTitle(paths.isSandbox() ? QStringLiteral("KextKeeper (sandbox)")
                                             : QStringLiteral("KextKeeper"));

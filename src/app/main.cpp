@@ -1,6 +1,5 @@
 #include "AppBootstrap.h"
 
-int main(int argc, char **argv)
-{
+int main(int argc, char **argv) {
     return kextkeeperMain(argc, argv);
 }

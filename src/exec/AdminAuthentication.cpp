@@ -6,39 +6,32 @@
 #include <memory>
 
 namespace {
-std::unique_ptr<AdminAuthentication> &sharedSlot()
-{
+std::unique_ptr<AdminAuthentication> &sharedSlot() {
     static std::unique_ptr<AdminAuthentication> instance;
     return instance;
 }
 } // namespace
 
 AdminAuthentication::AdminAuthentication(Config config, PasswordPrompt *prompt, SystemLog *log)
-    : m_config(std::move(config)), m_prompt(prompt), m_log(log)
-{
-}
+    : m_config(std::move(config)), m_prompt(prompt), m_log(log) {}
 
-AdminAuthentication::~AdminAuthentication()
-{
+AdminAuthentication::~AdminAuthentication() {
     deauthenticate();
 }
 
-AdminAuthentication &AdminAuthentication::sharedInstance()
-{
+AdminAuthentication &AdminAuthentication::sharedInstance() {
     auto &slot = sharedSlot();
     if (!slot)
         slot = std::make_unique<AdminAuthentication>(Config{}, nullptr, &SystemLog::syslog());
     return *slot;
 }
 
-void AdminAuthentication::configureShared(Config config, PasswordPrompt *prompt)
-{
-    sharedSlot() = std::make_unique<AdminAuthentication>(std::move(config), prompt,
-                                                         &SystemLog::syslog());
+void AdminAuthentication::configureShared(Config config, PasswordPrompt *prompt) {
+    sharedSlot() =
+        std::make_unique<AdminAuthentication>(std::move(config), prompt, &SystemLog::syslog());
 }
 
-int AdminAuthentication::sudoStatus(const QStringList &args, const QByteArray &input)
-{
+int AdminAuthentication::sudoStatus(const QStringList &args, const QByteArray &input) {
     ProcessRunner::Request request;
     request.program = m_config.sudo;
     request.args = args;
@@ -50,16 +43,14 @@ int AdminAuthentication::sudoStatus(const QStringList &args, const QByteArray &i
     return result.launched ? result.exitStatus : -1;
 }
 
-bool AdminAuthentication::isAuthenticated(const QString &)
-{
+bool AdminAuthentication::isAuthenticated(const QString &) {
     m_session = true;
     if (m_config.direct)
         return true;
     return sudoStatus({QStringLiteral("-n"), QStringLiteral("-v")}) == 0;
 }
 
-bool AdminAuthentication::fetchPassword(const QString &value)
-{
+bool AdminAuthentication::fetchPassword(const QString &value) {
     m_session = true;
     bool granted = m_config.direct;
     if (!granted && m_prompt) {
@@ -77,15 +68,13 @@ bool AdminAuthentication::fetchPassword(const QString &value)
     return granted;
 }
 
-bool AdminAuthentication::authenticate(const QString &value)
-{
+bool AdminAuthentication::authenticate(const QString &value) {
     if (!isAuthenticated(value))
         fetchPassword(value);
     return isAuthenticated(value);
 }
 
-void AdminAuthentication::deauthenticate()
-{
+void AdminAuthentication::deauthenticate() {
     if (!m_session.exchange(false))
         return;
     if (!m_config.direct)
@@ -94,26 +83,22 @@ void AdminAuthentication::deauthenticate()
         m_delegate->authenticationDidDeauthorize(this);
 }
 
-bool AdminAuthentication::authorizeRootTask()
-{
+bool AdminAuthentication::authorizeRootTask() {
     const QString root = QStringLiteral("root");
     if (!isAuthenticated(root))
         authenticate(root);
     return isAuthenticated(root);
 }
 
-bool AdminAuthentication::executeCommand(const QString &tool, const QStringList &args)
-{
+bool AdminAuthentication::executeCommand(const QString &tool, const QStringList &args) {
     return launch(tool, args, Launch::Detached);
 }
 
-bool AdminAuthentication::executeCommandSynced(const QString &tool, const QStringList &args)
-{
+bool AdminAuthentication::executeCommandSynced(const QString &tool, const QStringList &args) {
     return launch(tool, args, Launch::Synced);
 }
 
-bool AdminAuthentication::launch(const QString &tool, const QStringList &args, Launch mode)
-{
+bool AdminAuthentication::launch(const QString &tool, const QStringList &args, Launch mode) {
     if (!authenticate(tool))
         return false;
 

@@ -18,8 +18,8 @@ class AdminAuthentication {
 public:
     struct Config {
         QString sudo = QStringLiteral("sudo");
-        bool direct = false;        // run tools directly: euid 0 or a sandbox
-        QStringList environment;    // extra environment of root runs
+        bool direct = false;     // run tools directly: euid 0 or a sandbox
+        QStringList environment; // extra environment of root runs
     };
 
     AdminAuthentication(Config config, PasswordPrompt *prompt, SystemLog *log);

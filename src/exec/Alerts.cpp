@@ -5,25 +5,20 @@
 #include "exec/Tr.h"
 
 Alerts::Alerts(Notifier *notifier, SheetPresenter *sheets)
-    : m_notifier(notifier), m_sheets(sheets)
-{
-}
+    : m_notifier(notifier), m_sheets(sheets) {}
 
-bool Alerts::notifierRuns()
-{
+bool Alerts::notifierRuns() {
     return m_notifier && m_notifier->isRunning();
 }
 
-void Alerts::showError(const QString &message, QObject *window)
-{
+void Alerts::showError(const QString &message, QObject *window) {
     if (notifierRuns())
         m_notifier->notify(kkTr("Error"), message, QStringLiteral("Task Failed"));
     if (m_sheets)
         m_sheets->showSheet(SheetPresenter::Kind::Error, kkTr("Error"), message, window);
 }
 
-void Alerts::showInfo(const QString &message, QObject *window)
-{
+void Alerts::showInfo(const QString &message, QObject *window) {
     if (notifierRuns()) {
         m_notifier->notify(kkTr("Done"), message, QStringLiteral("Task Finished"));
         return;

@@ -3,8 +3,7 @@
 #include <QRegularExpression>
 #include <cstring>
 
-QString shellQuote(const QString &word)
-{
+QString shellQuote(const QString &word) {
     static const QRegularExpression safe(QStringLiteral("^[A-Za-z0-9_@%+=:,./-]+$"));
     if (safe.match(word).hasMatch())
         return word;
@@ -13,16 +12,14 @@ QString shellQuote(const QString &word)
     return QLatin1Char('\'') + quoted + QLatin1Char('\'');
 }
 
-QString Command::toShellLine() const
-{
+QString Command::toShellLine() const {
     QStringList words{shellQuote(tool)};
     for (const QString &arg : args)
         words << shellQuote(arg);
     return words.join(QLatin1Char(' '));
 }
 
-char *toString(const Command &command)
-{
+char *toString(const Command &command) {
     const QByteArray text =
         ((command.asRoot ? "root: " : "user: ") + command.toShellLine()).toUtf8();
     char *copy = new char[text.size() + 1];

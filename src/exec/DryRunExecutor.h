@@ -10,8 +10,7 @@ class DryRunExecutor final : public Executor {
 public:
     explicit DryRunExecutor(QTextStream &out) : m_out(out) {}
     bool authorize() override { return true; }
-    void run(const Command &command) override
-    {
+    void run(const Command &command) override {
         if (command.asRoot)
             m_out << command.toShellLine() << Qt::endl;
     }

@@ -10,16 +10,14 @@ const char *service = "org.freedesktop.Notifications";
 
 FreedesktopNotifier::FreedesktopNotifier(QDBusConnection bus) : m_bus(std::move(bus)) {}
 
-bool FreedesktopNotifier::isRunning()
-{
+bool FreedesktopNotifier::isRunning() {
     if (!m_bus.isConnected() || !m_bus.interface())
         return false;
     return m_bus.interface()->isServiceRegistered(QLatin1String(service)).value();
 }
 
 void FreedesktopNotifier::notify(const QString &title, const QString &description,
-                                 const QString &name)
-{
+                                 const QString &name) {
     QDBusMessage call = QDBusMessage::createMethodCall(
         QLatin1String(service), QStringLiteral("/org/freedesktop/Notifications"),
         QLatin1String(service), QStringLiteral("Notify"));
@@ -28,5 +26,6 @@ void FreedesktopNotifier::notify(const QString &title, const QString &descriptio
     hints.insert(QStringLiteral("x-kextkeeper-notification"), name);
     call << QStringLiteral("KextKeeper") << uint(0) << QString() << title << description
          << QStringList() << hints << int(-1);
-    m_bus.call(call, QDBus::Block, 2000);
+    // Fire and forget: a slow service must never hold up the end of a task.
+    m_bus.asyncCall(call);
 }

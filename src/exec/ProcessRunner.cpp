@@ -17,8 +17,7 @@ extern char **environ;
 namespace {
 
 // Our environment with the request's entries laid over it.
-std::vector<std::string> mergedEnvironment(const QStringList &overrides)
-{
+std::vector<std::string> mergedEnvironment(const QStringList &overrides) {
     std::map<std::string, std::string> entries;
     for (char **e = environ; e && *e; ++e) {
         std::string entry(*e);
@@ -34,15 +33,13 @@ std::vector<std::string> mergedEnvironment(const QStringList &overrides)
     return merged;
 }
 
-void closeIfOpen(int &fd)
-{
+void closeIfOpen(int &fd) {
     if (fd >= 0)
         ::close(fd);
     fd = -1;
 }
 
-void writeAll(int fd, const QByteArray &data)
-{
+void writeAll(int fd, const QByteArray &data) {
     const char *p = data.constData();
     qsizetype left = data.size();
     while (left > 0) {
@@ -58,8 +55,7 @@ void writeAll(int fd, const QByteArray &data)
 
 } // namespace
 
-ProcessRunner::Result ProcessRunner::run(const Request &request)
-{
+ProcessRunner::Result ProcessRunner::run(const Request &request) {
     Result result;
     // A reader that went away (a tool closing its stdin early) must not kill us.
     static const bool ignoredPipeSignal = [] { return ::signal(SIGPIPE, SIG_IGN) != SIG_ERR; }();
@@ -154,8 +150,7 @@ ProcessRunner::Result ProcessRunner::run(const Request &request)
     return result;
 }
 
-std::optional<QString> ProcessRunner::decodeUtf8(const QByteArray &bytes)
-{
+std::optional<QString> ProcessRunner::decodeUtf8(const QByteArray &bytes) {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     QString text = decoder.decode(bytes);
     if (decoder.hasError())
@@ -163,8 +158,7 @@ std::optional<QString> ProcessRunner::decodeUtf8(const QByteArray &bytes)
     return text;
 }
 
-std::optional<QString> ProcessRunner::output(const QString &program, const QStringList &args)
-{
+std::optional<QString> ProcessRunner::output(const QString &program, const QStringList &args) {
     Request request;
     request.program = program;
     request.args = args;
@@ -174,8 +168,7 @@ std::optional<QString> ProcessRunner::output(const QString &program, const QStri
     return decodeUtf8(result.bytes);
 }
 
-std::optional<QString> ProcessRunner::errorOutput(const QString &program, const QStringList &args)
-{
+std::optional<QString> ProcessRunner::errorOutput(const QString &program, const QStringList &args) {
     Request request;
     request.program = program;
     request.args = args;

@@ -20,12 +20,12 @@ public:
         QStringList args;
         Stream capture = Stream::Output;
         Input input = Input::Inherit;
-        QByteArray inputData;         // written to standard input when input == Data
-        QStringList environment;      // "NAME=value" entries added to (or replacing) ours
-        qsizetype chunkSize = 65536;  // largest single read
+        QByteArray inputData;        // written to standard input when input == Data
+        QStringList environment;     // "NAME=value" entries added to (or replacing) ours
+        qsizetype chunkSize = 65536; // largest single read
         std::function<void(const QByteArray &)> onChunk; // called for every read
-        bool waitForExit = false;     // wait and report the exit status
-        bool readOutput = true;       // false: launch only, output goes where ours goes
+        bool waitForExit = false;                        // wait and report the exit status
+        bool readOutput = true; // false: launch only, output goes where ours goes
     };
 
     struct Result {

@@ -8,20 +8,15 @@
 #include <QSaveFile>
 
 RootScript::RootScript(AdminAuthentication &session, const QString &home)
-    : m_session(session), m_home(home)
-{
-}
+    : m_session(session), m_home(home) {}
 
-QString RootScript::scriptLine(const QString &command, const QString &argument) const
-{
+QString RootScript::scriptLine(const QString &command, const QString &argument) const {
     QString word = argument;
     word.replace(QLatin1Char('\''), QStringLiteral("'\\''"));
-    return command + QStringLiteral(" '") + word + QStringLiteral("' 2> ") +
-           shellQuote(logPath());
+    return command + QStringLiteral(" '") + word + QStringLiteral("' 2> ") + shellQuote(logPath());
 }
 
-std::optional<QString> RootScript::run(const QString &command, const QString &argument)
-{
+std::optional<QString> RootScript::run(const QString &command, const QString &argument) {
     {
         QSaveFile script(scriptPath());
         if (script.open(QIODevice::WriteOnly)) {

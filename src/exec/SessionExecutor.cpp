@@ -5,13 +5,11 @@
 
 SessionExecutor::SessionExecutor(AdminAuthentication &session) : m_session(session) {}
 
-bool SessionExecutor::authorize()
-{
+bool SessionExecutor::authorize() {
     return m_session.authorizeRootTask();
 }
 
-void SessionExecutor::run(const Command &command)
-{
+void SessionExecutor::run(const Command &command) {
     if (command.asRoot) {
         m_session.executeCommandSynced(command.tool, command.args);
         return;

@@ -5,15 +5,13 @@
 namespace {
 class Syslog final : public SystemLog {
 public:
-    void write(const QByteArray &entry) override
-    {
+    void write(const QByteArray &entry) override {
         ::syslog(LOG_NOTICE, "%.*s", int(entry.size()), entry.constData());
     }
 };
 } // namespace
 
-SystemLog &SystemLog::syslog()
-{
+SystemLog &SystemLog::syslog() {
     static Syslog log;
     return log;
 }

@@ -6,33 +6,28 @@
 #include <QFileInfo>
 
 namespace {
-QString &executableOverride()
-{
+QString &executableOverride() {
     static QString path;
     return path;
 }
 } // namespace
 
-QString kextkeeperExecutable()
-{
+QString kextkeeperExecutable() {
     if (!executableOverride().isEmpty())
         return executableOverride();
     return QCoreApplication::applicationFilePath();
 }
 
-void setKextkeeperExecutable(const QString &path)
-{
+void setKextkeeperExecutable(const QString &path) {
     executableOverride() = path;
 }
 
-bool mkextRebuildUsesBuiltin(const SystemPaths &paths)
-{
+bool mkextRebuildUsesBuiltin(const SystemPaths &paths) {
     return !QFileInfo(paths.system(QStringLiteral("/usr/sbin/kextcache"))).isExecutable();
 }
 
 Command mkextRebuildCommand(const SystemPaths &paths, const QString &mkextPath,
-                            const QString &sourceFolder)
-{
+                            const QString &sourceFolder) {
     if (mkextRebuildUsesBuiltin(paths)) {
         return Command{kextkeeperExecutable(),
                        {QStringLiteral("mkext"), QStringLiteral("build"), mkextPath, sourceFolder,

@@ -3,16 +3,14 @@
 #include <QFile>
 #include <QSaveFile>
 
-std::unique_ptr<PList::Dictionary> PlistFile::readDictionary(const QString &path)
-{
+std::unique_ptr<PList::Dictionary> PlistFile::readDictionary(const QString &path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return nullptr;
     return parseDictionary(file.readAll());
 }
 
-std::unique_ptr<PList::Dictionary> PlistFile::parseDictionary(const QByteArray &bytes)
-{
+std::unique_ptr<PList::Dictionary> PlistFile::parseDictionary(const QByteArray &bytes) {
     if (bytes.isEmpty() || bytes.size() > 0x7fffffff)
         return nullptr;
     plist_t root = nullptr;
@@ -27,24 +25,21 @@ std::unique_ptr<PList::Dictionary> PlistFile::parseDictionary(const QByteArray &
     return std::make_unique<PList::Dictionary>(root);
 }
 
-std::optional<QString> PlistFile::string(const PList::Dictionary &dict, const char *key)
-{
+std::optional<QString> PlistFile::string(const PList::Dictionary &dict, const char *key) {
     auto it = dict.Find(key);
     if (it == dict.End() || !it->second || it->second->GetType() != PLIST_STRING)
         return std::nullopt;
     return QString::fromStdString(static_cast<PList::String *>(it->second)->GetValue());
 }
 
-std::optional<bool> PlistFile::boolean(const PList::Dictionary &dict, const char *key)
-{
+std::optional<bool> PlistFile::boolean(const PList::Dictionary &dict, const char *key) {
     auto it = dict.Find(key);
     if (it == dict.End() || !it->second || it->second->GetType() != PLIST_BOOLEAN)
         return std::nullopt;
     return static_cast<PList::Boolean *>(it->second)->GetValue();
 }
 
-std::optional<QStringList> PlistFile::stringArray(const PList::Dictionary &dict, const char *key)
-{
+std::optional<QStringList> PlistFile::stringArray(const PList::Dictionary &dict, const char *key) {
     auto it = dict.Find(key);
     if (it == dict.End() || !it->second || it->second->GetType() != PLIST_ARRAY)
         return std::nullopt;
@@ -58,8 +53,7 @@ std::optional<QStringList> PlistFile::stringArray(const PList::Dictionary &dict,
     return values;
 }
 
-bool PlistFile::writeDictionary(const QString &path, const PList::Dictionary &dict)
-{
+bool PlistFile::writeDictionary(const QString &path, const PList::Dictionary &dict) {
     const std::string xml = dict.ToXml();
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
@@ -68,8 +62,7 @@ bool PlistFile::writeDictionary(const QString &path, const PList::Dictionary &di
     return file.commit();
 }
 
-bool PlistFile::setBoolean(const QString &path, const char *key, bool value)
-{
+bool PlistFile::setBoolean(const QString &path, const char *key, bool value) {
     std::unique_ptr<PList::Dictionary> dict = readDictionary(path);
     if (!dict)
         return false;

@@ -2,8 +2,7 @@
 
 #include <QStringList>
 
-bool diskInfoIsStartedSystem(const QString &diskutilOutput)
-{
+bool diskInfoIsStartedSystem(const QString &diskutilOutput) {
     const QStringList lines = diskutilOutput.split(QLatin1Char('\n'));
     for (const QString &line : lines) {
         if (!line.contains(QLatin1String("Mount Point:")))

@@ -3,18 +3,16 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <unistd.h>
 #include <pwd.h>
+#include <unistd.h>
 
 namespace {
-SystemPaths &currentPaths()
-{
+SystemPaths &currentPaths() {
     static SystemPaths paths;
     return paths;
 }
 
-QString stripTrailingSlash(QString path)
-{
+QString stripTrailingSlash(QString path) {
     while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
         path.chop(1);
     return path;
@@ -24,34 +22,29 @@ QString stripTrailingSlash(QString path)
 SystemPaths::SystemPaths(const QString &root, const QString &home, const QString &contentsDir)
     : m_root(root.isEmpty() ? QStringLiteral("/") : stripTrailingSlash(QDir::cleanPath(root))),
       m_home(stripTrailingSlash(home.isEmpty() ? QDir::homePath() : home)),
-      m_contents(contentsDir.isEmpty() ? defaultContentsDir() : contentsDir)
-{
-}
+      m_contents(contentsDir.isEmpty() ? defaultContentsDir() : contentsDir) {}
 
-QString SystemPaths::system(const QString &absolutePath) const
-{
+QString SystemPaths::system(const QString &absolutePath) const {
     if (!isSandbox())
         return absolutePath;
     return m_root + absolutePath;
 }
 
-QString SystemPaths::volumesDir() const
-{
+QString SystemPaths::volumesDir() const {
     const QString volumes = system(QStringLiteral("/Volumes"));
     if (isSandbox() || QFileInfo::exists(volumes))
         return volumes;
     const passwd *pw = ::getpwuid(::getuid());
     const QString user = pw ? QString::fromLocal8Bit(pw->pw_name) : QString();
-    for (const QString &candidate : {QStringLiteral("/run/media/") + user,
-                                     QStringLiteral("/media/") + user}) {
+    for (const QString &candidate :
+         {QStringLiteral("/run/media/") + user, QStringLiteral("/media/") + user}) {
         if (QFileInfo(candidate).isDir())
             return candidate;
     }
     return volumes;
 }
 
-QStringList SystemPaths::rootEnvironment() const
-{
+QStringList SystemPaths::rootEnvironment() const {
     if (!isSandbox())
         return {};
     QStringList dirs;
@@ -61,23 +54,20 @@ QStringList SystemPaths::rootEnvironment() const
     return {QStringLiteral("PATH=") + dirs.join(QLatin1Char(':')) + QLatin1Char(':') + hostPath};
 }
 
-const SystemPaths &SystemPaths::current()
-{
+const SystemPaths &SystemPaths::current() {
     return currentPaths();
 }
 
-void SystemPaths::setCurrent(const SystemPaths &paths)
-{
+void SystemPaths::setCurrent(const SystemPaths &paths) {
     currentPaths() = paths;
 }
 
-QString SystemPaths::defaultContentsDir()
-{
+QString SystemPaths::defaultContentsDir() {
 #ifdef Q_OS_MACOS
     if (QCoreApplication::instance())
         return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/.."));
 #endif
-    const QString config = qEnvironmentVariable("XDG_CONFIG_HOME",
-                                                QDir::homePath() + QStringLiteral("/.config"));
+    const QString config =
+        qEnvironmentVariable("XDG_CONFIG_HOME", QDir::homePath() + QStringLiteral("/.config"));
     return config + QStringLiteral("/kextkeeper");
 }

@@ -11,8 +11,7 @@ public:
     int authorizeCalls = 0;
     QList<Command> commands;
 
-    bool authorize() override
-    {
+    bool authorize() override {
         ++authorizeCalls;
         return grant;
     }

@@ -1,8 +1,7 @@
 #include "cli/CliArgs.h"
 
 CliArgs::CliArgs(const QStringList &words, const QStringList &valueOptions,
-                 const QStringList &flagOptions)
-{
+                 const QStringList &flagOptions) {
     for (qsizetype i = 0; i < words.size(); ++i) {
         const QString &word = words[i];
         if (word == QLatin1String("--")) {
@@ -26,16 +25,14 @@ CliArgs::CliArgs(const QStringList &words, const QStringList &valueOptions,
     }
 }
 
-std::optional<QString> CliArgs::value(const QString &option) const
-{
+std::optional<QString> CliArgs::value(const QString &option) const {
     for (const auto &[name, value] : m_values)
         if (name == option)
             return value;
     return std::nullopt;
 }
 
-QStringList CliArgs::values(const QString &option) const
-{
+QStringList CliArgs::values(const QString &option) const {
     QStringList all;
     for (const auto &[name, value] : m_values)
         if (name == option)

@@ -3,15 +3,13 @@
 #include <cstdio>
 
 namespace {
-std::map<QString, CliVerb> &table()
-{
+std::map<QString, CliVerb> &table() {
     static std::map<QString, CliVerb> verbs;
     return verbs;
 }
 } // namespace
 
-bool CliContext::confirm(const QString &question) const
-{
+bool CliContext::confirm(const QString &question) const {
     out << question << " [y/N] " << Qt::flush;
     char line[64] = {};
     if (!std::fgets(line, sizeof line, stdin))
@@ -19,20 +17,17 @@ bool CliContext::confirm(const QString &question) const
     return line[0] == 'y' || line[0] == 'Y';
 }
 
-bool CliRegistry::add(CliVerb verb)
-{
+bool CliRegistry::add(CliVerb verb) {
     const QString name = verb.name;
     table()[name] = std::move(verb);
     return true;
 }
 
-const std::map<QString, CliVerb> &CliRegistry::verbs()
-{
+const std::map<QString, CliVerb> &CliRegistry::verbs() {
     return table();
 }
 
-QString CliRegistry::helpText()
-{
+QString CliRegistry::helpText() {
     QString text = QStringLiteral(
         "Usage: kextkeeper [--root DIR] [--dry-run] [VERB [ARGS...]]\n"
         "Without a verb the window opens.\n\n"

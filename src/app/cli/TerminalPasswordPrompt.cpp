@@ -5,8 +5,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-std::optional<QString> TerminalPasswordPrompt::askPassword(const QString &)
-{
+std::optional<QString> TerminalPasswordPrompt::askPassword(const QString &) {
     std::fputs("Administrator password: ", stderr);
     std::fflush(stderr);
     termios saved{};

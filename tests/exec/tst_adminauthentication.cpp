@@ -1,0 +1,213 @@
+#include "FakeSudo.h"
+#include "RecordingLog.h"
+#include "exec/AdminAuthentication.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+class ScriptedPrompt final : public PasswordPrompt {
+public:
+    std::optional<QString> answer;
+    int asked = 0;
+    std::optional<QString> askPassword(const QString &) override {
+        ++asked;
+        return answer;
+    }
+};
+
+class CountingDelegate final : public AuthenticationDelegate {
+public:
+    int authorized = 0, deauthorized = 0, executed = 0, failed = 0;
+    void authenticationDidAuthorize(AdminAuthentication *) override { ++authorized; }
+    void authenticationDidDeauthorize(AdminAuthentication *) override { ++deauthorized; }
+    void authenticationDidExecute(AdminAuthentication *) override { ++executed; }
+    void authenticationFailedExecute(AdminAuthentication *) override { ++failed; }
+};
+} // namespace
+
+class TestAdminAuthentication : public QObject {
+    Q_OBJECT
+private slots:
+    void init();
+    void cachedGrantAsksNothing();
+    void refusedOrWrongPasswordKeepsTheSession_data();
+    void refusedOrWrongPasswordKeepsTheSession();
+    void expiryAsksAgain();
+    void argumentsPastNineteenAreDropped();
+    void outputIsLoggedInChunks_data();
+    void outputIsLoggedInChunks();
+    void failedLaunchIsLogged();
+    void deauthenticateNotifiesOnce();
+    void directModeNeverAsks();
+
+private:
+    AdminAuthentication::Config config() const {
+        AdminAuthentication::Config c;
+        c.sudo = m_sudo;
+        return c;
+    }
+    QString tool(const QByteArray &body) {
+        return writeScript(QDir(m_dir->path()), QStringLiteral("tool%1.sh").arg(++m_tools), body);
+    }
+    void grant() { QFile(m_state).open(QIODevice::WriteOnly); }
+    QByteArray calls() const {
+        QFile file(m_state + ".calls");
+        file.open(QIODevice::ReadOnly);
+        return file.readAll();
+    }
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_sudo;
+    QString m_state;
+    int m_tools = 0;
+};
+
+void TestAdminAuthentication::init() {
+    m_dir = std::make_unique<QTemporaryDir>();
+    m_sudo = writeFakeSudo(QDir(m_dir->path()));
+    m_state = m_dir->filePath("granted");
+    qputenv("FAKE_SUDO_STATE", m_state.toLocal8Bit());
+}
+
+void TestAdminAuthentication::cachedGrantAsksNothing() {
+    grant();
+    ScriptedPrompt prompt;
+    RecordingLog log;
+    CountingDelegate delegate;
+    AdminAuthentication auth(config(), &prompt, &log);
+    auth.setDelegate(&delegate);
+    QVERIFY(auth.authenticate("root"));
+    QVERIFY(auth.authorizeRootTask());
+    QCOMPARE(prompt.asked, 0);
+    QCOMPARE(delegate.authorized, 0);
+}
+
+void TestAdminAuthentication::refusedOrWrongPasswordKeepsTheSession_data() {
+    QTest::addColumn<std::optional<QString>>("answer");
+    QTest::newRow("cancelled") << std::optional<QString>();
+    QTest::newRow("wrong password") << std::optional<QString>(QStringLiteral("guess"));
+}
+
+void TestAdminAuthentication::refusedOrWrongPasswordKeepsTheSession() {
+    QFETCH(std::optional<QString>, answer);
+    ScriptedPrompt prompt;
+    prompt.answer = answer;
+    RecordingLog log;
+    CountingDelegate delegate;
+    AdminAuthentication auth(config(), &prompt, &log);
+    auth.setDelegate(&delegate);
+    QVERIFY(!auth.authorizeRootTask());
+    QCOMPARE(prompt.asked, 1);
+    QCOMPARE(delegate.authorized, 0);
+    // A refused root run launches nothing and logs nothing.
+    QVERIFY(!auth.executeCommandSynced(tool("echo ran\n"), {}));
+    QVERIFY(log.entries.isEmpty());
+    QCOMPARE(delegate.executed + delegate.failed, 0);
+    // The session stays: the next task asks again, and it is released once.
+    prompt.answer = QStringLiteral("secret");
+    QVERIFY(auth.authorizeRootTask());
+    QCOMPARE(delegate.authorized, 1);
+    auth.deauthenticate();
+    QCOMPARE(delegate.deauthorized, 1);
+    QVERIFY2(!calls().contains("secret") && !calls().contains("guess"),
+             "the password reached sudo's command line");
+}
+
+void TestAdminAuthentication::expiryAsksAgain() {
+    ScriptedPrompt prompt;
+    prompt.answer = QStringLiteral("secret");
+    RecordingLog log;
+    AdminAuthentication auth(config(), &prompt, &log);
+    QVERIFY(auth.authorizeRootTask());
+    QVERIFY(auth.authorizeRootTask());
+    QCOMPARE(prompt.asked, 1);
+    QFile::remove(m_state); // sudo's timestamp ran out
+    QVERIFY(auth.authorizeRootTask());
+    QCOMPARE(prompt.asked, 2);
+}
+
+void TestAdminAuthentication::argumentsPastNineteenAreDropped() {
+    grant();
+    RecordingLog log;
+    AdminAuthentication auth(config(), nullptr, &log);
+    QStringList args;
+    for (int i = 1; i <= 20; ++i)
+        args << QString::number(i);
+    QVERIFY(auth.executeCommandSynced(tool("echo \"$# $1 ${19}\"\n"), args));
+    QCOMPARE(log.entries.join(), QByteArray("19 1 19\n"));
+    log.entries.clear();
+    // An absent and an empty list are the same: no arguments at all.
+    QVERIFY(auth.executeCommandSynced(tool("echo \"$#\"\n"), {}));
+    QCOMPARE(log.entries.join(), QByteArray("0\n"));
+}
+
+void TestAdminAuthentication::outputIsLoggedInChunks_data() {
+    QTest::addColumn<int>("bytes");
+    QTest::newRow("nothing") << 0;
+    QTest::newRow("one chunk") << 10;
+    QTest::newRow("several chunks") << 5000;
+}
+
+void TestAdminAuthentication::outputIsLoggedInChunks() {
+    QFETCH(int, bytes);
+    grant();
+    RecordingLog log;
+    AdminAuthentication auth(config(), nullptr, &log);
+    const QString writer = tool("head -c \"$1\" /dev/zero | tr '\\0' x\n");
+    QVERIFY(auth.executeCommandSynced(writer, {QString::number(bytes)}));
+    QCOMPARE(log.entries.join(), QByteArray(bytes, 'x'));
+    for (const QByteArray &entry : log.entries)
+        QVERIFY(entry.size() <= 1024);
+    if (bytes > 1024)
+        QVERIFY(log.entries.size() >= (bytes + 1023) / 1024);
+    if (bytes == 0)
+        QVERIFY(log.entries.isEmpty());
+}
+
+void TestAdminAuthentication::failedLaunchIsLogged() {
+    RecordingLog log;
+    CountingDelegate delegate;
+    AdminAuthentication::Config direct;
+    direct.direct = true;
+    AdminAuthentication auth(direct, nullptr, &log);
+    auth.setDelegate(&delegate);
+    QVERIFY(!auth.executeCommandSynced(m_dir->filePath("missing-tool"), {}));
+    QCOMPARE(log.entries.size(), 1);
+    QVERIFY(log.entries.first().startsWith("Error "));
+    QVERIFY(log.entries.first().endsWith(" in AuthorizationExecuteWithPrivileges"));
+    QCOMPARE(delegate.failed, 1);
+    QVERIFY(auth.executeCommandSynced(tool("true\n"), {}));
+    QCOMPARE(delegate.executed, 1);
+}
+
+void TestAdminAuthentication::deauthenticateNotifiesOnce() {
+    grant();
+    CountingDelegate delegate;
+    AdminAuthentication auth(config(), nullptr, nullptr);
+    auth.setDelegate(&delegate);
+    auth.deauthenticate(); // no session yet: nothing happens
+    QCOMPARE(delegate.deauthorized, 0);
+    QVERIFY(auth.isAuthenticated("root"));
+    auth.deauthenticate();
+    auth.deauthenticate();
+    QCOMPARE(delegate.deauthorized, 1);
+    QVERIFY(!QFile::exists(m_state)); // sudo -k dropped the timestamp
+}
+
+void TestAdminAuthentication::directModeNeverAsks() {
+    ScriptedPrompt prompt;
+    RecordingLog log;
+    AdminAuthentication::Config direct;
+    direct.direct = true;
+    direct.sudo = m_dir->filePath("not-there");
+    AdminAuthentication auth(direct, &prompt, &log);
+    QVERIFY(auth.authorizeRootTask());
+    QVERIFY(auth.executeCommandSynced(tool("echo direct\n"), {}));
+    QCOMPARE(log.entries.join(), QByteArray("direct\n"));
+    QCOMPARE(prompt.asked, 0);
+}
+
+QTEST_GUILESS_MAIN(TestAdminAuthentication)
+#include "tst_adminauthentication.moc"

@@ -1,0 +1,158 @@
+#include "FakeSudo.h"
+#include "RecordingLog.h"
+#include "exec/AdminAuthentication.h"
+#include "exec/RootScript.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+class NoPrompt final : public PasswordPrompt {
+public:
+    int asked = 0;
+    std::optional<QString> askPassword(const QString &) override {
+        ++asked;
+        return std::nullopt;
+    }
+};
+
+QByteArray readFile(const QString &path) {
+    QFile file(path);
+    file.open(QIODevice::ReadOnly);
+    return file.readAll();
+}
+} // namespace
+
+class TestRootScript : public QObject {
+    Q_OBJECT
+private slots:
+    void init();
+    void scriptLine_data();
+    void scriptLine();
+    void argumentReachesTheToolAsOneWord_data();
+    void argumentReachesTheToolAsOneWord();
+    void errorTextIsTheAnswer();
+    void refusedAuthorizationLeavesTheScript();
+
+private:
+    AdminAuthentication::Config directConfig() const {
+        AdminAuthentication::Config config;
+        config.direct = true;
+        config.environment = {QStringLiteral("PATH=") + m_bin + ":/usr/bin:/bin"};
+        return config;
+    }
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_home;
+    QString m_bin;
+};
+
+void TestRootScript::init() {
+    m_dir = std::make_unique<QTemporaryDir>();
+    m_home = m_dir->filePath("home");
+    m_bin = m_dir->filePath("bin");
+    QDir().mkpath(m_home);
+    QDir().mkpath(m_bin);
+    // Records its arguments one per line, the way a root tool found by bare name would
+    // receive them.
+    writeScript(QDir(m_bin), QStringLiteral("kextrecord"),
+                "for a in \"$@\"; do printf '[%s]\\n' \"$a\"; done > \"$RECORD\"\n");
+    writeScript(QDir(m_bin), QStringLiteral("kextfail"),
+                "printf '%s failed to load - (libkern/kext) not loadable\\nsecond line\\n' "
+                "\"$1\" >&2\n");
+}
+
+void TestRootScript::scriptLine_data() {
+    QTest::addColumn<QString>("home");
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("argument");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("plain") << "/Users/user"
+                           << "kextunload"
+                           << "/Volumes/Data/Some.kext"
+                           << "kextunload '/Volumes/Data/Some.kext' 2> /Users/user/qz_log.txt";
+    QTest::newRow("empty argument") << "/Users/user"
+                                    << "kextload"
+                                    << ""
+                                    << "kextload '' 2> /Users/user/qz_log.txt";
+    QTest::newRow("blanks and non-ASCII stay inside the quotes")
+        << "/Users/user"
+        << "kextload"
+        << "/Volumes/Mac HD/Grüne Karte.kext"
+        << "kextload '/Volumes/Mac HD/Grüne Karte.kext' 2> /Users/user/qz_log.txt";
+    QTest::newRow("apostrophe cannot end the quoting")
+        << "/Users/user"
+        << "kextload"
+        << "/x/It's.kext"
+        << "kextload '/x/It'\\''s.kext' 2> /Users/user/qz_log.txt";
+    QTest::newRow("home with a blank is quoted")
+        << "/Users/Jo Doe"
+        << "kextunload"
+        << "/a.kext"
+        << "kextunload '/a.kext' 2> '/Users/Jo Doe/qz_log.txt'";
+}
+
+void TestRootScript::scriptLine() {
+    QFETCH(QString, home);
+    QFETCH(QString, command);
+    QFETCH(QString, argument);
+    QFETCH(QString, line);
+    AdminAuthentication auth(directConfig(), nullptr, nullptr);
+    RootScript script(auth, home);
+    QCOMPARE(script.scriptLine(command, argument), line);
+    QCOMPARE(script.scriptPath(), home + "/qz_scr.sh");
+}
+
+void TestRootScript::argumentReachesTheToolAsOneWord_data() {
+    QTest::addColumn<QString>("argument");
+    QTest::newRow("empty") << "";
+    QTest::newRow("blanks") << "/Volumes/Macintosh HD/Extra/Extensions/A B.kext";
+    QTest::newRow("hostile") << "/tmp/it's $(touch pwned) `id` ; rm -rf x.kext";
+    QTest::newRow("non-ASCII") << "/Volumes/Données/Ünï.kext";
+}
+
+void TestRootScript::argumentReachesTheToolAsOneWord() {
+    QFETCH(QString, argument);
+    const QString record = m_dir->filePath("record.txt");
+    qputenv("RECORD", record.toLocal8Bit());
+    RecordingLog log;
+    AdminAuthentication auth(directConfig(), nullptr, &log);
+    RootScript script(auth, m_home);
+    const std::optional<QString> answer = script.run("kextrecord", argument);
+    QCOMPARE(answer.value_or("absent"), QString());
+    QCOMPARE(QString::fromUtf8(readFile(record)), "[" + argument + "]\n");
+    QVERIFY(!QFile::exists(m_dir->filePath("pwned")));
+    QVERIFY(!QFile::exists(script.scriptPath()));
+    QVERIFY(!QFile::exists(script.logPath()));
+}
+
+void TestRootScript::errorTextIsTheAnswer() {
+    AdminAuthentication auth(directConfig(), nullptr, nullptr);
+    RootScript script(auth, m_home);
+    const std::optional<QString> answer = script.run("kextfail", "/x/A.kext");
+    QCOMPARE(answer.value_or("absent"),
+             QStringLiteral("/x/A.kext failed to load - (libkern/kext) not loadable\nsecond "
+                            "line\n"));
+    QVERIFY(!QFile::exists(script.scriptPath()));
+    QVERIFY(!QFile::exists(script.logPath()));
+}
+
+void TestRootScript::refusedAuthorizationLeavesTheScript() {
+    const QString sudo = writeFakeSudo(QDir(m_dir->path()));
+    qputenv("FAKE_SUDO_STATE", m_dir->filePath("granted").toLocal8Bit());
+    const QString record = m_dir->filePath("record.txt");
+    qputenv("RECORD", record.toLocal8Bit());
+    NoPrompt prompt;
+    AdminAuthentication::Config config;
+    config.sudo = sudo;
+    AdminAuthentication auth(config, &prompt, nullptr);
+    RootScript script(auth, m_home);
+    QVERIFY(!script.run("kextrecord", "/x/A.kext").has_value());
+    QCOMPARE(prompt.asked, 1);
+    QVERIFY(!QFile::exists(record));
+    QCOMPARE(readFile(script.scriptPath()),
+             QByteArray("kextrecord '/x/A.kext' 2> ") + m_home.toUtf8() + "/qz_log.txt");
+}
+
+QTEST_GUILESS_MAIN(TestRootScript)
+#include "tst_rootscript.moc"
