@@ -1,16 +1,22 @@
 #include "WindowLauncher.h"
 
+#include "AppSettings.h"
+#include "LoadedDelegate.h"
+#include "MainWindow.h"
 #include "MessageBoxSheets.h"
 #include "PasswordDialog.h"
+#include "TovrelAppDelegate.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/FreedesktopNotifier.h"
 #include "exec/IconAlert.h"
 
 #include <QApplication>
-#include <QMainWindow>
+#include <QTimer>
 
 int launchWindow(QApplication &app, const SystemPaths &paths) {
-    QMainWindow window;
+    AppSettings(paths.contentsDir()).seedDefaults();
+
+    MainWindow window;
     window.setWindowTitle(paths.isSandbox() ? QStringLiteral("KextKeeper (sandbox)")
                                             : QStringLiteral("KextKeeper"));
     static FreedesktopNotifier notifier;
@@ -19,7 +25,17 @@ int launchWindow(QApplication &app, const SystemPaths &paths) {
     AdminAuthentication::sharedInstance().setPasswordPrompt(&prompt);
     IconAlert::configureDefault(paths, AdminAuthentication::sharedInstance(),
                                 Alerts(&notifier, &sheets));
+
+    TovrelAppDelegate delegate(window, paths);
+    LoadedDelegate loaded(window);
+
+    // Feature controllers: one line each, parented to the delegate they are made with.
+    // new MaintenanceController(delegate);
+
+    // Closing the main window ends the program (Qt quits after the last window).
+    app.setQuitOnLastWindowClosed(true);
     window.resize(800, 600);
     window.show();
+    QTimer::singleShot(0, &delegate, &TovrelAppDelegate::applicationDidFinishLaunching);
     return app.exec();
 }

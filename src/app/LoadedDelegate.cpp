@@ -1,0 +1,23 @@
+#include "LoadedDelegate.h"
+
+#include "MainWindow.h"
+#include "ui_MainWindow.h"
+
+LoadedDelegate::LoadedDelegate(MainWindow &window, QObject *parent)
+    : QObject(parent), m_window(window) {
+    connect(window.ui()->ti_l, &QAction::triggered, this, &LoadedDelegate::TI_Loaded);
+    connect(window.ui()->MI_Loaded, &QAction::triggered, this, &LoadedDelegate::MI_Loaded);
+}
+
+LoadedPage *LoadedDelegate::page() const {
+    return m_window.loadedPage();
+}
+
+void LoadedDelegate::TI_Loaded() {
+    m_window.showPage(PageLoaded);
+}
+
+void LoadedDelegate::MI_Loaded() {
+    TI_Loaded();
+    m_window.selectToolbarItem(QStringLiteral("ti_l"));
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QObject>
+
+class LoadedPage;
+class MainWindow;
+
+// Runs the loaded kexts page (page 4) and the system report.
+class LoadedDelegate : public QObject {
+    Q_OBJECT
+public:
+    LoadedDelegate(MainWindow &window, QObject *parent = nullptr);
+
+    MainWindow &mainwindow() const { return m_window; }
+    LoadedPage *page() const;
+
+public slots:
+    // Refreshes the list and shows the page.
+    void TI_Loaded();
+    // The menu's way in: the toolbar item follows.
+    void MI_Loaded();
+
+private:
+    MainWindow &m_window;
+};

@@ -1,0 +1,80 @@
+#include "MainWindow.h"
+
+#include "ToolbarIcons.h"
+#include "filesdrop.h"
+#include "pages/CheckPage.h"
+#include "pages/InstallPage.h"
+#include "pages/LoadedPage.h"
+#include "pages/MaintenancePage.h"
+#include "pages/UnpackPage.h"
+#include "ui_MainWindow.h"
+
+#include <QActionGroup>
+#include <QTabBar>
+
+namespace {
+const char *const toolbarIds[] = {"ti_m", "ti_i", "ti_u", "ti_c", "ti_l"};
+}
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent), m_ui(std::make_unique<Ui::MainWindow>()),
+      m_maintenance(new MaintenancePage), m_install(new InstallPage), m_unpack(new UnpackPage),
+      m_check(new CheckPage), m_loaded(new LoadedPage) {
+    m_ui->setupUi(this);
+    m_ui->TBV->addTab(m_maintenance, tr("Maintenance"));
+    m_ui->TBV->addTab(m_install, tr("Installation"));
+    m_ui->TBV->addTab(m_unpack, tr("Unpacking"));
+    m_ui->TBV->addTab(m_check, tr("Checking"));
+    m_ui->TBV->addTab(m_loaded, tr("Loaded Kexts"));
+    // Pages are switched by the toolbar and the menu only.
+    m_ui->TBV->tabBar()->hide();
+
+    m_toolbarGroup = new QActionGroup(this);
+    m_toolbarGroup->setExclusive(true);
+    for (const char *id : toolbarIds)
+        m_toolbarGroup->addAction(action(QLatin1String(id)));
+
+    m_verSpacer = m_ui->menuVersion->insertSeparator(m_ui->MI_Ver104);
+    m_verSpacer->setObjectName(QStringLiteral("MI_VerSpacer"));
+    m_spacer = m_ui->menuHelp->insertSeparator(m_ui->MI_Donate);
+    m_spacer->setObjectName(QStringLiteral("MI_Spacer"));
+    connect(m_ui->MI_Quit, &QAction::triggered, this, &QWidget::close);
+
+    ToolbarIcons::applyShipped(*this);
+    m_ui->ti_m->setChecked(true);
+    m_ui->MI_VerIndpd->setChecked(true);
+}
+
+MainWindow::~MainWindow() = default;
+
+filesdrop *MainWindow::dropTarget() const {
+    return m_ui->dropView;
+}
+
+QAction *MainWindow::action(const QString &name) const {
+    return findChild<QAction *>(name);
+}
+
+int MainWindow::currentPage() const {
+    return m_ui->TBV->currentIndex();
+}
+
+void MainWindow::showPage(int index) {
+    m_ui->TBV->setCurrentIndex(index);
+}
+
+QString MainWindow::selectedToolbarItem() const {
+    QAction *checked = m_toolbarGroup->checkedAction();
+    return checked ? checked->objectName() : QString();
+}
+
+void MainWindow::selectToolbarItem(const QString &identifier) {
+    if (QAction *item = action(identifier))
+        item->setChecked(true);
+}
+
+QString MainWindow::toolbarIdentifier(int page) {
+    if (page < 0 || page >= int(std::size(toolbarIds)))
+        return {};
+    return QLatin1String(toolbarIds[page]);
+}

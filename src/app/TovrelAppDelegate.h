@@ -1,0 +1,113 @@
+#pragma once
+
+#include "volumes/SystemPaths.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <atomic>
+#include <functional>
+#include <memory>
+
+class AppSettings;
+class CheckPage;
+class InstallPage;
+class MainWindow;
+class MaintenancePage;
+class OptionGroup;
+class QAction;
+class UnpackPage;
+class VolumeTables;
+
+// Coordinates pages 0 to 3 and holds the process-wide task state. Feature controllers
+// (maintenance, installation, checking, unpacking) are QObjects made with a reference
+// to this object; they reach the pages through it and read and set the state below.
+class TovrelAppDelegate : public QObject {
+    Q_OBJECT
+public:
+    TovrelAppDelegate(MainWindow &window, const SystemPaths &paths, QObject *parent = nullptr);
+    ~TovrelAppDelegate() override;
+
+    // The target volume's root path: volumes folder + "/" + title, set by the selectors.
+    QString rp = QStringLiteral("/");
+    // The version folder below Extra ("10.4" .. "10.7") or empty.
+    QString ExtraVer;
+    // Set while the maintenance or the installation job runs (page guards read them).
+    std::atomic<bool> workingMain{false};
+    std::atomic<bool> workingInst{false};
+    // The backup folder of the installation running now.
+    QString datedir;
+
+    MainWindow &window() const { return m_window; }
+    MaintenancePage *maintenancePage() const;
+    InstallPage *installPage() const;
+    UnpackPage *unpackPage() const;
+    CheckPage *checkPage() const;
+    const SystemPaths &paths() const { return m_paths; }
+    AppSettings &settings() const { return *m_settings; }
+
+    // Whether a volume root is the started system; IconAlert's diskutil probe unless a
+    // test puts its own answer in.
+    void setIsRootProbe(std::function<bool(const QString &)> probe) { m_isRoot = std::move(probe); }
+    // What is done with files dropped on the window (the inspection pages decide).
+    void setDropHandler(std::function<void(const QStringList &)> handler) {
+        m_dropHandler = std::move(handler);
+    }
+
+    // Gives every control its start-up content, in order, and starts the update check
+    // or the donation probe.
+    void applicationDidFinishLaunching();
+
+public slots:
+    void TBIMain();
+    void TBInstall();
+    void TBIUnpack();
+    void TBICheck();
+    void MenuMain();
+    void MenuInst();
+    void MenuUnpck();
+    void MenuCheck();
+    void TBCust();
+
+    void cbExtraC();
+    void cbSLEC();
+    void cbMixExtra();
+    void cbMixSLE();
+
+    void EEnableDiskSel();
+    void SLEEnableDiskSel();
+    void MkextDisableDiskSel();
+
+    // A null sender re-evaluates the option boxes only; a popup's own choice also
+    // rebuilds the version menu.
+    void DiskSelectorMaintenance(QObject *sender);
+    void DiskSelectorInstallation(QObject *sender);
+    void CheckVer(QAction *item);
+
+    void filesDragged(const QStringList &files);
+
+    void CheckForUpdatesAtStartup(bool checked);
+    void PrelinkKernel(bool checked);
+    void Donate();
+
+    // Selects the toolbar item of the page shown now (after a refused toolbar click).
+    void putToolbarSelectionBack();
+
+signals:
+    void filesDropped(const QStringList &files);
+
+private:
+    void connectActions();
+    void fillVolumeLists();
+    void applyVolumeTables(QObject *sender);
+    void selectDestination(QObject *chosen);
+
+    MainWindow &m_window;
+    SystemPaths m_paths;
+    std::unique_ptr<AppSettings> m_settings;
+    std::unique_ptr<OptionGroup> m_extraGroup;
+    std::unique_ptr<OptionGroup> m_sleGroup;
+    std::unique_ptr<VolumeTables> m_tables;
+    std::function<bool(const QString &)> m_isRoot;
+    std::function<void(const QStringList &)> m_dropHandler;
+};
