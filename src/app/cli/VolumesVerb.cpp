@@ -1,0 +1,46 @@
+// `kextkeeper volumes`: the volumes the window would offer, in the same order, with the
+// started system marked and whether each holds S/L/E and kexts in Extra.
+
+#include "cli/CliArgs.h"
+#include "cli/CliRegistry.h"
+#include "exec/IconAlert.h"
+#include "volumes/KextFolderLayout.h"
+#include "volumes/VolumeList.h"
+
+namespace {
+
+QString yesNo(bool value) {
+    return value ? QStringLiteral("yes") : QStringLiteral("no");
+}
+
+int listVolumes(CliContext &c) {
+    const CliArgs args(c.args, {QStringLiteral("--extra-version")}, {});
+    if (!args.ok() || !args.positional().isEmpty()) {
+        c.err << "kextkeeper volumes: "
+              << (args.ok() ? QStringLiteral("unexpected words") : args.error()) << Qt::endl;
+        return CliUsage;
+    }
+    const QString version = args.value(QStringLiteral("--extra-version")).value_or(QString());
+    if (!version.isEmpty() && !KextFolderLayout::versions().contains(version)) {
+        c.err << "kextkeeper volumes: --extra-version must be one of "
+              << KextFolderLayout::versions().join(QStringLiteral(", ")) << Qt::endl;
+        return CliUsage;
+    }
+    const QStringList volumes = VolumeList::build(c.paths.volumesDir());
+    for (const QString &title : volumes) {
+        const QString rp = c.paths.volumeRoot(title);
+        const bool started = IconAlert::defaultinst().isRoot(rp);
+        c.out << title << '\t' << (started ? "started system" : "-") << '\t'
+              << "S/L/E: " << yesNo(KextFolderLayout::slePresent(rp)) << '\t'
+              << "Extra: " << yesNo(KextFolderLayout::extraPresent(rp, version)) << '\n';
+    }
+    return CliOk;
+}
+
+const bool registered = CliRegistry::add(
+    {QStringLiteral("volumes"), QStringLiteral("volumes [--extra-version 10.4|10.5|10.6|10.7]"),
+     QStringLiteral("list the volumes a task can work on, the started system marked, and "
+                    "whether each holds S/L/E and kexts in Extra"),
+     listVolumes});
+
+} // namespace

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "MainWindow.h"
+#include "TovrelAppDelegate.h"
+#include "volumes/SystemPaths.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <memory>
+
+// A main window and its delegate over a temporary system root, home and settings
+// folder, so every test sees its own volumes and its own Info.plist.
+struct WindowFixture {
+    QTemporaryDir dir;
+    SystemPaths paths;
+    std::unique_ptr<MainWindow> window;
+    std::unique_ptr<TovrelAppDelegate> delegate;
+    QStringList isRootAsked;
+    QString startedVolume; // title answered as the started system
+
+    WindowFixture()
+        : paths(dir.path() + QStringLiteral("/root"), dir.path() + QStringLiteral("/home"),
+                dir.path() + QStringLiteral("/contents")) {
+        QDir().mkpath(paths.volumesDir());
+        QDir().mkpath(paths.home());
+        QDir().mkpath(paths.contentsDir());
+        window = std::make_unique<MainWindow>();
+        delegate = std::make_unique<TovrelAppDelegate>(*window, paths);
+        delegate->setIsRootProbe([this](const QString &path) {
+            isRootAsked << path;
+            return !startedVolume.isEmpty() && path == paths.volumeRoot(startedVolume);
+        });
+    }
+
+    // Creates folders below a volume: makeVolume("HD", {"System/Library/Extensions"}).
+    QString makeVolume(const QString &title, const QStringList &folders) const {
+        const QString root = paths.volumeRoot(title);
+        QDir().mkpath(root);
+        for (const QString &folder : folders)
+            QDir().mkpath(root + QLatin1Char('/') + folder);
+        return root;
+    }
+
+    void writeSettings(const QByteArray &xml) const {
+        QFile file(paths.infoPlist());
+        file.open(QIODevice::WriteOnly);
+        file.write(xml);
+    }
+
+    template <typename T> T *find(const char *name) const {
+        return window->findChild<T *>(QLatin1String(name));
+    }
+};
+
+inline QByteArray settingsPlist(const QString &body) {
+    return QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n"
+                          "<dict>\n%1</dict>\n</plist>\n")
+        .arg(body)
+        .toUtf8();
+}

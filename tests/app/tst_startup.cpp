@@ -1,0 +1,390 @@
+#include "AppSettings.h"
+#include "LoopbackHttpServer.h"
+#include "UpdateCheck.h"
+#include "WindowFixture.h"
+#include "exec/AdminAuthentication.h"
+#include "exec/IconAlert.h"
+#include "exec/SheetPresenter.h"
+#include "filesdrop.h"
+#include "volumes/VolumeList.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QDragEnterEvent>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QSignalSpy>
+#include <QTest>
+#include <QUrl>
+
+namespace {
+class RecordingSheets final : public SheetPresenter {
+public:
+    QStringList texts;
+    void showSheet(Kind, const QString &, const QString &text, QObject *) override {
+        texts << text;
+    }
+};
+
+QByteArray appcast(const QStringList &versions) {
+    QByteArray items;
+    for (const QString &version : versions)
+        items += "<item><title>KextKeeper " + version.toUtf8() +
+                 "</title><enclosure url=\"https://downloads.example/kk-" + version.toUtf8() +
+                 ".zip\" sparkle:shortVersionString=\"" + version.toUtf8() +
+                 "\" length=\"1\" type=\"application/octet-stream\"/></item>";
+    return "<?xml version=\"1.0\"?><rss version=\"2.0\" "
+           "xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel>" +
+           items + "</channel></rss>";
+}
+
+QByteArray readFile(const QString &path) {
+    QFile file(path);
+    file.open(QIODevice::ReadOnly);
+    return file.readAll();
+}
+} // namespace
+
+class UrlRecorder : public QObject {
+    Q_OBJECT
+public:
+    QList<QUrl> opened;
+public slots:
+    void open(const QUrl &url) { opened << url; }
+};
+
+// Start-up: initial contents, volumes, settings, the update check and the donation probe,
+// and the window-wide drop target.
+class TestStartup : public QObject {
+    Q_OBJECT
+private slots:
+    void initialControls();
+    void volumeListAndPreselection_data();
+    void volumeListAndPreselection();
+    void settingToggledTwice_data();
+    void settingToggledTwice();
+    void settingWithoutFile();
+    void checksAtStartup_data();
+    void checksAtStartup();
+    void newerVersionAnnounced_data();
+    void newerVersionAnnounced();
+    void appcastParsing_data();
+    void appcastParsing();
+    void donateOpensPage();
+    void dropOfFiles();
+    void dropOfText();
+    void seedsShippedDefaultsOnce();
+};
+
+void TestStartup::initialControls() {
+    WindowFixture f;
+    f.window->showPage(PageChecking);
+    f.window->selectToolbarItem(QStringLiteral("ti_c"));
+    f.delegate->applicationDidFinishLaunching();
+
+    QCOMPARE(f.find<QLineEdit>("MKUnPath")->text(),
+             f.paths.home() + QStringLiteral("/Desktop/Mkext Contents"));
+    auto *arch = f.find<QComboBox>("MkArch");
+    QStringList items;
+    for (int i = 0; i < arch->count(); ++i)
+        items << arch->itemText(i);
+    QCOMPARE(items, (QStringList{"x86_64", "i386", "ppc", "ppc64"}));
+    QCOMPARE(f.find<QPlainTextEdit>("kdep")->lineWrapMode(), QPlainTextEdit::NoWrap);
+    QCOMPARE(f.window->selectedToolbarItem(), QStringLiteral("ti_m"));
+    QVERIFY(f.find<QProgressBar>("InstProgress")->maximum() > 0);
+}
+
+void TestStartup::volumeListAndPreselection_data() {
+    QTest::addColumn<QStringList>("volumes"); // "title:folder" entries
+    QTest::addColumn<QString>("started");
+    QTest::addColumn<bool>("rootAsked");
+
+    QTest::newRow("one volume is never probed")
+        << QStringList{"Solo:System/Library"} << "Solo" << false;
+    QTest::newRow("started system among three")
+        << QStringList{"A:Extra", "B HD:System/Library", "C:System/Library"} << "B HD" << true;
+    QTest::newRow("no started system") << QStringList{"A:Extra", "B:System/Library"} << "" << true;
+    QTest::newRow("data-only volumes are left out")
+        << QStringList{"Photos:Pictures", "Mac HD:System/Library", "to_remove:Extra"} << "Mac HD"
+        << false;
+}
+
+void TestStartup::volumeListAndPreselection() {
+    QFETCH(QStringList, volumes);
+    QFETCH(QString, started);
+    QFETCH(bool, rootAsked);
+
+    WindowFixture f;
+    for (const QString &entry : volumes)
+        f.makeVolume(entry.section(QLatin1Char(':'), 0, 0), {entry.section(QLatin1Char(':'), 1)});
+    f.startedVolume = started;
+    f.delegate->applicationDidFinishLaunching();
+
+    const QStringList listed = VolumeList::build(f.paths.volumesDir());
+    auto *main = f.find<QComboBox>("DiskSelMain");
+    auto *inst = f.find<QComboBox>("DiskSelInst");
+    QStringList mainItems, instItems;
+    for (int i = 0; i < main->count(); ++i)
+        mainItems << main->itemText(i);
+    for (int i = 0; i < inst->count(); ++i)
+        instItems << inst->itemText(i);
+    QCOMPARE(mainItems, listed);
+    QCOMPARE(instItems, listed);
+    QVERIFY(!listed.contains(QStringLiteral("Photos")));
+    QVERIFY(!listed.contains(QStringLiteral("to_remove")));
+
+    QCOMPARE(!f.isRootAsked.isEmpty(), rootAsked);
+    const int expected = rootAsked ? std::max(0, int(listed.indexOf(started))) : 0;
+    QCOMPARE(main->currentIndex(), expected);
+    QCOMPARE(inst->currentIndex(), expected);
+    // Asked in list order, with the volume root, up to the first started system.
+    QStringList asked;
+    for (const QString &title : listed) {
+        if (!rootAsked)
+            break;
+        asked << f.paths.volumeRoot(title);
+        if (title == started)
+            break;
+    }
+    QCOMPARE(f.isRootAsked, asked);
+    QCOMPARE(f.delegate->rp, f.paths.volumeRoot(main->currentText()));
+}
+
+void TestStartup::settingToggledTwice_data() {
+    QTest::addColumn<QString>("item");
+    QTest::addColumn<QString>("key");
+    QTest::newRow("prelink kernel") << "MI_PrelinkKernel"
+                                    << "Prelink Kernel";
+    QTest::newRow("check at start-up") << "MI_checkatstart"
+                                       << "SUCheckAtStartup";
+}
+
+void TestStartup::settingToggledTwice() {
+    QFETCH(QString, item);
+    QFETCH(QString, key);
+
+    WindowFixture f;
+    AppSettings settings(f.paths.contentsDir());
+    settings.seedDefaults();
+    const QByteArray original = readFile(f.paths.infoPlist());
+    QVERIFY(original.contains("SUFeedURL"));
+    QAction *action = f.window->action(item);
+    QVERIFY(!action->isChecked());
+
+    action->trigger();
+    QVERIFY(action->isChecked());
+    QCOMPARE(settings.boolean(key.toUtf8().constData()), true);
+    QVERIFY(readFile(f.paths.infoPlist()).contains("SUFeedURL"));
+
+    action->trigger();
+    QVERIFY(!action->isChecked());
+    QCOMPARE(readFile(f.paths.infoPlist()), original);
+}
+
+void TestStartup::settingWithoutFile() {
+    WindowFixture f;
+    QAction *action = f.window->action(QStringLiteral("MI_PrelinkKernel"));
+    action->trigger();
+    QVERIFY(action->isChecked());
+    QVERIFY(!QFile::exists(f.paths.infoPlist()));
+}
+
+void TestStartup::checksAtStartup_data() {
+    QTest::addColumn<QString>("settings");
+    QTest::addColumn<bool>("donationPageServed");
+    QTest::addColumn<bool>("feedAsked");
+    QTest::addColumn<bool>("donationAsked");
+    QTest::addColumn<bool>("entriesVisible");
+
+    const QString on = QStringLiteral("<key>SUCheckAtStartup</key><true/>");
+    const QString off = QStringLiteral("<key>SUCheckAtStartup</key><false/>");
+    QTest::newRow("updates on, no donation page") << on << false << true << false << true;
+    QTest::newRow("updates off, donation page reachable") << off << true << false << true << true;
+    QTest::newRow("updates off, donation page missing") << off << false << false << true << false;
+    QTest::newRow("no key, donation page missing") << QString() << false << false << true << false;
+}
+
+void TestStartup::checksAtStartup() {
+    QFETCH(QString, settings);
+    QFETCH(bool, donationPageServed);
+    QFETCH(bool, feedAsked);
+    QFETCH(bool, donationAsked);
+    QFETCH(bool, entriesVisible);
+
+    LoopbackHttpServer server;
+    server.serve(QStringLiteral("/appcast.xml"), appcast({QStringLiteral("0.1")}));
+    if (donationPageServed)
+        server.serve(QStringLiteral("/donate"), "<html>thanks</html>");
+    WindowFixture f;
+    f.writeSettings(
+        settingsPlist(settings + QStringLiteral("<key>SUFeedURL</key><string>%1</string>"
+                                                "<key>KKDonationURL</key><string>%2</string>")
+                                     .arg(server.url(QStringLiteral("/appcast.xml")),
+                                          server.url(QStringLiteral("/donate")))));
+
+    f.delegate->applicationDidFinishLaunching();
+    QCOMPARE(f.window->action(QStringLiteral("MI_checkatstart"))->isChecked(), feedAsked);
+    QTRY_VERIFY(!server.requested.isEmpty());
+    QTest::qWait(200);
+
+    QCOMPARE(server.requested.contains(QStringLiteral("/appcast.xml")), feedAsked);
+    QCOMPARE(server.requested.contains(QStringLiteral("/donate")), donationAsked);
+    QCOMPARE(f.window->action(QStringLiteral("MI_Donate"))->isVisible(), entriesVisible);
+    QCOMPARE(f.window->donateSpacer()->isVisible(), entriesVisible);
+    QVERIFY(!f.window->action(QStringLiteral("MI_PrelinkKernel"))->isChecked());
+}
+
+void TestStartup::newerVersionAnnounced_data() {
+    QTest::addColumn<QStringList>("versions");
+    QTest::addColumn<QString>("announced");
+    QTest::newRow("newer") << QStringList{"0.9", "2.5", "1.0.0"} << "2.5";
+    QTest::newRow("same") << QStringList{QStringLiteral(KK_VERSION)} << "";
+    QTest::newRow("older only") << QStringList{"0.1"} << "";
+}
+
+void TestStartup::newerVersionAnnounced() {
+    QFETCH(QStringList, versions);
+    QFETCH(QString, announced);
+
+    LoopbackHttpServer server;
+    server.serve(QStringLiteral("/feed"), appcast(versions));
+    WindowFixture f;
+    RecordingSheets sheets;
+    IconAlert::configureDefault(f.paths, AdminAuthentication::sharedInstance(),
+                                Alerts(nullptr, &sheets));
+    f.writeSettings(settingsPlist(QStringLiteral("<key>SUCheckAtStartup</key><true/>"
+                                                 "<key>Prelink Kernel</key><true/>"
+                                                 "<key>SUFeedURL</key><string>%1</string>")
+                                      .arg(server.url(QStringLiteral("/feed")))));
+    f.delegate->applicationDidFinishLaunching();
+    QVERIFY(f.window->action(QStringLiteral("MI_PrelinkKernel"))->isChecked());
+    QTRY_VERIFY(server.requested.contains(QStringLiteral("/feed")));
+    QTest::qWait(200);
+    if (announced.isEmpty()) {
+        QVERIFY(sheets.texts.isEmpty());
+    } else {
+        QCOMPARE(sheets.texts.size(), 1);
+        QVERIFY(sheets.texts.first().contains(announced));
+        QVERIFY(sheets.texts.first().contains(
+            QStringLiteral("https://downloads.example/kk-%1.zip").arg(announced)));
+    }
+    IconAlert::configureDefault(f.paths, AdminAuthentication::sharedInstance(),
+                                Alerts(nullptr, nullptr));
+}
+
+void TestStartup::appcastParsing_data() {
+    QTest::addColumn<QByteArray>("feed");
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<QString>("download");
+
+    QTest::newRow("highest of several items, not the first")
+        << appcast({"1.2", "1.10", "1.9"}) << "1.10"
+        << "https://downloads.example/kk-1.10.zip";
+    QTest::newRow("version elements and link")
+        << QByteArray(
+               "<rss xmlns:sparkle=\"x\"><channel><item><sparkle:version>3.1</sparkle:version>"
+               "<link>https://example.org/get</link></item></channel></rss>")
+        << "3.1"
+        << "https://example.org/get";
+    QTest::newRow("short version preferred over build number")
+        << QByteArray("<rss xmlns:sparkle=\"x\"><channel><item><enclosure url=\"u\" "
+                      "sparkle:version=\"512\" sparkle:shortVersionString=\"1.4\"/></item>"
+                      "</channel></rss>")
+        << "1.4"
+        << "u";
+    QTest::newRow("no items") << QByteArray("<rss><channel/></rss>") << ""
+                              << "";
+    QTest::newRow("not XML") << QByteArray("<html><body>oops") << ""
+                             << "";
+}
+
+void TestStartup::appcastParsing() {
+    QFETCH(QByteArray, feed);
+    QFETCH(QString, version);
+    QFETCH(QString, download);
+    const auto release = UpdateCheck::newestRelease(feed);
+    QCOMPARE(release.has_value(), !version.isEmpty());
+    if (release) {
+        QCOMPARE(release->version, version);
+        QCOMPARE(release->download.toString(), download);
+    }
+}
+
+void TestStartup::donateOpensPage() {
+    WindowFixture f;
+    f.writeSettings(settingsPlist(
+        QStringLiteral("<key>KKDonationURL</key><string>http://127.0.0.1:9/give</string>")));
+    UrlRecorder recorder;
+    QDesktopServices::setUrlHandler(QStringLiteral("http"), &recorder, "open");
+    f.window->action(QStringLiteral("MI_Donate"))->trigger();
+    QDesktopServices::unsetUrlHandler(QStringLiteral("http"));
+    QCOMPARE(recorder.opened, (QList<QUrl>{QUrl(QStringLiteral("http://127.0.0.1:9/give"))}));
+}
+
+namespace {
+void drop(filesdrop *target, QMimeData *data) {
+    const QPoint at(10, 10);
+    QDragEnterEvent enter(at, Qt::CopyAction | Qt::MoveAction, data, Qt::LeftButton,
+                          Qt::NoModifier);
+    QCoreApplication::sendEvent(target, &enter);
+    QVERIFY(enter.isAccepted());
+    QCOMPARE(enter.dropAction(), Qt::CopyAction);
+    QDropEvent event(at, Qt::CopyAction | Qt::MoveAction, data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(target, &event);
+    QVERIFY(event.isAccepted());
+}
+} // namespace
+
+void TestStartup::dropOfFiles() {
+    WindowFixture f;
+    QStringList handled;
+    f.delegate->setDropHandler([&handled](const QStringList &files) { handled << files; });
+    QSignalSpy spy(f.delegate.get(), &TovrelAppDelegate::filesDropped);
+    const QStringList files{QStringLiteral("/tmp/b.kext"), QStringLiteral("/tmp/it's a.kext"),
+                            QStringLiteral("/tmp/Ü space/c.mkext")};
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(files[0]), QUrl::fromLocalFile(files[1]),
+                  QUrl::fromLocalFile(files[2])});
+    drop(f.window->dropTarget(), &data);
+
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.first().first().toStringList(), files);
+    QCOMPARE(handled, files);
+    QCOMPARE(f.window->dropTarget()->filenames(), files);
+}
+
+void TestStartup::dropOfText() {
+    WindowFixture f;
+    f.window->dropTarget()->setFilenames({QStringLiteral("/earlier.kext")});
+    QSignalSpy spy(f.delegate.get(), &TovrelAppDelegate::filesDropped);
+    QMimeData text;
+    text.setText(QStringLiteral("/tmp/not-a-file-drop.kext"));
+    drop(f.window->dropTarget(), &text);
+    QMimeData web;
+    web.setUrls({QUrl(QStringLiteral("https://example.org/x.kext"))});
+    drop(f.window->dropTarget(), &web);
+
+    QCOMPARE(spy.count(), 0);
+    QCOMPARE(f.window->dropTarget()->filenames(), QStringList{QStringLiteral("/earlier.kext")});
+}
+
+void TestStartup::seedsShippedDefaultsOnce() {
+    QTemporaryDir dir;
+    const QString contents = dir.path() + QStringLiteral("/new/kextkeeper");
+    AppSettings settings(contents);
+    settings.seedDefaults();
+    QVERIFY(QFile::exists(contents + QStringLiteral("/Info.plist")));
+    QVERIFY(!settings.boolean(AppSettings::checkAtStartupKey));
+    QVERIFY(!settings.boolean(AppSettings::lionCacheKey));
+    QVERIFY(!settings.string(AppSettings::feedUrlKey).isEmpty());
+    // An existing file, the user's own choices, is never replaced.
+    QVERIFY(settings.store(AppSettings::prelinkKernelKey, true));
+    settings.seedDefaults();
+    QVERIFY(settings.boolean(AppSettings::prelinkKernelKey));
+}
+
+QTEST_MAIN(TestStartup)
+#include "tst_startup.moc"

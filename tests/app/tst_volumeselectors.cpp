@@ -1,0 +1,265 @@
+#include "WindowFixture.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QRadioButton>
+#include <QTest>
+
+// The volume selectors on real folder trees: which options and destinations a volume
+// allows, the version menu, and the two popups following each other.
+class TestVolumeSelectors : public QObject {
+    Q_OBJECT
+private slots:
+    void tables_data();
+    void tables();
+    void installationChoiceMovesMaintenancePopup();
+    void maintenanceChoiceEnablesInstallationPopup();
+    void versionMenuFollowsChosenVolume();
+    void reevaluationLeavesVersionMenuAlone();
+    void checkVer_data();
+    void checkVer();
+    void selectorKeepsChosenVersion();
+    void noVolumes();
+    void destinationActions();
+};
+
+namespace {
+const char *const extraControls[] = {"cbExtra", "cbERP", "cbERM", "inExtra"};
+const char *const sleControls[] = {"cbSLE", "cbSLERP", "cbSLERC", "inSLE"};
+
+void addVolumes(WindowFixture &f, const QStringList &titles) {
+    f.find<QComboBox>("DiskSelMain")->addItems(titles);
+    f.find<QComboBox>("DiskSelInst")->addItems(titles);
+}
+
+void tickAllOptions(WindowFixture &f) {
+    for (const char *name : {"cbExtra", "cbERP", "cbERM", "cbSLE", "cbSLERP", "cbSLERC"})
+        f.find<QCheckBox>(name)->setChecked(true);
+}
+
+QString destination(const WindowFixture &f) {
+    QStringList on;
+    for (const char *name : {"inExtra", "inSLE", "inDesktop"}) {
+        if (f.find<QRadioButton>(name)->isChecked())
+            on << QLatin1String(name);
+    }
+    return on.isEmpty() ? QStringLiteral("none") : on.join(QLatin1Char('+'));
+}
+
+QList<bool> versionItemsVisible(const WindowFixture &f) {
+    QList<bool> visible;
+    for (const char *name : {"MI_Ver104", "MI_Ver105", "MI_Ver106", "MI_Ver107", "MI_VerSpacer"})
+        visible << f.find<QAction>(name)->isVisible();
+    return visible;
+}
+} // namespace
+
+void TestVolumeSelectors::tables_data() {
+    QTest::addColumn<QStringList>("folders");
+    QTest::addColumn<QString>("extraVer");
+    QTest::addColumn<bool>("sleUsable");
+    QTest::addColumn<bool>("extraUsable");
+    QTest::addColumn<QString>("destination");
+
+    QTest::newRow("Extra Extensions and S/L/E")
+        << QStringList{"Extra/Extensions", "System/Library/Extensions"} << "" << true << true
+        << "inExtra";
+    QTest::newRow("KextStore only")
+        << QStringList{"Extra/KextStore"} << "" << false << true << "inExtra";
+    QTest::newRow("S/L/E only") << QStringList{"System/Library/Extensions"} << "" << true << false
+                                << "inSLE";
+    QTest::newRow("version folder without kexts")
+        << QStringList{"Extra/Extensions", "Extra/10.6/Themes", "System/Library/Extensions"}
+        << "10.6" << true << false << "inSLE";
+    QTest::newRow("version folder with KextStore")
+        << QStringList{"Extra/10.6/KextStore"} << "10.6" << false << true << "inExtra";
+    QTest::newRow("kexts only outside the chosen version")
+        << QStringList{"Extra/10.5/Extensions"} << "10.6" << false << false << "none";
+    QTest::newRow("empty Extra folder, no S/L/E")
+        << QStringList{"Extra", "System/Library"} << "" << false << false << "none";
+}
+
+void TestVolumeSelectors::tables() {
+    QFETCH(QStringList, folders);
+    QFETCH(QString, extraVer);
+    QFETCH(bool, sleUsable);
+    QFETCH(bool, extraUsable);
+    QFETCH(QString, destination);
+
+    WindowFixture f;
+    f.makeVolume(QStringLiteral("Mac HD"), folders);
+    addVolumes(f, {QStringLiteral("Mac HD")});
+    f.delegate->ExtraVer = extraVer;
+    tickAllOptions(f);
+    f.find<QRadioButton>("inDesktop")->setChecked(true);
+
+    f.delegate->DiskSelectorMaintenance(f.find<QComboBox>("DiskSelMain"));
+
+    QCOMPARE(f.delegate->rp, f.paths.volumesDir() + QStringLiteral("/Mac HD"));
+    for (const char *name : sleControls)
+        QVERIFY2(f.find<QWidget>(name)->isEnabled() == sleUsable, name);
+    for (const char *name : extraControls)
+        QVERIFY2(f.find<QWidget>(name)->isEnabled() == extraUsable, name);
+    QCOMPARE(f.find<QAction>("MI_HideExtra")->isEnabled(), extraUsable);
+    QCOMPARE(f.find<QAction>("MI_ShowExtra")->isEnabled(), extraUsable);
+    // Ticked options stay ticked where they apply and are cleared where they don't.
+    for (const char *name : {"cbSLE", "cbSLERP", "cbSLERC"})
+        QVERIFY2(f.find<QCheckBox>(name)->isChecked() == sleUsable, name);
+    for (const char *name : {"cbExtra", "cbERP", "cbERM"})
+        QVERIFY2(f.find<QCheckBox>(name)->isChecked() == extraUsable, name);
+    QCOMPARE(::destination(f), destination);
+}
+
+void TestVolumeSelectors::installationChoiceMovesMaintenancePopup() {
+    WindowFixture f;
+    f.makeVolume(QStringLiteral("One"), {"System/Library/Extensions"});
+    f.makeVolume(QStringLiteral("Two's disk"), {"Extra/Extensions"});
+    addVolumes(f, {QStringLiteral("One"), QStringLiteral("Two's disk")});
+    auto *main = f.find<QComboBox>("DiskSelMain");
+    auto *inst = f.find<QComboBox>("DiskSelInst");
+    main->setEnabled(false); // as a running maintenance leaves it
+
+    inst->setCurrentIndex(1);
+    emit inst->activated(1);
+
+    QCOMPARE(main->currentText(), QStringLiteral("Two's disk"));
+    QVERIFY(!main->isEnabled());
+    QCOMPARE(f.delegate->rp, f.paths.volumesDir() + QStringLiteral("/Two's disk"));
+    QCOMPARE(::destination(f), QStringLiteral("inExtra"));
+}
+
+void TestVolumeSelectors::maintenanceChoiceEnablesInstallationPopup() {
+    WindowFixture f;
+    f.makeVolume(QStringLiteral("One"), {"System/Library/Extensions"});
+    f.makeVolume(QStringLiteral("Zwei Ü"), {"System/Library/Extensions"});
+    addVolumes(f, {QStringLiteral("One"), QStringLiteral("Zwei Ü")});
+    auto *main = f.find<QComboBox>("DiskSelMain");
+    auto *inst = f.find<QComboBox>("DiskSelInst");
+    inst->setEnabled(false); // the desktop destination disables it
+
+    main->setCurrentIndex(1);
+    emit main->activated(1);
+
+    QCOMPARE(inst->currentText(), QStringLiteral("Zwei Ü"));
+    QVERIFY(inst->isEnabled());
+    QCOMPARE(::destination(f), QStringLiteral("inSLE"));
+}
+
+void TestVolumeSelectors::versionMenuFollowsChosenVolume() {
+    WindowFixture f;
+    f.makeVolume(QStringLiteral("HD"), {"Extra/10.5", "Extra/10.7/Extensions"});
+    f.makeVolume(QStringLiteral("Plain"), {"Extra/Extensions"});
+    addVolumes(f, {QStringLiteral("HD"), QStringLiteral("Plain")});
+    auto *main = f.find<QComboBox>("DiskSelMain");
+    f.find<QAction>("MI_Ver105")->setChecked(true);
+    f.find<QAction>("MI_VerIndpd")->setChecked(false);
+
+    f.delegate->DiskSelectorMaintenance(main);
+    QCOMPARE(versionItemsVisible(f), (QList<bool>{false, true, false, true, true}));
+    QVERIFY(f.find<QAction>("MI_VerIndpd")->isChecked());
+    QVERIFY(!f.find<QAction>("MI_Ver105")->isChecked());
+
+    main->setCurrentIndex(1);
+    f.delegate->DiskSelectorMaintenance(main);
+    QCOMPARE(versionItemsVisible(f), (QList<bool>{false, false, false, false, false}));
+}
+
+void TestVolumeSelectors::reevaluationLeavesVersionMenuAlone() {
+    WindowFixture f;
+    f.makeVolume(QStringLiteral("HD"), {"Extra/10.4/Extensions"});
+    addVolumes(f, {QStringLiteral("HD")});
+    const QList<bool> before = versionItemsVisible(f);
+    f.delegate->DiskSelectorMaintenance(nullptr);
+    f.delegate->DiskSelectorInstallation(nullptr);
+    QCOMPARE(versionItemsVisible(f), before);
+    f.delegate->DiskSelectorInstallation(f.find<QComboBox>("DiskSelInst"));
+    QCOMPARE(versionItemsVisible(f), (QList<bool>{true, false, false, false, true}));
+}
+
+void TestVolumeSelectors::checkVer_data() {
+    QTest::addColumn<QString>("item");
+    QTest::addColumn<QString>("extraVer");
+    QTest::addColumn<bool>("extraUsable");
+    QTest::newRow("10.6 without kexts") << "MI_Ver106"
+                                        << "10.6" << false;
+    QTest::newRow("10.7 with KextStore") << "MI_Ver107"
+                                         << "10.7" << true;
+    QTest::newRow("version independent") << "MI_VerIndpd"
+                                         << "" << true;
+}
+
+void TestVolumeSelectors::checkVer() {
+    QFETCH(QString, item);
+    QFETCH(QString, extraVer);
+    QFETCH(bool, extraUsable);
+
+    WindowFixture f;
+    f.makeVolume(QStringLiteral("HD"), {"Extra/Extensions", "Extra/10.6", "Extra/10.7/KextStore"});
+    addVolumes(f, {QStringLiteral("HD")});
+    f.delegate->DiskSelectorMaintenance(f.find<QComboBox>("DiskSelMain"));
+    f.delegate->ExtraVer = QStringLiteral("10.4");
+    const QList<bool> visible = versionItemsVisible(f);
+
+    f.window->action(item)->trigger();
+
+    QCOMPARE(f.delegate->ExtraVer, extraVer);
+    for (const char *name : {"MI_VerIndpd", "MI_Ver104", "MI_Ver105", "MI_Ver106", "MI_Ver107"})
+        QVERIFY2(f.find<QAction>(name)->isChecked() == (item == QLatin1String(name)), name);
+    QCOMPARE(f.find<QCheckBox>("cbERM")->isEnabled(), extraUsable);
+    QCOMPARE(versionItemsVisible(f), visible);
+}
+
+void TestVolumeSelectors::selectorKeepsChosenVersion() {
+    // Choosing a volume marks "version independent" but keeps evaluating in the
+    // version folder chosen before, until a version is chosen again.
+    WindowFixture f;
+    f.makeVolume(QStringLiteral("HD"), {"Extra/Extensions", "Extra/10.6/Extensions"});
+    f.makeVolume(QStringLiteral("Other"), {"Extra/Extensions"});
+    addVolumes(f, {QStringLiteral("HD"), QStringLiteral("Other")});
+    auto *main = f.find<QComboBox>("DiskSelMain");
+    f.delegate->DiskSelectorMaintenance(main);
+    f.find<QAction>("MI_Ver106")->trigger();
+    QVERIFY(f.find<QCheckBox>("cbERP")->isEnabled());
+
+    main->setCurrentIndex(1);
+    emit main->activated(1);
+    QCOMPARE(f.delegate->ExtraVer, QStringLiteral("10.6"));
+    QVERIFY(f.find<QAction>("MI_VerIndpd")->isChecked());
+    QVERIFY(!f.find<QCheckBox>("cbERP")->isEnabled());
+}
+
+void TestVolumeSelectors::noVolumes() {
+    WindowFixture f;
+    f.delegate->DiskSelectorMaintenance(nullptr);
+    QCOMPARE(f.delegate->rp, f.paths.volumesDir() + QLatin1Char('/'));
+    for (const char *name :
+         {"cbExtra", "cbERP", "cbERM", "cbSLE", "cbSLERP", "cbSLERC", "inExtra", "inSLE"})
+        QVERIFY2(!f.find<QWidget>(name)->isEnabled(), name);
+    QCOMPARE(::destination(f), QStringLiteral("none"));
+}
+
+void TestVolumeSelectors::destinationActions() {
+    WindowFixture f;
+    f.makeVolume(QStringLiteral("HD"), {"Extra/Extensions", "System/Library/Extensions"});
+    addVolumes(f, {QStringLiteral("HD")});
+    f.delegate->DiskSelectorMaintenance(nullptr);
+    auto *inst = f.find<QComboBox>("DiskSelInst");
+
+    f.find<QRadioButton>("inDesktop")->click();
+    QCOMPARE(::destination(f), QStringLiteral("inDesktop"));
+    QVERIFY(!inst->isEnabled());
+    f.find<QRadioButton>("inSLE")->click();
+    QCOMPARE(::destination(f), QStringLiteral("inSLE"));
+    QVERIFY(inst->isEnabled());
+    f.find<QRadioButton>("inDesktop")->click();
+    f.find<QRadioButton>("inExtra")->click();
+    QCOMPARE(::destination(f), QStringLiteral("inExtra"));
+    QVERIFY(inst->isEnabled());
+    // Clicking the chosen destination again keeps it chosen.
+    f.find<QRadioButton>("inExtra")->click();
+    QCOMPARE(::destination(f), QStringLiteral("inExtra"));
+}
+
+QTEST_MAIN(TestVolumeSelectors)
+#include "tst_volumeselectors.moc"
