@@ -10,6 +10,7 @@
 #include "ui_MainWindow.h"
 
 #include <QActionGroup>
+#include <QMessageBox>
 #include <QTabBar>
 
 namespace {
@@ -39,6 +40,12 @@ MainWindow::MainWindow(QWidget *parent)
     m_spacer = m_ui->menuHelp->insertSeparator(m_ui->MI_Donate);
     m_spacer->setObjectName(QStringLiteral("MI_Spacer"));
     connect(m_ui->MI_Quit, &QAction::triggered, this, &QWidget::close);
+    connect(m_ui->MI_About, &QAction::triggered, this, [this] {
+        QMessageBox::about(this, tr("About KextKeeper"),
+                           tr("KextKeeper %1\nInstalls, repairs and inspects kernel extensions "
+                              "for a boot loader's Extra folder.")
+                               .arg(QStringLiteral(KK_VERSION)));
+    });
 
     ToolbarIcons::applyShipped(*this);
     m_ui->ti_m->setChecked(true);

@@ -13,6 +13,9 @@ void OptionGroup::parentClicked() {
     m_first->setCheckState(state);
     m_second->setCheckState(state);
     m_parent->setTristate(false);
+    // A parent cleared by the volume selector while mixed still cycles to mixed on its
+    // next click; show what the children now are instead.
+    m_parent->setCheckState(state);
 }
 
 void OptionGroup::childClicked() {

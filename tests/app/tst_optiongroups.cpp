@@ -1,6 +1,7 @@
 #include "WindowFixture.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QTest>
 
 // The two three-state option groups of the maintenance page, driven by real clicks.
@@ -12,6 +13,7 @@ private slots:
     void parentClicks_data();
     void parentClicks();
     void mixedParentClickedTwice();
+    void parentClearedWhileMixed();
     void disabledChildStep_data();
     void disabledChildStep();
 };
@@ -129,6 +131,27 @@ void TestOptionGroups::mixedParentClickedTwice() {
     QCOMPARE(g.parent->checkState(), Qt::Unchecked);
     QCOMPARE(g.first->checkState(), Qt::Unchecked);
     QCOMPARE(g.second->checkState(), Qt::Unchecked);
+}
+
+void TestOptionGroups::parentClearedWhileMixed() {
+    // A volume without Extra clears the boxes of a mixed group; once the volume is
+    // usable again, the parent's click turns the whole group on.
+    WindowFixture f;
+    const Group g = group(f, QStringLiteral("Extra"));
+    g.first->click();
+    f.makeVolume(QStringLiteral("Bare"), {"System/Library/Extensions"});
+    f.makeVolume(QStringLiteral("Boot"), {"Extra/Extensions"});
+    auto *volumes = f.find<QComboBox>("DiskSelMain");
+    volumes->addItems({QStringLiteral("Bare"), QStringLiteral("Boot")});
+    f.delegate->DiskSelectorMaintenance(volumes);
+    QCOMPARE(g.parent->checkState(), Qt::Unchecked);
+    volumes->setCurrentIndex(1);
+    f.delegate->DiskSelectorMaintenance(volumes);
+
+    g.parent->click();
+    QCOMPARE(g.first->checkState(), Qt::Checked);
+    QCOMPARE(g.second->checkState(), Qt::Checked);
+    QCOMPARE(g.parent->checkState(), Qt::Checked);
 }
 
 void TestOptionGroups::disabledChildStep_data() {
