@@ -1,0 +1,213 @@
+#include "TestScripts.h"
+#include "exec/ProcessRunner.h"
+#include "loaded/SystemReport.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QHash>
+#include <QMutex>
+#include <QSet>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+using namespace std::chrono_literals;
+
+// The whole report, written by its concurrent jobs from real runs of stand-in tools
+// on a sandbox root, compared byte for byte with the expected file.
+class TestSystemReport : public QObject {
+    Q_OBJECT
+private slots:
+    void wholeReport();
+    void bothExtraFoldersAbandon();
+    void reportsKeepTheirOwnState();
+    void unwritableFile();
+    void threeHundredKexts();
+};
+
+namespace {
+
+QByteArray readAll(const QString &path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Kexts of the fixture listing that the index knows, and what the file-type tool says
+// about each one's executable.
+const QHash<QString, QString> knownPaths{
+    {"com.apple.kpi.bsd", "/System/Library/Extensions/System.kext/PlugIns/BSDKernel.kext"},
+    {"com.example.A", "/Extra/Extensions/A.kext"},
+    {"com.example.A.P1", "/Extra/Extensions/A.kext/Contents/PlugIns/P1.kext"},
+    {"com.example.B", "/Extra/Extensions/B.kext"},
+    {QStringLiteral("org.bücher.Treiber"),
+     QStringLiteral("/System/Library/Extensions/Bücher Treiber.kext")},
+    {"com.example.NoVersion", "/System/Library/Extensions/NoVersion.kext"},
+};
+const QHash<QString, QString> probeTexts{
+    {knownPaths["com.apple.kpi.bsd"],
+     "Mach-O universal binary with 2 architectures\nX (for architecture x86_64):\tMach-O 64-bit "
+     "kext bundle x86_64\nX (for architecture i386):\tMach-O object i386\n"},
+    {knownPaths["com.example.A"], "Mach-O 64-bit kext bundle x86_64\n"},
+    {knownPaths["com.example.A.P1"], "Mach-O object i386\n"},
+    {knownPaths["com.example.B"], ""},
+    {knownPaths[QStringLiteral("org.bücher.Treiber")],
+     "Mach-O universal binary with 2 architectures\nX (for architecture ppc):\tMach-O object "
+     "ppc\nX (for architecture i386):\tMach-O object i386\n"},
+    {knownPaths["com.example.NoVersion"], "Mach-O 64-bit kext bundle x86_64\n"},
+};
+
+// A sandbox Mac whose system_profiler and kextstat print the fixtures.
+struct Sandbox {
+    QTemporaryDir dir;
+    QString root = dir.filePath(QStringLiteral("root"));
+    QMutex probeLock;
+    QSet<QString> probeThreads;
+    int probes = 0;
+
+    explicit Sandbox(const QString &kextstatFixture = QStringLiteral("kextstat-report.txt")) {
+        const QDir sbin(root + QStringLiteral("/usr/sbin"));
+        QDir().mkpath(sbin.path());
+        const QByteArray fixtures = KK_FIXTURES;
+        writeScript(sbin, QStringLiteral("system_profiler"),
+                    "case \"$*\" in\n"
+                    "SPSoftwareDataType) cat '" +
+                        fixtures +
+                        "/system_profiler/software-10.6.txt' ;;\n"
+                        "'SPHardwareDataType -detailLevel mini') cat '" +
+                        fixtures + "/system_profiler/hardware-mini.txt' ;;\nesac\n");
+        writeScript(sbin, QStringLiteral("kextstat"),
+                    "cat '" + fixtures + "/kextstat/" + kextstatFixture.toUtf8() + "'\n");
+        makeExtra(QStringLiteral("Extensions"));
+    }
+
+    void makeExtra(const QString &folder) const {
+        const QString base = root + QStringLiteral("/Extra/") + folder;
+        QDir().mkpath(base + QStringLiteral("/A.kext/Contents/PlugIns/P1.kext"));
+        QDir().mkpath(base + QStringLiteral("/A.kext/Contents/PlugIns/P2.kext"));
+        QDir().mkpath(base + QStringLiteral("/B.kext/Contents"));
+    }
+
+    SystemReport::Sources sources() {
+        SystemReport::Sources s{SystemPaths(root), ProcessRunner::output,
+                                [](const QString &id) { return knownPaths.value(id); },
+                                [this](const QString &path) {
+                                    QMutexLocker lock(&probeLock);
+                                    probeThreads << QThread::currentThread()->objectName();
+                                    ++probes;
+                                    return probeTexts.value(path);
+                                }};
+        return s;
+    }
+};
+
+SystemReport::End waitFor(const std::shared_future<SystemReport::End> &end) {
+    if (end.wait_for(20s) != std::future_status::ready)
+        qFatal("the report did not end");
+    return end.get();
+}
+
+} // namespace
+
+void TestSystemReport::wholeReport() {
+    Sandbox sandbox;
+    const QString file = sandbox.dir.filePath(QStringLiteral("Jörg's Mac Pro.txt"));
+    int ends = 0;
+    const SystemReport::End end = waitFor(SystemReport::start(
+        sandbox.sources(), file, [&ends](const SystemReport::End &) { ++ends; }));
+    QCOMPARE(end.outcome, SystemReport::Outcome::Saved);
+    QCOMPARE(end.message, QStringLiteral("Saved."));
+    QVERIFY(end.written);
+    QCOMPARE(ends, 1);
+    QCOMPARE(readAll(file), readAll(QStringLiteral(KK_FIXTURES "/report/expected-report.txt")));
+    // Both halves of the rows ran, each on its own labelled thread.
+    QCOMPARE(sandbox.probes, 6);
+    QCOMPARE(sandbox.probeThreads, (QSet<QString>{"LKGCD1", "LKGCD2"}));
+}
+
+void TestSystemReport::bothExtraFoldersAbandon() {
+    Sandbox sandbox;
+    sandbox.makeExtra(QStringLiteral("KextStore"));
+    const QString file = sandbox.dir.filePath(QStringLiteral("report.txt"));
+    QStringList messages;
+    const SystemReport::End end = waitFor(
+        SystemReport::start(sandbox.sources(), file,
+                            [&messages](const SystemReport::End &e) { messages << e.message; }));
+    QCOMPARE(end.outcome, SystemReport::Outcome::Abandoned);
+    QVERIFY(!end.written);
+    QCOMPARE(messages, QStringList{"Both Extra/Extensions and Extra/KextStore found."});
+    QVERIFY(!QFile::exists(file));
+}
+
+void TestSystemReport::reportsKeepTheirOwnState() {
+    Sandbox sandbox;
+    QStringList files;
+    std::vector<std::shared_future<SystemReport::End>> ends;
+    for (int i = 0; i < 4; ++i) {
+        files << sandbox.dir.filePath(QStringLiteral("report-%1.txt").arg(i));
+        ends.push_back(SystemReport::start(sandbox.sources(), files.last()));
+    }
+    const QByteArray expected = readAll(QStringLiteral(KK_FIXTURES "/report/expected-report.txt"));
+    for (int i = 0; i < 4; ++i) {
+        QCOMPARE(waitFor(ends[i]).outcome, SystemReport::Outcome::Saved);
+        QCOMPARE(readAll(files[i]), expected);
+    }
+}
+
+void TestSystemReport::unwritableFile() {
+    Sandbox sandbox;
+    const QString file = sandbox.dir.filePath(QStringLiteral("missing folder/report.txt"));
+    const SystemReport::End end = waitFor(SystemReport::start(sandbox.sources(), file));
+    // The window says "Saved." whatever happened; the command line reads `written`.
+    QCOMPARE(end.message, QStringLiteral("Saved."));
+    QVERIFY(!end.written);
+}
+
+void TestSystemReport::threeHundredKexts() {
+    // A listing of 300 kexts, each known to the index, each probed by a real run of a
+    // stand-in file-type tool, as on a real Mac.
+    QTemporaryDir listingDir;
+    QString listing = QStringLiteral(
+        "Index Refs Address            Size       Wired      Name (Version) <Linked Against>\n");
+    for (int i = 1; i <= 300; ++i) {
+        listing += QStringLiteral("%1    0 0xffffff7f80735000 0x4000     0x4000     "
+                                  "com.example.kext%2 (1.%2) <1>\n")
+                       .arg(i, 5)
+                       .arg(i);
+    }
+    QFile listingFile(listingDir.filePath(QStringLiteral("kextstat-300.txt")));
+    QVERIFY(listingFile.open(QIODevice::WriteOnly));
+    listingFile.write(listing.toUtf8());
+    listingFile.close();
+
+    Sandbox sandbox;
+    writeScript(QDir(sandbox.root + QStringLiteral("/usr/sbin")), QStringLiteral("kextstat"),
+                "cat '" + listingFile.fileName().toUtf8() + "'\n");
+    QDir().mkpath(sandbox.root + QStringLiteral("/usr/bin"));
+    const QString fileTool =
+        writeScript(QDir(sandbox.root + QStringLiteral("/usr/bin")), QStringLiteral("file"),
+                    "echo 'Mach-O 64-bit kext bundle x86_64'\n");
+    SystemReport::Sources sources = sandbox.sources();
+    sources.pathOf = [](const QString &id) { return QStringLiteral("/S/L/E/") + id + ".kext"; };
+    sources.probe = [fileTool](const QString &path) {
+        return ProcessRunner::output(fileTool, {QStringLiteral("-b"), path}).value_or(QString());
+    };
+
+    const QString file = sandbox.dir.filePath(QStringLiteral("report.txt"));
+    QElapsedTimer timer;
+    timer.start();
+    const SystemReport::End end = waitFor(SystemReport::start(sources, file));
+    const qint64 elapsed = timer.elapsed();
+    QVERIFY(end.written);
+    const QList<QByteArray> lines = readAll(file).split('\n');
+    const qsizetype section = lines.indexOf("4. Loaded Kexts:");
+    QVERIFY(section > 0);
+    // Header, 300 rows and the empty piece after the final newline.
+    QCOMPARE(lines.size() - section - 1, 302);
+    QCOMPARE(lines.at(section + 301),
+             "com.example.kext300  1.300     /S/L/E/com.example.kext300.kext  x86_64           ");
+    qInfo("report of 300 loaded kexts: %lld ms", elapsed);
+}
+
+QTEST_GUILESS_MAIN(TestSystemReport)
+#include "tst_systemreport.moc"
