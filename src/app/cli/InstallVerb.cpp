@@ -1,0 +1,122 @@
+// `kextkeeper install`: the installation page's plan from the terminal, with progress
+// and the final text on the terminal's own streams.
+
+#include "AppSettings.h"
+#include "cli/CliArgs.h"
+#include "cli/CliRegistry.h"
+#include "install/InstallList.h"
+#include "install/InstallPlan.h"
+#include "install/InstallView.h"
+#include "volumes/KextFolderLayout.h"
+
+#include <QFileInfo>
+
+namespace {
+
+class TerminalInstallView final : public InstallView {
+public:
+    explicit TerminalInstallView(CliContext &c) : m_c(c) {}
+    bool failed = false;
+
+    void progressPrepared(int) override {}
+    void taskState(const QString &, const QString &) override {}
+    void setControlsEnabled(bool) override {}
+    void setWorking(bool) override {}
+    void bundleStarted(int index, int count, const QString &path) override {
+        m_c.out << '[' << index + 1 << '/' << count << "] " << InstallList::bundleName(path)
+                << Qt::endl;
+    }
+    void setIndeterminate(bool) override {}
+    void reevaluateVolume() override {}
+    void showError(const QString &message) override {
+        failed = true;
+        m_c.err << message << Qt::endl;
+    }
+    void showInfo(const QString &message) override { m_c.out << message << Qt::endl; }
+    void progressReset() override {}
+
+private:
+    CliContext &m_c;
+};
+
+int usage(CliContext &c, const QString &problem) {
+    c.err << "kextkeeper install: " << problem << Qt::endl;
+    return CliUsage;
+}
+
+// Paths typed on a terminal may be relative or carry the slash that completion adds
+// to a folder; the copy command would then copy the bundle's contents, not the bundle.
+QString bundleArgument(const QString &word) {
+    QString path = QFileInfo(word).absoluteFilePath();
+    while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
+        path.chop(1);
+    return path;
+}
+
+bool isBundleType(const QString &path) {
+    const QString name = InstallList::bundleName(path);
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    return dot > 0 && InstallList::bundleTypes().contains(name.mid(dot + 1), Qt::CaseInsensitive);
+}
+
+int install(CliContext &c) {
+    const CliArgs args(
+        c.args,
+        {QStringLiteral("--volume"), QStringLiteral("--to"), QStringLiteral("--extra-version")},
+        {QStringLiteral("--backup")});
+    if (!args.ok())
+        return usage(c, args.error());
+    InstallOptions options;
+    const QString to = args.value(QStringLiteral("--to")).value_or(QString());
+    options.toExtra = to == QLatin1String("extra");
+    options.toSle = to == QLatin1String("sle");
+    options.toDesktop = to == QLatin1String("desktop");
+    if (!options.toExtra && !options.toSle && !options.toDesktop)
+        return usage(c, QStringLiteral("--to must be extra, sle or desktop"));
+    options.volume = args.value(QStringLiteral("--volume")).value_or(QString());
+    if (options.volume.isEmpty() && !options.toDesktop)
+        return usage(c, QStringLiteral("--volume NAME is needed for extra and sle"));
+    options.extraVersion = args.value(QStringLiteral("--extra-version")).value_or(QString());
+    if (!options.extraVersion.isEmpty() &&
+        !KextFolderLayout::versions().contains(options.extraVersion))
+        return usage(c, QStringLiteral("--extra-version must be one of ") +
+                            KextFolderLayout::versions().join(QStringLiteral(", ")));
+    options.backup = args.flag(QStringLiteral("--backup"));
+    options.prelinkKernel =
+        AppSettings(c.paths.contentsDir()).boolean(AppSettings::prelinkKernelKey);
+
+    for (const QString &word : args.positional()) {
+        const QString bundle = bundleArgument(word);
+        if (!isBundleType(bundle))
+            return usage(c, QStringLiteral("not a kext, bundle, plugin or ppp: ") + word);
+        // The old copy is removed before the new one is copied: a bundle that isn't
+        // there would leave the destination without either.
+        if (!QFileInfo(bundle).isDir()) {
+            c.err << "kextkeeper install: no such bundle: " << word << Qt::endl;
+            return CliTaskError;
+        }
+        options.bundles << bundle;
+    }
+
+    TerminalInstallView view(c);
+    InstallPlan plan(options, c.paths, c.executor, view);
+    plan.setTouchUserFiles(!c.dryRun);
+    if (!plan.prepare()) {
+        if (!view.failed)
+            c.err << "kextkeeper install: the administrator did not authorize the installation"
+                  << Qt::endl;
+        return CliTaskError;
+    }
+    plan.run();
+    return view.failed ? CliTaskError : CliOk;
+}
+
+const bool registered = CliRegistry::add(
+    {QStringLiteral("install"),
+     QStringLiteral("install [--volume NAME] --to extra|sle|desktop [--backup] "
+                    "[--extra-version 10.4|10.5|10.6|10.7] BUNDLE..."),
+     QStringLiteral("install kext bundles into a volume's Extra folder or S/L/E, or pack them "
+                    "into Extensions.mkext on the desktop"),
+     install});
+
+} // namespace

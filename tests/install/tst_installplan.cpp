@@ -1,0 +1,407 @@
+#include "RecordingExecutor.h"
+#include "RecordingInstallView.h"
+#include "TestScripts.h"
+#include "install/InstallPlan.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+// The installation plan on real folder trees: the root commands it runs, in order, and
+// what the page is shown while it runs.
+class TestInstallPlan : public QObject {
+    Q_OBJECT
+private slots:
+    void init();
+    void commands_data();
+    void commands();
+    void viewSequence_data();
+    void viewSequence();
+    void prepareSetsProgressMaximum_data();
+    void prepareSetsProgressMaximum();
+    void prepareRefusesEmptyList();
+    void refusedAuthorizationEndsSilently();
+    void bundleFromItsOwnDestinationIsKept();
+
+private:
+    // Folders and files below the sandbox: "V/..." is the volume "Boot's Ü", "S/..."
+    // the folder the bundles come from, "D/..." the desktop, "C/..." settings, "R/..."
+    // the system root itself.
+    QString place(const QString &word) const;
+    void make(const QStringList &entries) const;
+    QStringList expand(const QStringList &words) const;
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_root;
+    std::unique_ptr<SystemPaths> m_paths;
+};
+
+namespace {
+const QString volume = QStringLiteral("Boot's Ü");
+
+QByteArray plist(const QByteArray &body) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n" + body +
+           "</dict>\n</plist>\n";
+}
+
+// One command as words: tool, then arguments.
+QStringList words(const Command &command) {
+    return QStringList{command.tool} + command.args;
+}
+} // namespace
+
+void TestInstallPlan::init() {
+    m_dir = std::make_unique<QTemporaryDir>();
+    m_root = m_dir->path() + QStringLiteral("/root");
+    m_paths = std::make_unique<SystemPaths>(m_root, m_dir->path() + QStringLiteral("/home"),
+                                            m_dir->path() + QStringLiteral("/contents"));
+    QDir().mkpath(m_paths->desktop());
+    QDir().mkpath(m_paths->contentsDir());
+    QDir().mkpath(m_paths->volumeRoot(volume));
+    // With kextcache present the mkext is rebuilt by it, as on a real Mac.
+    QDir().mkpath(m_paths->system(QStringLiteral("/usr/sbin")));
+    writeScript(QDir(m_paths->system(QStringLiteral("/usr/sbin"))), QStringLiteral("kextcache"),
+                "exit 0\n");
+}
+
+QString TestInstallPlan::place(const QString &word) const {
+    if (word.startsWith(QLatin1String("V/")))
+        return m_paths->volumeRoot(volume) + word.mid(1);
+    if (word.startsWith(QLatin1String("S/")))
+        return m_dir->path() + QStringLiteral("/my kexts") + word.mid(1);
+    if (word.startsWith(QLatin1String("D/")))
+        return m_paths->desktop() + word.mid(1);
+    if (word.startsWith(QLatin1String("C/")))
+        return m_paths->contentsDir() + word.mid(1);
+    if (word.startsWith(QLatin1String("R/")))
+        return m_root + word.mid(1);
+    return word;
+}
+
+// "V/Extra/Extensions/A.kext" makes a folder; "C/Info.plist=<xml body>" a plist file.
+void TestInstallPlan::make(const QStringList &entries) const {
+    for (const QString &entry : entries) {
+        const qsizetype eq = entry.indexOf(QLatin1Char('='));
+        if (eq < 0) {
+            QDir().mkpath(place(entry));
+            continue;
+        }
+        const QString path = place(entry.left(eq));
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(plist(entry.mid(eq + 1).toUtf8()));
+    }
+}
+
+QStringList TestInstallPlan::expand(const QStringList &list) const {
+    QStringList out;
+    for (const QString &word : list)
+        out << place(word);
+    return out;
+}
+
+using Expected = QList<QStringList>;
+Q_DECLARE_METATYPE(Expected)
+
+void TestInstallPlan::commands_data() {
+    QTest::addColumn<QStringList>("tree");
+    QTest::addColumn<QString>("destination");
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<bool>("startedSystem");
+    QTest::addColumn<bool>("prelink");
+    QTest::addColumn<QStringList>("bundles");
+    QTest::addColumn<Expected>("expected");
+
+    const QString ext = QStringLiteral("V/Extra/Extensions");
+    const QString rebuild[] = {QStringLiteral("R/usr/sbin/kextcache"),
+                               QStringLiteral("-v"),
+                               QStringLiteral("1"),
+                               QStringLiteral("-a"),
+                               QStringLiteral("i386"),
+                               QStringLiteral("-a"),
+                               QStringLiteral("x86_64"),
+                               QStringLiteral("-m")};
+    auto mkext = [&](const QString &archive, const QString &folder) {
+        QStringList command(std::begin(rebuild), std::end(rebuild));
+        return command << archive << folder;
+    };
+    const QStringList two{QStringLiteral("S/A.kext"), QStringLiteral("S/Drïver's B.kext")};
+    const QStringList sources{QStringLiteral("S/A.kext"), QStringLiteral("S/Drïver's B.kext")};
+
+    QTest::newRow("extra: both bundles replaced, mkext rebuilt")
+        << QStringList{ext + "/A.kext", ext + "/Drïver's B.kext", "V/Extra/Extensions.mkext"}
+        << "extra"
+        << "" << false << false << two
+        << Expected{{"R/bin/rm", "-Rf", ext + "/A.kext"},
+                    {"R/bin/cp", "-R", "S/A.kext", ext},
+                    {"R/bin/rm", "-Rf", ext + "/Drïver's B.kext"},
+                    {"R/bin/cp", "-R", "S/Drïver's B.kext", ext},
+                    {"R/usr/sbin/chown", "-R", "0:0", ext},
+                    {"R/bin/chmod", "-R", "755", ext},
+                    {"R/usr/bin/touch", ext},
+                    mkext("V/Extra/Extensions.mkext", ext)};
+    QTest::newRow("extra: no mkext, no touch and no rebuild; new bundle only copied")
+        << QStringList{ext + "/A.kext"} << "extra"
+        << "" << false << false << two
+        << Expected{{"R/bin/rm", "-Rf", ext + "/A.kext"},
+                    {"R/bin/cp", "-R", "S/A.kext", ext},
+                    {"R/bin/cp", "-R", "S/Drïver's B.kext", ext},
+                    {"R/usr/sbin/chown", "-R", "0:0", ext},
+                    {"R/bin/chmod", "-R", "755", ext}};
+    QTest::newRow("extra: KextStore only always rebuilds, without touch")
+        << QStringList{"V/Extra/KextStore"} << "extra"
+        << "" << false << false << QStringList{"S/A.kext"}
+        << Expected{{"R/bin/cp", "-R", "S/A.kext", "V/Extra/KextStore"},
+                    {"R/usr/sbin/chown", "-R", "0:0", "V/Extra/KextStore"},
+                    {"R/bin/chmod", "-R", "755", "V/Extra/KextStore"},
+                    mkext("V/Extra/Extensions.mkext", "V/Extra/KextStore")};
+    QTest::newRow("extra: version folder 10.6 is used, plain Extra left alone")
+        << QStringList{ext + "/A.kext", "V/Extra/Extensions.mkext", "V/Extra/10.6/Extensions",
+                       "V/Extra/10.6/Extensions.mkext"}
+        << "extra"
+        << "10.6" << false << false << QStringList{"S/A.kext"}
+        << Expected{{"R/bin/cp", "-R", "S/A.kext", "V/Extra/10.6/Extensions"},
+                    {"R/usr/sbin/chown", "-R", "0:0", "V/Extra/10.6/Extensions"},
+                    {"R/bin/chmod", "-R", "755", "V/Extra/10.6/Extensions"},
+                    {"R/usr/bin/touch", "V/Extra/10.6/Extensions"},
+                    mkext("V/Extra/10.6/Extensions.mkext", "V/Extra/10.6/Extensions")};
+
+    const QString sle = QStringLiteral("V/System/Library/Extensions");
+    const Expected sleInstall{{"R/bin/rm", "-Rf", sle + "/A.kext"},
+                              {"R/bin/cp", "-R", "S/A.kext", sle},
+                              {"R/usr/sbin/chown", "-R", "0:0", sle + "/A.kext"},
+                              {"R/bin/chmod", "-R", "755", sle + "/A.kext"},
+                              {"R/bin/cp", "-R", "S/Drïver's B.kext", sle},
+                              {"R/usr/sbin/chown", "-R", "0:0", sle + "/Drïver's B.kext"},
+                              {"R/bin/chmod", "-R", "755", sle + "/Drïver's B.kext"},
+                              {"R/usr/bin/touch", sle}};
+    const Expected systemCaches{{"R/usr/sbin/kextcache", "-system-caches"},
+                                {"R/usr/sbin/kextcache", "-system-prelinked-kernel"}};
+    QTest::newRow("sle: started system with prelink rebuilds the system caches")
+        << QStringList{sle + "/A.kext"} << "sle"
+        << "" << true << true << two << sleInstall + systemCaches;
+    QTest::newRow("sle: started system without prelink")
+        << QStringList{sle + "/A.kext"} << "sle"
+        << "" << true << false << two << sleInstall;
+    QTest::newRow("sle: other volume with prelink") << QStringList{sle + "/A.kext"} << "sle"
+                                                    << "" << false << true << two << sleInstall;
+    QTest::newRow("sle: Lion cache rebuilt by hand on 10.7")
+        << QStringList{sle + "/A.kext",
+                       "C/Info.plist=<key>Manually recreate Lion cache</key><true/>",
+                       "V/System/Library/CoreServices/SystemVersion.plist="
+                       "<key>ProductVersion</key><string>10.7.5</string>"}
+        << "sle"
+        << "" << false << false << two
+        << sleInstall +
+               Expected{mkext(
+                   "V/System/Library/Caches/com.apple.kext.caches/Startup/Extensions.mkext", sle)};
+    QTest::newRow("sle: 10.10 is not Lion")
+        << QStringList{sle + "/A.kext",
+                       "C/Info.plist=<key>Manually recreate Lion cache</key><true/>",
+                       "V/System/Library/CoreServices/SystemVersion.plist="
+                       "<key>ProductVersion</key><string>10.10</string>"}
+        << "sle"
+        << "" << false << false << two << sleInstall;
+    QTest::newRow("sle: Lion volume but the setting is off")
+        << QStringList{sle + "/A.kext",
+                       "C/Info.plist=<key>Manually recreate Lion cache</key><false/>",
+                       "V/System/Library/CoreServices/SystemVersion.plist="
+                       "<key>ProductVersion</key><string>10.7</string>"}
+        << "sle"
+        << "" << false << false << two << sleInstall;
+
+    QTest::newRow("desktop: staging folder packed into Extensions.mkext")
+        << QStringList{ext} << "desktop"
+        << "" << true << true << two
+        << Expected{{"R/bin/cp", "-R", "S/A.kext", "D/.mkext_pack"},
+                    {"R/bin/cp", "-R", "S/Drïver's B.kext", "D/.mkext_pack"},
+                    {"R/usr/sbin/chown", "-R", "0:0", "D/.mkext_pack"},
+                    {"R/bin/chmod", "-R", "755", "D/.mkext_pack"},
+                    mkext("D/Extensions.mkext", "D/.mkext_pack"),
+                    {"R/bin/rm", "-R", "D/.mkext_pack"}};
+
+    QTest::newRow("extra: both Extensions and KextStore")
+        << QStringList{ext, "V/Extra/KextStore"} << "extra"
+        << "" << false << false << two << Expected{};
+    QTest::newRow("extra: neither folder") << QStringList{"V/Extra", sle} << "extra"
+                                           << "" << false << false << two << Expected{};
+    QTest::newRow("extra: folders only outside the chosen version")
+        << QStringList{ext} << "extra"
+        << "10.5" << false << false << two << Expected{};
+    QTest::newRow("sle: no S/L/E on the volume") << QStringList{ext} << "sle"
+                                                 << "" << true << true << two << Expected{};
+}
+
+void TestInstallPlan::commands() {
+    QFETCH(QStringList, tree);
+    QFETCH(QString, destination);
+    QFETCH(QString, version);
+    QFETCH(bool, startedSystem);
+    QFETCH(bool, prelink);
+    QFETCH(QStringList, bundles);
+    QFETCH(Expected, expected);
+    make(tree);
+    make(bundles);
+
+    InstallOptions options;
+    options.bundles = expand(bundles);
+    options.volume = volume;
+    options.extraVersion = version;
+    options.toExtra = destination == QLatin1String("extra");
+    options.toSle = destination == QLatin1String("sle");
+    options.toDesktop = destination == QLatin1String("desktop");
+    options.prelinkKernel = prelink;
+    RecordingExecutor executor;
+    RecordingInstallView view;
+    InstallPlan plan(options, *m_paths, executor, view);
+    QStringList asked;
+    plan.setIsRoot([&](const QString &path) {
+        asked << path;
+        return startedSystem;
+    });
+    QVERIFY(plan.prepare());
+    plan.run();
+
+    QList<QStringList> ran;
+    for (const Command &command : executor.commands) {
+        QVERIFY2(command.asRoot, qPrintable(command.toShellLine()));
+        ran << words(command);
+    }
+    Expected want;
+    for (const QStringList &command : expected)
+        want << expand(command);
+    QCOMPARE(ran, want);
+    // The started system is asked about with the root path as the commands use it.
+    for (const QString &path : asked)
+        QCOMPARE(path, m_paths->volumeRoot(volume) + QLatin1Char('/'));
+    // The desktop staging folder is gone only when rm really runs; the plan made it.
+    if (destination == QLatin1String("desktop"))
+        QVERIFY(QFileInfo(place(QStringLiteral("D/.mkext_pack"))).isDir());
+}
+
+void TestInstallPlan::viewSequence_data() {
+    QTest::addColumn<QStringList>("tree");
+    QTest::addColumn<QString>("destination");
+    QTest::addColumn<QStringList>("expected");
+    const QString rp = QStringLiteral("state %1/|");
+    const QStringList start{"max 1", "disable", "working 1"};
+    QTest::newRow("extra finished") << QStringList{"V/Extra/Extensions"} << "extra"
+                                    << start + QStringList{rp,
+                                                           "bundle 0/2",
+                                                           "bundle 1/2",
+                                                           "indeterminate 1",
+                                                           "indeterminate 0",
+                                                           "enable",
+                                                           "reevaluate",
+                                                           "working 0",
+                                                           "info Selected tasks were finished.",
+                                                           "reset"};
+    QTest::newRow("extra both folders")
+        << QStringList{"V/Extra/Extensions", "V/Extra/KextStore"} << "extra"
+        << start + QStringList{rp, "enable", "working 0", "reevaluate",
+                               "error Both Extra/Extensions and Extra/KextStore found."};
+    QTest::newRow("extra neither folder")
+        << QStringList{"V/Extra"} << "extra"
+        << start + QStringList{rp, "enable", "working 0", "reevaluate",
+                               "error No Extra/Extensions or Extra/KextStore found."};
+    QTest::newRow("sle missing: no re-evaluation")
+        << QStringList{"V/Extra/Extensions"} << "sle"
+        << start + QStringList{rp, "enable", "working 0",
+                               "error No System/Library/Extensions on selected disk."};
+    QTest::newRow("desktop finished") << QStringList{} << "desktop"
+                                      << start + QStringList{rp,
+                                                             "bundle 0/2",
+                                                             "bundle 1/2",
+                                                             "indeterminate 1",
+                                                             "indeterminate 0",
+                                                             "enable",
+                                                             "reevaluate",
+                                                             "working 0",
+                                                             "info Selected tasks were finished.",
+                                                             "reset"};
+}
+
+void TestInstallPlan::viewSequence() {
+    QFETCH(QStringList, tree);
+    QFETCH(QString, destination);
+    QFETCH(QStringList, expected);
+    make(tree);
+    InstallOptions options;
+    options.bundles = expand({QStringLiteral("S/A.kext"), QStringLiteral("S/B.kext")});
+    options.volume = volume;
+    options.toExtra = destination == QLatin1String("extra");
+    options.toSle = destination == QLatin1String("sle");
+    options.toDesktop = destination == QLatin1String("desktop");
+    RecordingExecutor executor;
+    RecordingInstallView view;
+    InstallPlan plan(options, *m_paths, executor, view);
+    plan.setIsRoot([](const QString &) { return false; });
+    QVERIFY(plan.prepare());
+    plan.run();
+    expected.replaceInStrings(QStringLiteral("%1"), m_paths->volumeRoot(volume));
+    QCOMPARE(view.events, expected);
+}
+
+void TestInstallPlan::prepareSetsProgressMaximum_data() {
+    QTest::addColumn<int>("entries");
+    QTest::addColumn<QString>("maximum");
+    QTest::newRow("one entry") << 1 << "max 0";
+    QTest::newRow("four entries") << 4 << "max 3";
+}
+
+void TestInstallPlan::prepareSetsProgressMaximum() {
+    QFETCH(int, entries);
+    QFETCH(QString, maximum);
+    InstallOptions options;
+    for (int i = 0; i < entries; ++i)
+        options.bundles << QStringLiteral("/k/%1.kext").arg(i);
+    RecordingExecutor executor;
+    RecordingInstallView view;
+    InstallPlan plan(options, *m_paths, executor, view);
+    QVERIFY(plan.prepare());
+    QCOMPARE(executor.authorizeCalls, 1);
+    QCOMPARE(view.events, QStringList{maximum});
+}
+
+void TestInstallPlan::prepareRefusesEmptyList() {
+    RecordingExecutor executor;
+    RecordingInstallView view;
+    InstallPlan plan(InstallOptions{}, *m_paths, executor, view);
+    QVERIFY(!plan.prepare());
+    QCOMPARE(executor.authorizeCalls, 0);
+    QCOMPARE(view.events, QStringList{QStringLiteral("error No selected kexts to install.")});
+}
+
+void TestInstallPlan::refusedAuthorizationEndsSilently() {
+    InstallOptions options;
+    options.bundles << QStringLiteral("/k/A.kext");
+    RecordingExecutor executor;
+    executor.grant = false;
+    RecordingInstallView view;
+    InstallPlan plan(options, *m_paths, executor, view);
+    QVERIFY(!plan.prepare());
+    QVERIFY(view.events.isEmpty());
+    QVERIFY(executor.commands.isEmpty());
+}
+
+void TestInstallPlan::bundleFromItsOwnDestinationIsKept() {
+    // Removing the installed copy first would delete the very bundle to be copied.
+    make({QStringLiteral("V/Extra/Extensions/A.kext")});
+    InstallOptions options;
+    options.bundles = expand({QStringLiteral("V/Extra/Extensions/A.kext")});
+    options.volume = volume;
+    options.toExtra = true;
+    RecordingExecutor executor;
+    RecordingInstallView view;
+    InstallPlan plan(options, *m_paths, executor, view);
+    plan.run();
+    const QString ext = place(QStringLiteral("V/Extra/Extensions"));
+    QCOMPARE(executor.commands,
+             (QList<Command>{{m_root + "/usr/sbin/chown", {"-R", "0:0", ext}, true},
+                             {m_root + "/bin/chmod", {"-R", "755", ext}, true}}));
+}
+
+QTEST_GUILESS_MAIN(TestInstallPlan)
+#include "tst_installplan.moc"
