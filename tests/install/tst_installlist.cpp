@@ -1,0 +1,152 @@
+#include "install/InstallList.h"
+
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QTest>
+#include <QUrl>
+
+// The install list as the table sees it: what a drop adds, what clearing leaves, and
+// the refusal while an installation runs.
+class TestInstallList : public QObject {
+    Q_OBJECT
+private slots:
+    void dropFilter_data();
+    void dropFilter();
+    void bundleName_data();
+    void bundleName();
+    void dropAppendsAtEndWhateverTheRow();
+    void dropRefusedWhileInstalling();
+    void clear_data();
+    void clear();
+    void rowsShowFullPathAndCannotBeDraggedOut();
+};
+
+namespace {
+QMimeData *fileDrag(const QStringList &paths) {
+    auto *data = new QMimeData;
+    QList<QUrl> urls;
+    for (const QString &path : paths)
+        urls << QUrl::fromLocalFile(path);
+    data->setUrls(urls);
+    return data;
+}
+} // namespace
+
+void TestInstallList::dropFilter_data() {
+    QTest::addColumn<QStringList>("dropped");
+    QTest::addColumn<QStringList>("kept");
+    QTest::newRow("bundle with a text file")
+        << QStringList{"/u/A.kext", "/u/notes.txt"} << QStringList{"/u/A.kext"};
+    QTest::newRow("all four types, in drop order")
+        << QStringList{"/u/d.ppp", "/u/c.plugin", "/u/b.bundle", "/u/a.kext"}
+        << QStringList{"/u/d.ppp", "/u/c.plugin", "/u/b.bundle", "/u/a.kext"};
+    QTest::newRow("upper-case extension is not taken")
+        << QStringList{"/u/Driver.KEXT", "/u/X.Kext"} << QStringList{};
+    QTest::newRow("only the last extension counts")
+        << QStringList{"/u/A.kext.zip", "/u/B.zip.kext"} << QStringList{"/u/B.zip.kext"};
+    QTest::newRow("a folder named like the type, without extension")
+        << QStringList{"/u/kext", "/u/x.kext/Contents"} << QStringList{};
+    QTest::newRow("trailing slash of a bundle folder is kept as delivered")
+        << QStringList{"/u/A.kext/"} << QStringList{"/u/A.kext/"};
+    QTest::newRow("blanks, apostrophes, non-ASCII")
+        << QStringList{"/Users/me/Desk top/Drïver's.kext"}
+        << QStringList{"/Users/me/Desk top/Drïver's.kext"};
+    QTest::newRow("duplicates kept")
+        << QStringList{"/u/A.kext", "/u/A.kext"} << QStringList{"/u/A.kext", "/u/A.kext"};
+}
+
+void TestInstallList::dropFilter() {
+    QFETCH(QStringList, dropped);
+    QFETCH(QStringList, kept);
+    QCOMPARE(InstallList::dropFilter(dropped), kept);
+}
+
+void TestInstallList::bundleName_data() {
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("plain") << "/u/A.kext"
+                           << "A.kext";
+    QTest::newRow("trailing slashes") << "/u/A.kext//"
+                                      << "A.kext";
+    QTest::newRow("blank and apostrophe") << "/u/My Drïver's.kext"
+                                          << "My Drïver's.kext";
+    QTest::newRow("no folder") << "A.kext"
+                               << "A.kext";
+}
+
+void TestInstallList::bundleName() {
+    QFETCH(QString, path);
+    QFETCH(QString, name);
+    QCOMPARE(InstallList::bundleName(path), name);
+}
+
+void TestInstallList::dropAppendsAtEndWhateverTheRow() {
+    InstallList list;
+    list.append({QStringLiteral("/u/First.kext"), QStringLiteral("/u/Second.kext")});
+    std::unique_ptr<QMimeData> data(
+        fileDrag({QStringLiteral("/u/New.kext"), QStringLiteral("/u/readme.txt")}));
+    QVERIFY(list.canDropMimeData(data.get(), Qt::CopyAction, 0, 0, {}));
+    QVERIFY(list.dropMimeData(data.get(), Qt::CopyAction, 0, 0, list.index(0)));
+    QCOMPARE(list.entries(), (QStringList{"/u/First.kext", "/u/Second.kext", "/u/New.kext"}));
+
+    // A drop without any bundle still counts as taken.
+    std::unique_ptr<QMimeData> text(fileDrag({QStringLiteral("/u/readme.txt")}));
+    QVERIFY(list.dropMimeData(text.get(), Qt::CopyAction, -1, -1, {}));
+    QCOMPARE(list.rowCount(), 3);
+
+    // Something that is no list of files is not even offered a copy.
+    QMimeData plain;
+    plain.setText(QStringLiteral("/u/A.kext"));
+    QVERIFY(!list.canDropMimeData(&plain, Qt::CopyAction, -1, -1, {}));
+}
+
+void TestInstallList::dropRefusedWhileInstalling() {
+    bool installing = true;
+    InstallList list;
+    list.setBusyCheck([&] { return installing; });
+    std::unique_ptr<QMimeData> data(fileDrag({QStringLiteral("/u/A.kext")}));
+    QVERIFY(!list.canDropMimeData(data.get(), Qt::CopyAction, -1, -1, {}));
+    QVERIFY(!list.dropMimeData(data.get(), Qt::CopyAction, -1, -1, {}));
+    QVERIFY(!list.acceptDrop({QStringLiteral("/u/A.kext")}));
+    QVERIFY(list.entries().isEmpty());
+    installing = false;
+    QVERIFY(list.acceptDrop({QStringLiteral("/u/A.kext")}));
+    QCOMPARE(list.entries(), QStringList{QStringLiteral("/u/A.kext")});
+}
+
+void TestInstallList::clear_data() {
+    QTest::addColumn<QList<int>>("selected");
+    QTest::addColumn<QStringList>("left");
+    QTest::newRow("rows 0 and 2 of 4") << QList<int>{2, 0} << QStringList{"/b.kext", "/d.kext"};
+    QTest::newRow("no selection empties") << QList<int>{} << QStringList{};
+    QTest::newRow("every row") << QList<int>{0, 1, 2, 3} << QStringList{};
+    QTest::newRow("a row past the end is ignored")
+        << QList<int>{3, 9} << QStringList{"/a.kext", "/b.kext", "/c.kext"};
+}
+
+void TestInstallList::clear() {
+    QFETCH(QList<int>, selected);
+    QFETCH(QStringList, left);
+    InstallList list;
+    list.append({QStringLiteral("/a.kext"), QStringLiteral("/b.kext"), QStringLiteral("/c.kext"),
+                 QStringLiteral("/d.kext")});
+    QSignalSpy reset(&list, &QAbstractItemModel::modelReset);
+    list.clear(selected);
+    QCOMPARE(list.entries(), left);
+    QCOMPARE(list.rowCount(), int(left.size()));
+    QCOMPARE(reset.size(), 1);
+}
+
+void TestInstallList::rowsShowFullPathAndCannotBeDraggedOut() {
+    InstallList list;
+    list.append({QStringLiteral("/Users/me/Desktop/Driver.kext")});
+    const QModelIndex row = list.index(0);
+    QCOMPARE(list.data(row).toString(), QStringLiteral("/Users/me/Desktop/Driver.kext"));
+    QVERIFY(!(list.flags(row) & Qt::ItemIsDragEnabled));
+    QCOMPARE(list.supportedDragActions(), Qt::IgnoreAction);
+    std::unique_ptr<QMimeData> dragged(list.mimeData({row}));
+    QVERIFY(dragged->formats().isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestInstallList)
+#include "tst_installlist.moc"
