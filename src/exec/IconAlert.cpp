@@ -14,7 +14,8 @@ std::unique_ptr<IconAlert> &sharedSlot() {
 } // namespace
 
 IconAlert::IconAlert(const SystemPaths &paths, AdminAuthentication &session, Alerts alerts)
-    : m_paths(paths), m_alerts(alerts), m_rootScript(session, paths.home()) {}
+    : m_paths(paths), m_alerts(alerts), m_rootScript(session, paths.home()),
+      m_index(paths.contentsDir() + QStringLiteral("/CustomKextDirs.plist")) {}
 
 IconAlert &IconAlert::defaultinst() {
     auto &slot = sharedSlot();

@@ -2,6 +2,7 @@
 
 #include "exec/Alerts.h"
 #include "exec/RootScript.h"
+#include "volumes/KextLocationIndex.h"
 #include "volumes/SystemPaths.h"
 
 #include <QString>
@@ -36,9 +37,12 @@ public:
     const SystemPaths &paths() const { return m_paths; }
     Alerts &alerts() { return m_alerts; }
     RootScript &rootScript() { return m_rootScript; }
+    // The one kext location index of the program.
+    KextLocationIndex &index() { return m_index; }
 
 private:
     SystemPaths m_paths;
     Alerts m_alerts;
     RootScript m_rootScript;
+    KextLocationIndex m_index;
 };

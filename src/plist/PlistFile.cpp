@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QSaveFile>
+#include <cstdlib>
 
 std::unique_ptr<PList::Dictionary> PlistFile::readDictionary(const QString &path) {
     QFile file(path);
@@ -43,12 +44,19 @@ std::optional<QStringList> PlistFile::stringArray(const PList::Dictionary &dict,
     auto it = dict.Find(key);
     if (it == dict.End() || !it->second || it->second->GetType() != PLIST_ARRAY)
         return std::nullopt;
-    auto *array = static_cast<PList::Array *>(it->second);
+    // Walked through the C interface: the C++ wrapper of a nested array read from a file
+    // does not always hold its items (libplist++ 2.2 throws out_of_range from operator[]).
+    plist_t array = it->second->GetPlist();
     QStringList values;
-    for (unsigned i = 0; i < array->GetSize(); ++i) {
-        PList::Node *node = (*array)[i];
-        if (node && node->GetType() == PLIST_STRING)
-            values << QString::fromStdString(static_cast<PList::String *>(node)->GetValue());
+    for (uint32_t i = 0; i < plist_array_get_size(array); ++i) {
+        plist_t node = plist_array_get_item(array, i);
+        if (!node || plist_get_node_type(node) != PLIST_STRING)
+            continue;
+        char *text = nullptr;
+        plist_get_string_val(node, &text);
+        if (text)
+            values << QString::fromUtf8(text);
+        free(text);
     }
     return values;
 }

@@ -1,0 +1,136 @@
+#include "volumes/KextLocationIndex.h"
+
+#include "plist/PlistFile.h"
+#include "volumes/SystemPaths.h"
+
+#include <QDirIterator>
+#include <QFileInfo>
+#include <memory>
+
+namespace {
+bool exists(const QString &path) {
+    return QFileInfo::exists(path);
+}
+
+QString bundleIdentifier(const QString &entry) {
+    QString infoFile = entry + QStringLiteral("/Contents/Info.plist");
+    if (!exists(infoFile))
+        infoFile = entry + QStringLiteral("/Info.plist");
+    if (!exists(infoFile))
+        return QString();
+    const std::unique_ptr<PList::Dictionary> info = PlistFile::readDictionary(infoFile);
+    if (!info)
+        return QString();
+    return PlistFile::string(*info, "CFBundleIdentifier").value_or(QString());
+}
+
+// "/a/b/X.kext" -> "/a/b"; "/X.kext" -> "/"; a bare name has no folder.
+QString parentFolder(QString path) {
+    while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
+        path.chop(1);
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0)
+        return QString();
+    return slash == 0 ? QStringLiteral("/") : path.left(slash);
+}
+} // namespace
+
+KextLocationIndex::KextLocationIndex(const QString &settingsFile) : m_settingsFile(settingsFile) {}
+
+void KextLocationIndex::InitLists() {
+    m_pathes.clear();
+    m_idbundles.clear();
+}
+
+void KextLocationIndex::FillLists(const QString &folder) {
+    QSet<QString> openFolders;
+    fill(folder, openFolders);
+}
+
+void KextLocationIndex::fill(const QString &folder, QSet<QString> &openFolders) {
+    // A plug-in folder linked back to one of the folders being scanned would recurse
+    // forever; such a link is listed once and not followed again.
+    const QString canonical = QFileInfo(folder).canonicalFilePath();
+    if (canonical.isEmpty() || openFolders.contains(canonical))
+        return;
+    openFolders.insert(canonical);
+
+    // The listing's own order, hidden names included; unreadable folders list nothing.
+    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    QStringList names;
+    while (it.hasNext()) {
+        it.next();
+        names << it.fileName();
+    }
+    names.removeAll(QStringLiteral(".DS_Store"));
+
+    for (const QString &name : names) {
+        const QString entry = folder + QLatin1Char('/') + name;
+        m_pathes << entry;
+        m_idbundles << bundleIdentifier(entry);
+        // Spelled with a lower-case "i" on purpose: on a case-insensitive volume this
+        // matches the usual "PlugIns", on a case-sensitive one it does not.
+        if (exists(entry + QStringLiteral("/Contents/Plugins")))
+            fill(entry + QStringLiteral("/Contents/Plugins"), openFolders);
+        if (exists(entry + QStringLiteral("/Plugins")))
+            fill(entry + QStringLiteral("/Plugins"), openFolders);
+    }
+    openFolders.remove(canonical);
+}
+
+QString KextLocationIndex::FindPath(const QString &identifier) const {
+    const qsizetype at = m_idbundles.indexOf(identifier);
+    return at < 0 ? QString() : m_pathes.at(at);
+}
+
+unsigned KextLocationIndex::CountPathes() {
+    if (m_kextDirs.isEmpty() && exists(m_settingsFile)) {
+        const std::unique_ptr<PList::Dictionary> settings =
+            PlistFile::readDictionary(m_settingsFile);
+        if (settings)
+            m_kextDirs = PlistFile::stringArray(*settings, settingsKey().toUtf8().constData())
+                             .value_or(QStringList());
+    }
+    return unsigned(m_kextDirs.size());
+}
+
+QString KextLocationIndex::PathAtId(int index) const {
+    return index >= 0 && index < m_kextDirs.size() ? m_kextDirs.at(index) : QString();
+}
+
+void KextLocationIndex::AddKextPath(const QString &kextPath) {
+    m_kextDirs << parentFolder(kextPath);
+    m_kextDirs.removeDuplicates();
+
+    // Keep whatever else the file holds; an unreadable file starts over empty.
+    std::unique_ptr<PList::Dictionary> settings = PlistFile::readDictionary(m_settingsFile);
+    if (!settings)
+        settings = std::make_unique<PList::Dictionary>();
+    PList::Array folders;
+    for (const QString &dir : std::as_const(m_kextDirs)) {
+        PList::String item(dir.toStdString());
+        folders.Append(&item); // copies the node
+    }
+    settings->Set(settingsKey().toStdString(), &folders);
+    // A read-only bundle cannot keep the list; the folder still counts for this run.
+    PlistFile::writeDictionary(m_settingsFile, *settings);
+}
+
+QString KextLocationIndex::RepeatString(const QString &text, int times) {
+    return times > 0 ? text.repeated(times) : QString();
+}
+
+void KextLocationIndex::rebuild(const SystemPaths &paths) {
+    InitLists();
+    FillLists(paths.system(QStringLiteral("/System/Library/Extensions")));
+    const QString extraExtensions = paths.system(QStringLiteral("/Extra/Extensions"));
+    if (exists(extraExtensions))
+        FillLists(extraExtensions);
+    const QString kextStore = paths.system(QStringLiteral("/Extra/KextStore"));
+    if (exists(kextStore))
+        FillLists(kextStore);
+    for (int i = 0; unsigned(i) < CountPathes(); ++i) {
+        if (exists(PathAtId(i)))
+            FillLists(PathAtId(i));
+    }
+}

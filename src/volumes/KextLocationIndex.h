@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+class SystemPaths;
+
+// Finds a kext on disk from the bundle identifier the kernel reports. Two parallel lists
+// (every scanned entry and its identifier, "" when it has none) are rebuilt in full before
+// each use; a third list holds the folders where the user has test-loaded kexts, kept in
+// CustomKextDirs.plist so they are scanned in later runs too.
+class KextLocationIndex {
+public:
+    explicit KextLocationIndex(const QString &settingsFile);
+
+    // Empties the scanned lists; the custom folders stay.
+    void InitLists();
+    // Appends every entry of the folder (plug-ins right after their kext, depth first).
+    void FillLists(const QString &folder);
+    // Path of the first entry with exactly this identifier; "" when none.
+    QString FindPath(const QString &identifier) const;
+    // Number of custom folders; the saved list is loaded here, and only here, when no
+    // folder is known yet.
+    unsigned CountPathes();
+    // The custom folder at index; the caller stays below CountPathes().
+    QString PathAtId(int index) const;
+    // Remembers the folder holding the kext and saves the list at once.
+    void AddKextPath(const QString &kextPath);
+
+    static QString RepeatString(const QString &text, int times);
+
+    // The full rebuild every user of the index runs first: the started system's
+    // Extensions folder, the Extra folders that exist, then every custom folder that
+    // still exists.
+    void rebuild(const SystemPaths &paths);
+
+    const QStringList &pathes() const { return m_pathes; }
+    const QStringList &idbundles() const { return m_idbundles; }
+    const QStringList &kextDirs() const { return m_kextDirs; }
+    QString settingsFile() const { return m_settingsFile; }
+
+    static QString settingsKey() { return QStringLiteral("Custom Kext Directories"); }
+
+private:
+    void fill(const QString &folder, QSet<QString> &openFolders);
+
+    QString m_settingsFile;
+    QStringList m_kextDirs;
+    QStringList m_pathes;
+    QStringList m_idbundles;
+};

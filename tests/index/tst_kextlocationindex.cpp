@@ -1,0 +1,323 @@
+#include "plist/PlistFile.h"
+#include "volumes/KextLocationIndex.h"
+#include "volumes/SystemPaths.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+void writeFile(const QString &path, const QByteArray &bytes) {
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+QByteArray plist(const QByteArray &body) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + body +
+           "</dict></plist>\n";
+}
+
+QByteArray infoPlist(const QString &identifier) {
+    return plist("<key>CFBundleIdentifier</key><string>" + identifier.toUtf8() +
+                 "</string><key>CFBundleName</key><string>x</string>");
+}
+
+// A kext bundle with its Info.plist in Contents.
+void makeKext(const QString &path, const QString &identifier) {
+    writeFile(path + QStringLiteral("/Contents/Info.plist"), infoPlist(identifier));
+}
+
+QByteArray customDirs(const QStringList &dirs, const QByteArray &more = {}) {
+    QByteArray body = "<key>Custom Kext Directories</key><array>";
+    for (const QString &dir : dirs)
+        body += "<string>" + dir.toUtf8() + "</string>";
+    return plist(body + "</array>" + more);
+}
+} // namespace
+
+class TestKextLocationIndex : public QObject {
+    Q_OBJECT
+private slots:
+    void init();
+    void indexesEveryEntry();
+    void identifiers_data();
+    void identifiers();
+    void plugInsFollowTheirKext();
+    void plugInFolderNameIsLowerCase();
+    void linkedFolderLoopEnds();
+    void unreadableFolderAddsNothing();
+    void findPath();
+    void rebuildScansSystemFirst();
+    void customFoldersLoadLazily();
+    void settingsWithoutKeyAreReadAgain();
+    void addKextPathSavesParentFolder();
+    void addKextPathKeepsSavedFoldersAndOtherKeys();
+    void repeatString_data();
+    void repeatString();
+
+private:
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString root() const { return m_dir->path(); }
+    QString settings() const { return root() + QStringLiteral("/Contents/CustomKextDirs.plist"); }
+};
+
+void TestKextLocationIndex::init() {
+    m_dir = std::make_unique<QTemporaryDir>();
+    QDir().mkpath(root() + QStringLiteral("/Contents"));
+}
+
+void TestKextLocationIndex::indexesEveryEntry() {
+    const QString folder = root() + QStringLiteral("/Ext");
+    makeKext(folder + QStringLiteral("/A.kext"), QStringLiteral("com.example.a"));
+    writeFile(folder + QStringLiteral("/.DS_Store"), "junk");
+    writeFile(folder + QStringLiteral("/readme.txt"), "hello");
+    writeFile(folder + QStringLiteral("/.hidden"), "");
+
+    KextLocationIndex index(settings());
+    index.FillLists(folder);
+    QCOMPARE(index.pathes().size(), 3);
+    QCOMPARE(index.idbundles().size(), 3);
+    const qsizetype a = index.pathes().indexOf(folder + QStringLiteral("/A.kext"));
+    const qsizetype text = index.pathes().indexOf(folder + QStringLiteral("/readme.txt"));
+    const qsizetype hidden = index.pathes().indexOf(folder + QStringLiteral("/.hidden"));
+    QVERIFY(a >= 0 && text >= 0 && hidden >= 0);
+    QCOMPARE(index.idbundles().at(a), QStringLiteral("com.example.a"));
+    QCOMPARE(index.idbundles().at(text), QString());
+
+    // A second scan appends; InitLists starts over.
+    index.FillLists(folder);
+    QCOMPARE(index.pathes().size(), 6);
+    index.InitLists();
+    QVERIFY(index.pathes().isEmpty());
+    QVERIFY(index.idbundles().isEmpty());
+}
+
+void TestKextLocationIndex::identifiers_data() {
+    QTest::addColumn<QString>("contentsPlist");
+    QTest::addColumn<QString>("topPlist");
+    QTest::addColumn<QString>("expected");
+    const QString a = QString::fromUtf8(infoPlist(QStringLiteral("com.example.contents")));
+    const QString b = QString::fromUtf8(infoPlist(QStringLiteral("com.example.top")));
+    QTest::newRow("contents") << a << QString() << "com.example.contents";
+    QTest::newRow("old style top level") << QString() << b << "com.example.top";
+    QTest::newRow("contents first") << a << b << "com.example.contents";
+    // A broken Contents/Info.plist does not fall back to the top-level one.
+    QTest::newRow("malformed contents") << "<plist><dict><key>" << b << QString();
+    QTest::newRow("no identifier")
+        << QString::fromUtf8(plist("<key>CFBundleName</key><string>x</string>")) << QString()
+        << QString();
+    QTest::newRow("identifier not a string")
+        << QString::fromUtf8(plist("<key>CFBundleIdentifier</key><integer>4</integer>"))
+        << QString() << QString();
+    QTest::newRow("array instead of dictionary")
+        << "<?xml version=\"1.0\"?><plist version=\"1.0\"><array/></plist>" << QString()
+        << QString();
+    QTest::newRow("non-ASCII identifier")
+        << QString::fromUtf8(infoPlist(QStringLiteral("com.exämple.ünï"))) << QString()
+        << QStringLiteral("com.exämple.ünï");
+}
+
+void TestKextLocationIndex::identifiers() {
+    QFETCH(QString, contentsPlist);
+    QFETCH(QString, topPlist);
+    QFETCH(QString, expected);
+    const QString kext = root() + QStringLiteral("/Ext/It's A.kext");
+    QDir().mkpath(kext);
+    if (!contentsPlist.isNull())
+        writeFile(kext + QStringLiteral("/Contents/Info.plist"), contentsPlist.toUtf8());
+    if (!topPlist.isNull())
+        writeFile(kext + QStringLiteral("/Info.plist"), topPlist.toUtf8());
+    KextLocationIndex index(settings());
+    index.FillLists(root() + QStringLiteral("/Ext"));
+    QCOMPARE(index.pathes(), QStringList{kext});
+    QCOMPARE(index.idbundles(), QStringList{expected});
+}
+
+void TestKextLocationIndex::plugInsFollowTheirKext() {
+    const QString folder = root() + QStringLiteral("/Ext");
+    const QString parent = folder + QStringLiteral("/Parent.kext");
+    makeKext(parent, QStringLiteral("com.example.parent"));
+    makeKext(parent + QStringLiteral("/Contents/Plugins/One.kext"), QStringLiteral("p.one"));
+    makeKext(parent + QStringLiteral("/Contents/Plugins/Two.kext"), QStringLiteral("p.two"));
+    // A plug-in with plug-ins of its own, at the old top-level place.
+    makeKext(parent + QStringLiteral("/Contents/Plugins/One.kext/Plugins/Deep.kext"),
+             QStringLiteral("p.deep"));
+    makeKext(folder + QStringLiteral("/Sibling.kext"), QStringLiteral("com.example.sibling"));
+    makeKext(folder + QStringLiteral("/Other.kext"), QStringLiteral("com.example.other"));
+
+    KextLocationIndex index(settings());
+    index.FillLists(folder);
+    const QStringList ids = index.idbundles();
+    QCOMPARE(ids.size(), 6);
+    // Whatever order the folder lists its kexts in, a kext's plug-ins (and theirs) come
+    // right after it, before the next sibling.
+    const qsizetype p = ids.indexOf(QStringLiteral("com.example.parent"));
+    const qsizetype one = ids.indexOf(QStringLiteral("p.one"));
+    const qsizetype two = ids.indexOf(QStringLiteral("p.two"));
+    const qsizetype deep = ids.indexOf(QStringLiteral("p.deep"));
+    QCOMPARE(QList<qsizetype>({one, two, deep}).count(-1), 0);
+    QCOMPARE(std::min(one, two), p + 1);
+    QCOMPARE(deep, one + 1);
+    QCOMPARE(std::max({one, two, deep}), p + 3);
+    QCOMPARE(index.pathes().at(deep),
+             parent + QStringLiteral("/Contents/Plugins/One.kext/Plugins/Deep.kext"));
+}
+
+void TestKextLocationIndex::plugInFolderNameIsLowerCase() {
+    const QString folder = root() + QStringLiteral("/Ext");
+    makeKext(folder + QStringLiteral("/A.kext"), QStringLiteral("a"));
+    makeKext(folder + QStringLiteral("/A.kext/Contents/PlugIns/P.kext"), QStringLiteral("p"));
+    if (QFileInfo::exists(folder + QStringLiteral("/A.kext/Contents/Plugins")))
+        QSKIP("the temporary folder's file system ignores case");
+    KextLocationIndex index(settings());
+    index.FillLists(folder);
+    QCOMPARE(index.idbundles(), QStringList{QStringLiteral("a")});
+}
+
+void TestKextLocationIndex::linkedFolderLoopEnds() {
+    const QString folder = root() + QStringLiteral("/Ext");
+    makeKext(folder + QStringLiteral("/A.kext"), QStringLiteral("a"));
+    QDir().mkpath(folder + QStringLiteral("/A.kext/Contents"));
+    // Plug-ins that lead back to the scanned folder itself.
+    QVERIFY(QFile::link(folder, folder + QStringLiteral("/A.kext/Contents/Plugins")));
+    KextLocationIndex index(settings());
+    index.FillLists(folder);
+    QCOMPARE(index.pathes(), QStringList{folder + QStringLiteral("/A.kext")});
+}
+
+void TestKextLocationIndex::unreadableFolderAddsNothing() {
+    KextLocationIndex index(settings());
+    index.FillLists(root() + QStringLiteral("/missing"));
+    writeFile(root() + QStringLiteral("/plain"), "x");
+    index.FillLists(root() + QStringLiteral("/plain"));
+    QVERIFY(index.pathes().isEmpty());
+    QVERIFY(index.idbundles().isEmpty());
+}
+
+void TestKextLocationIndex::findPath() {
+    const QString folder = root() + QStringLiteral("/Ext");
+    makeKext(folder + QStringLiteral("/A.kext"), QStringLiteral("com.example.a"));
+    writeFile(folder + QStringLiteral("/notes"), "x");
+    KextLocationIndex index(settings());
+    QCOMPARE(index.FindPath(QStringLiteral("com.example.a")), QString());
+    index.FillLists(folder);
+    QCOMPARE(index.FindPath(QStringLiteral("com.example.a")), folder + QStringLiteral("/A.kext"));
+    QCOMPARE(index.FindPath(QStringLiteral("com.example.A")), QString());
+    QCOMPARE(index.FindPath(QStringLiteral("com.example")), QString());
+    QCOMPARE(index.FindPath(QStringLiteral("com.unknown")), QString());
+}
+
+void TestKextLocationIndex::rebuildScansSystemFirst() {
+    const SystemPaths paths(root(), root() + QStringLiteral("/home"),
+                            root() + QStringLiteral("/Contents"));
+    const QString sle = root() + QStringLiteral("/System/Library/Extensions");
+    const QString extra = root() + QStringLiteral("/Extra/Extensions");
+    const QString store = root() + QStringLiteral("/Extra/KextStore");
+    const QString custom = root() + QStringLiteral("/home/Desktop");
+    makeKext(extra + QStringLiteral("/Same.kext"), QStringLiteral("com.example.same"));
+    makeKext(sle + QStringLiteral("/Same.kext"), QStringLiteral("com.example.same"));
+    makeKext(store + QStringLiteral("/Stored.kext"), QStringLiteral("com.example.stored"));
+    makeKext(custom + QStringLiteral("/Mine.kext"), QStringLiteral("com.example.mine"));
+    writeFile(settings(), customDirs({root() + QStringLiteral("/gone"), custom}));
+
+    KextLocationIndex index(settings());
+    index.FillLists(root() + QStringLiteral("/Extra")); // stale entries from an earlier use
+    index.rebuild(paths);
+    QCOMPARE(index.pathes(), (QStringList{sle + "/Same.kext", extra + "/Same.kext",
+                                          store + "/Stored.kext", custom + "/Mine.kext"}));
+    QCOMPARE(index.FindPath(QStringLiteral("com.example.same")), sle + "/Same.kext");
+    QCOMPARE(index.FindPath(QStringLiteral("com.example.mine")), custom + "/Mine.kext");
+    // A custom folder that is gone is skipped but stays in the list.
+    QCOMPARE(index.kextDirs().size(), 2);
+
+    // Without the Extra folders only the system's kexts and the custom ones are found.
+    QDir(root() + QStringLiteral("/Extra")).removeRecursively();
+    index.rebuild(paths);
+    QCOMPARE(index.pathes(), (QStringList{sle + "/Same.kext", custom + "/Mine.kext"}));
+}
+
+void TestKextLocationIndex::customFoldersLoadLazily() {
+    KextLocationIndex index(settings());
+    QCOMPARE(index.CountPathes(), 0u); // no file yet
+    writeFile(settings(), customDirs({QStringLiteral("/a b"), QStringLiteral("/c'd")}));
+    // Nothing but CountPathes reads the file.
+    index.InitLists();
+    QVERIFY(index.kextDirs().isEmpty());
+    QCOMPARE(index.CountPathes(), 2u);
+    QCOMPARE(index.PathAtId(0), QStringLiteral("/a b"));
+    QCOMPARE(index.PathAtId(1), QStringLiteral("/c'd"));
+    // Once loaded the list is not read again.
+    writeFile(settings(), customDirs({QStringLiteral("/x")}));
+    QCOMPARE(index.CountPathes(), 2u);
+}
+
+void TestKextLocationIndex::settingsWithoutKeyAreReadAgain() {
+    writeFile(settings(), plist("<key>Other</key><string>x</string>"));
+    KextLocationIndex index(settings());
+    QCOMPARE(index.CountPathes(), 0u);
+    writeFile(settings(), customDirs({QStringLiteral("/later")}));
+    QCOMPARE(index.CountPathes(), 1u);
+    writeFile(settings(), "not a property list at all");
+    KextLocationIndex broken(settings());
+    QCOMPARE(broken.CountPathes(), 0u);
+}
+
+void TestKextLocationIndex::addKextPathSavesParentFolder() {
+    const QString desktop = root() + QStringLiteral("/Desk top");
+    KextLocationIndex index(settings());
+    index.AddKextPath(desktop + QStringLiteral("/First.kext"));
+    index.AddKextPath(desktop + QStringLiteral("/Second.kext/"));
+    QCOMPARE(index.kextDirs(), QStringList{desktop});
+
+    // The file was written at once; a new run finds the folder again.
+    KextLocationIndex nextRun(settings());
+    QCOMPARE(nextRun.CountPathes(), 1u);
+    QCOMPARE(nextRun.PathAtId(0), desktop);
+
+    index.AddKextPath(QStringLiteral("/Ünïcode/It's.kext"));
+    const auto saved = PlistFile::readDictionary(settings());
+    QVERIFY(saved);
+    QCOMPARE(PlistFile::stringArray(*saved, "Custom Kext Directories").value_or(QStringList()),
+             (QStringList{desktop, QStringLiteral("/Ünïcode")}));
+}
+
+// The test load asks for the count first so that the saved folders are loaded and the
+// new one joins them instead of replacing them; other keys of the file stay.
+void TestKextLocationIndex::addKextPathKeepsSavedFoldersAndOtherKeys() {
+    writeFile(settings(),
+              customDirs({QStringLiteral("/saved")}, "<key>Other</key><string>kept</string>"));
+    KextLocationIndex index(settings());
+    QCOMPARE(index.CountPathes(), 1u);
+    index.AddKextPath(QStringLiteral("/new/X.kext"));
+    index.AddKextPath(QStringLiteral("/saved/Y.kext"));
+    const auto saved = PlistFile::readDictionary(settings());
+    QVERIFY(saved);
+    QStringList dirs =
+        PlistFile::stringArray(*saved, "Custom Kext Directories").value_or(QStringList());
+    dirs.sort();
+    QCOMPARE(dirs, (QStringList{QStringLiteral("/new"), QStringLiteral("/saved")}));
+    QCOMPARE(PlistFile::string(*saved, "Other"), std::optional<QString>(QStringLiteral("kept")));
+}
+
+void TestKextLocationIndex::repeatString_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("times");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("three") << "ab" << 3 << "ababab";
+    QTest::newRow("once") << " " << 1 << " ";
+    QTest::newRow("zero") << "ab" << 0 << "";
+    QTest::newRow("negative") << "ab" << -1 << "";
+}
+
+void TestKextLocationIndex::repeatString() {
+    QFETCH(QString, text);
+    QFETCH(int, times);
+    QFETCH(QString, expected);
+    QCOMPARE(KextLocationIndex::RepeatString(text, times), expected);
+}
+
+QTEST_GUILESS_MAIN(TestKextLocationIndex)
+#include "tst_kextlocationindex.moc"

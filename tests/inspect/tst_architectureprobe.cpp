@@ -1,0 +1,187 @@
+#include "inspect/ArchitectureProbe.h"
+#include "inspect/MachOWriter.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+using Archs = ArchitectureProbe::Architectures;
+using Slice = MachOWriter::Slice;
+Q_DECLARE_METATYPE(Archs)
+
+namespace {
+Archs archs(bool x86_64, bool i386, bool ppc, bool ppc64) {
+    return {x86_64, i386, ppc, ppc64};
+}
+
+QByteArray executable(const QList<Slice> &slices) {
+    return slices.size() == 1 ? MachOWriter::thin(slices.first()) : MachOWriter::fat(slices);
+}
+} // namespace
+
+namespace QTest {
+template <> char *toString(const Archs &a) {
+    return qstrdup(QStringLiteral("x86_64=%1 i386=%2 ppc=%3 ppc64=%4")
+                       .arg(a.x86_64)
+                       .arg(a.i386)
+                       .arg(a.ppc)
+                       .arg(a.ppc64)
+                       .toUtf8());
+}
+} // namespace QTest
+
+class TestArchitectureProbe : public QObject {
+    Q_OBJECT
+private slots:
+    void checkPageMarkers_data();
+    void checkPageMarkers();
+    void loadedKextMarkers();
+    void reportCell_data();
+    void reportCell();
+    void locatesExecutable();
+    void probesBuiltBundles_data();
+    void probesBuiltBundles();
+};
+
+void TestArchitectureProbe::checkPageMarkers_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<Archs>("expected");
+    QTest::newRow("nothing") << QString() << archs(0, 0, 0, 0);
+    QTest::newRow("universal x86_64 i386")
+        << "Mach-O universal binary with 2 architectures\n"
+           "/K.kext/Contents/MacOS/K (for architecture x86_64):\tMach-O 64-bit kext bundle "
+           "x86_64\n/K.kext/Contents/MacOS/K (for architecture i386):\tMach-O object i386\n"
+        << archs(1, 1, 0, 0);
+    QTest::newRow("thin i386 object") << "Mach-O object i386\n" << archs(0, 1, 0, 0);
+    QTest::newRow("thin x86_64 kext") << "Mach-O 64-bit kext bundle x86_64\n" << archs(1, 0, 0, 0);
+    // Any 64-bit file counts as x86_64, whatever its processor.
+    QTest::newRow("thin 64-bit ppc64") << "Mach-O 64-bit object ppc64\n" << archs(1, 0, 0, 0);
+    // The ppc marker is part of the ppc64 one.
+    QTest::newRow("ppc64 object wording") << "Mach-O object ppc64\n" << archs(0, 0, 1, 1);
+    QTest::newRow("thin ppc") << "Mach-O object ppc\n" << archs(0, 0, 1, 0);
+    // The closing parenthesis keeps the ppc line marker off the ppc64 slice line, but the
+    // slice's own 64-bit description still says x86_64.
+    QTest::newRow("universal ppc64 only")
+        << "Mach-O universal binary with 1 architecture\n"
+           "/K (for architecture ppc64):\tMach-O 64-bit object ppc64\n"
+        << archs(1, 0, 0, 1);
+    QTest::newRow("universal ppc and i386") << "Mach-O universal binary with 2 architectures\n"
+                                               "/K (for architecture ppc):\tMach-O object ppc\n"
+                                               "/K (for architecture i386):\tMach-O object i386\n"
+                                            << archs(0, 1, 1, 0);
+    QTest::newRow("case matters") << "mach-o object I386 (FOR ARCHITECTURE X86_64)"
+                                  << archs(0, 0, 0, 0);
+    QTest::newRow("missing file message") << "/K/Contents/MacOS/K: cannot open `x' (No such "
+                                             "file or directory)\n"
+                                          << archs(0, 0, 0, 0);
+}
+
+void TestArchitectureProbe::checkPageMarkers() {
+    QFETCH(QString, text);
+    QFETCH(Archs, expected);
+    QCOMPARE(ArchitectureProbe::checkPageMarkers(text), expected);
+}
+
+void TestArchitectureProbe::loadedKextMarkers() {
+    // Only the two Intel processors are asked for; ppc never shows.
+    QCOMPARE(
+        ArchitectureProbe::loadedKextMarkers("Mach-O universal binary with 3 architectures\n"
+                                             "/K (for architecture ppc):\tMach-O object ppc\n"
+                                             "/K (for architecture i386):\tMach-O object i386\n"
+                                             "/K (for architecture ppc64):\tMach-O object ppc64\n"),
+        archs(0, 1, 0, 0));
+    QCOMPARE(ArchitectureProbe::loadedKextMarkers("Mach-O 64-bit kext bundle x86_64\n"),
+             archs(1, 0, 0, 0));
+}
+
+void TestArchitectureProbe::reportCell_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("cell");
+    QTest::newRow("empty") << QString() << QString(17, ' ');
+    QTest::newRow("x86_64 and i386")
+        << "Mach-O universal binary with 2 architectures\n"
+           "/K (for architecture x86_64):\tMach-O 64-bit kext bundle x86_64\n"
+           "/K (for architecture i386):\tMach-O object i386\n"
+        << "x86_64 i386      ";
+    QTest::newRow("i386 only") << "Mach-O object i386\n"
+                               << "       i386      ";
+    // Bare words: ppc64 counts as ppc, and the ppc filler is one blank wider.
+    QTest::newRow("ppc64") << "Mach-O 64-bit object ppc64\n"
+                           << "            ppc ";
+    QTest::newRow("all three") << "x86_64 i386 ppc"
+                               << "x86_64 i386 ppc ";
+}
+
+void TestArchitectureProbe::reportCell() {
+    QFETCH(QString, text);
+    QFETCH(QString, cell);
+    QCOMPARE(ArchitectureProbe::reportCell(text), cell);
+}
+
+// The contents executable is described when its folder exists, then the top-level one
+// when it exists; the second answer replaces the first.
+void TestArchitectureProbe::locatesExecutable() {
+    QTemporaryDir dir;
+    const QString kext = dir.path() + QStringLiteral("/It's Ünique.kext");
+    QStringList asked;
+    ArchitectureProbe probe([&asked](const QString &path) {
+        asked << path;
+        return QStringLiteral("text of ") + path;
+    });
+
+    QDir().mkpath(kext);
+    QCOMPARE(probe.probeText(kext), QString());
+    QVERIFY(asked.isEmpty());
+
+    // Only the folder is tested, not the file inside it.
+    QDir().mkpath(kext + QStringLiteral("/Contents/MacOS"));
+    QCOMPARE(probe.probeText(kext), "text of " + kext + "/Contents/MacOS/It's Ünique");
+    QCOMPARE(asked, QStringList{kext + "/Contents/MacOS/It's Ünique"});
+
+    asked.clear();
+    QVERIFY(MachOWriter::write(kext + QStringLiteral("/It's Ünique"), "x"));
+    QCOMPARE(probe.probeText(kext), "text of " + kext + "/It's Ünique");
+    QCOMPARE(asked, (QStringList{kext + "/Contents/MacOS/It's Ünique", kext + "/It's Ünique"}));
+}
+
+void TestArchitectureProbe::probesBuiltBundles_data() {
+    QTest::addColumn<QList<Slice>>("slices");
+    QTest::addColumn<Archs>("expected");
+    QTest::newRow("universal x86_64 i386")
+        << QList<Slice>{MachOWriter::kextSlice(MachOWriter::X86_64),
+                        MachOWriter::kextSlice(MachOWriter::I386)}
+        << archs(1, 1, 0, 0);
+    QTest::newRow("thin i386") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::I386)}
+                               << archs(0, 1, 0, 0);
+    QTest::newRow("thin x86_64") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::X86_64)}
+                                 << archs(1, 0, 0, 0);
+    QTest::newRow("thin ppc") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::PPC)}
+                              << archs(0, 0, 1, 0);
+    QTest::newRow("thin ppc64") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::PPC64)}
+                                << archs(1, 0, 0, 0);
+    QTest::newRow("universal all four") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::PPC),
+                                                        MachOWriter::kextSlice(MachOWriter::PPC64),
+                                                        MachOWriter::kextSlice(MachOWriter::I386),
+                                                        MachOWriter::kextSlice(MachOWriter::X86_64)}
+                                        << archs(1, 1, 1, 1);
+}
+
+void TestArchitectureProbe::probesBuiltBundles() {
+    QFETCH(QList<Slice>, slices);
+    QFETCH(Archs, expected);
+    QTemporaryDir dir;
+    const QString kext = dir.path() + QStringLiteral("/Fake Kext.kext");
+    QVERIFY(
+        MachOWriter::write(kext + QStringLiteral("/Contents/MacOS/Fake Kext"), executable(slices)));
+    const ArchitectureProbe probe;
+    QCOMPARE(ArchitectureProbe::checkPageMarkers(probe.probeText(kext)), expected);
+
+    // An old-style bundle with its executable at the top level overrides the contents.
+    const QString oldStyle = dir.path() + QStringLiteral("/Old.kext");
+    QVERIFY(MachOWriter::write(oldStyle + QStringLiteral("/Contents/MacOS/Old"), "garbage"));
+    QVERIFY(MachOWriter::write(oldStyle + QStringLiteral("/Old"), executable(slices)));
+    QCOMPARE(ArchitectureProbe::checkPageMarkers(probe.probeText(oldStyle)), expected);
+}
+
+QTEST_GUILESS_MAIN(TestArchitectureProbe)
+#include "tst_architectureprobe.moc"
