@@ -1,0 +1,67 @@
+// `kextkeeper sandbox create DIR` makes a simulated Mac to try the program on anywhere;
+// `kextkeeper --root DIR sandbox tool NAME ARGS...` is what that Mac's stand-in tools
+// hand over to.
+
+#include "cli/CliRegistry.h"
+#include "sandbox/SandboxBuilder.h"
+#include "sandbox/SandboxTools.h"
+
+#include <QCoreApplication>
+#include <cstdio>
+
+namespace {
+
+int create(CliContext &c, const QStringList &words) {
+    if (words.size() != 1 || words.first().startsWith(QLatin1Char('-'))) {
+        c.err << "kextkeeper sandbox create: give the one folder to make it in" << Qt::endl;
+        return CliUsage;
+    }
+    SandboxBuilder builder(words.first(), QCoreApplication::applicationFilePath());
+    if (!builder.create()) {
+        c.err << builder.error() << Qt::endl;
+        return CliTaskError;
+    }
+    for (const QString &warning : builder.warnings())
+        c.err << "warning: " << warning << Qt::endl;
+    c.out << "Sandbox made in " << words.first() << ". Start the program on it with:\n  "
+          << QCoreApplication::applicationFilePath() << " --root " << words.first() << Qt::endl;
+    return CliOk;
+}
+
+int tool(CliContext &c, const QStringList &words) {
+    if (words.isEmpty() || !SandboxTools::has(words.first())) {
+        c.err << "kextkeeper sandbox tool: unknown tool " << words.value(0) << Qt::endl;
+        return CliUsage;
+    }
+    if (!c.paths.isSandbox()) {
+        c.err << "kextkeeper sandbox tool: works only on a sandbox given with --root" << Qt::endl;
+        return CliUsage;
+    }
+    const StandInResult result =
+        SandboxTools(c.paths.root(), QCoreApplication::applicationFilePath())
+            .run(words.first(), words.mid(1));
+    // The tools' bytes go out untouched: they need not be UTF-8.
+    c.out.flush();
+    c.err.flush();
+    std::fwrite(result.out.constData(), 1, size_t(result.out.size()), stdout);
+    std::fwrite(result.err.constData(), 1, size_t(result.err.size()), stderr);
+    std::fflush(stdout);
+    std::fflush(stderr);
+    return result.status;
+}
+
+int sandbox(CliContext &c) {
+    const QString action = c.args.value(0);
+    if (action == QLatin1String("create"))
+        return create(c, c.args.mid(1));
+    if (action == QLatin1String("tool"))
+        return tool(c, c.args.mid(1));
+    c.err << "kextkeeper sandbox: say create DIR" << Qt::endl;
+    return CliUsage;
+}
+
+const bool registered = CliRegistry::add(
+    {QStringLiteral("sandbox"), QStringLiteral("sandbox create DIR"),
+     QStringLiteral("make a simulated Mac in DIR to try the program on with --root DIR"), sandbox});
+
+} // namespace

@@ -1,0 +1,157 @@
+#include "sandbox/SandboxBuilder.h"
+
+#include "plist/PlistFile.h"
+#include "sandbox/LoadedKextState.h"
+#include "sandbox/MachOStub.h"
+#include "sandbox/MkextToolsStandIn.h"
+#include "sandbox/SandboxCatalog.h"
+#include "sandbox/StandInScripts.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <unistd.h>
+
+namespace {
+
+QByteArray executableFor(SandboxKext::Binary binary) {
+    using Cpu = MachOStub::Cpu;
+    switch (binary) {
+    case SandboxKext::Binary::Fat:
+        return MachOStub::fat(
+            {{Cpu::X86_64, MachOStub::kextBundle}, {Cpu::I386, MachOStub::object}});
+    case SandboxKext::Binary::I386:
+        return MachOStub::thin(Cpu::I386, MachOStub::object);
+    case SandboxKext::Binary::X86_64:
+        return MachOStub::thin(Cpu::X86_64, MachOStub::kextBundle);
+    case SandboxKext::Binary::Ppc:
+        return MachOStub::thin(Cpu::Ppc, MachOStub::object);
+    case SandboxKext::Binary::None:
+        break;
+    }
+    return {};
+}
+
+PList::Dictionary infoPlist(const SandboxKext &kext) {
+    PList::Dictionary dict;
+    dict.Set("CFBundleDevelopmentRegion", PList::String("English"));
+    if (kext.binary != SandboxKext::Binary::None)
+        dict.Set("CFBundleExecutable", PList::String(kext.name().toStdString()));
+    dict.Set("CFBundleIdentifier", PList::String(kext.identifier.toStdString()));
+    dict.Set("CFBundleInfoDictionaryVersion", PList::String("6.0"));
+    dict.Set("CFBundleName", PList::String(kext.name().toStdString()));
+    dict.Set("CFBundlePackageType", PList::String("KEXT"));
+    dict.Set("CFBundleShortVersionString", PList::String(kext.version.toStdString()));
+    dict.Set("CFBundleSignature", PList::String("????"));
+    dict.Set("CFBundleVersion", PList::String(kext.version.toStdString()));
+    if (!kext.compatibleVersion.isEmpty())
+        dict.Set("OSBundleCompatibleVersion", PList::String(kext.compatibleVersion.toStdString()));
+    if (!kext.libraries.isEmpty()) {
+        PList::Dictionary libraries;
+        for (const auto &library : kext.libraries)
+            libraries.Set(library.first.toStdString(), PList::String(library.second.toStdString()));
+        dict.Set("OSBundleLibraries", libraries);
+    }
+    dict.Set("OSBundleRequired", PList::String("Root"));
+    return dict;
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes) {
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+           file.write(bytes) == bytes.size();
+}
+
+} // namespace
+
+SandboxBuilder::SandboxBuilder(const QString &root, const QString &binary)
+    : m_root(QDir::cleanPath(QDir(root).absolutePath())), m_binary(binary) {}
+
+bool SandboxBuilder::fail(const QString &message) {
+    m_error = message;
+    return false;
+}
+
+bool SandboxBuilder::create() {
+    const QDir root(m_root);
+    if (root.exists() && !root.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden))
+        return fail(
+            QStringLiteral("%1 is not empty; a sandbox is only made in a new folder.").arg(m_root));
+    if (!makeFolders() || !writeKexts() ||
+        !writeSystemVersion(QString(), QStringLiteral("10.6.8"), QStringLiteral("10K549")) ||
+        !writeSystemVersion(QStringLiteral("/Volumes/") + SandboxCatalog::lionVolume(),
+                            QStringLiteral("10.7.4"), QStringLiteral("11E53")))
+        return false;
+    if (!LoadedKextState(m_root).write(LoadedKextState::initial()))
+        return fail(QStringLiteral("Can't write the loaded kext list below %1.").arg(m_root));
+    StandInScripts scripts(m_root, m_binary);
+    if (!scripts.writeAll())
+        return fail(scripts.error());
+    buildExtraMkext();
+    return true;
+}
+
+bool SandboxBuilder::makeFolders() {
+    for (const QString &folder :
+         {QStringLiteral("/Volumes"), QStringLiteral("/var/db"), QStringLiteral("/var/log"),
+          QStringLiteral("/Extra/Extensions"), QStringLiteral("/Extra/10.6/Extensions"),
+          QStringLiteral("/Volumes/Lion Backup/Extra/KextStore"),
+          QStringLiteral("/Volumes/Data/Documents"),
+          QStringLiteral("/System/Library/Caches/com.apple.kext.caches/Startup")}) {
+        if (!QDir().mkpath(m_root + folder))
+            return fail(QStringLiteral("Can't make the folder %1.").arg(m_root + folder));
+    }
+    // The started system shows up among the volumes as a link to the root itself.
+    const QString startup = m_root + QStringLiteral("/Volumes/") + SandboxCatalog::startedVolume();
+    if (::symlink("..", QFile::encodeName(startup).constData()) != 0)
+        return fail(QStringLiteral("Can't link %1 to the root.").arg(startup));
+    writeFile(m_root + QStringLiteral("/Volumes/Data/Documents/Read me.txt"),
+              "A volume without a system or an Extra folder: the volume lists leave it out.\n");
+    return true;
+}
+
+bool SandboxBuilder::writeKexts() {
+    for (const SandboxKext &kext : SandboxCatalog::kexts()) {
+        const QString plist = m_root + QLatin1Char('/') + kext.infoPlistPath();
+        QDir().mkpath(QFileInfo(plist).path());
+        if (!PlistFile::writeDictionary(plist, infoPlist(kext)))
+            return fail(QStringLiteral("Can't write %1.").arg(plist));
+        if (kext.binary == SandboxKext::Binary::None)
+            continue;
+        const QString executable = m_root + QLatin1Char('/') + kext.executablePath();
+        if (!writeFile(executable, executableFor(kext.binary)))
+            return fail(QStringLiteral("Can't write %1.").arg(executable));
+        QFile::setPermissions(executable, QFile::permissions(executable) | QFile::ExeOwner |
+                                              QFile::ExeGroup | QFile::ExeOther);
+    }
+    return true;
+}
+
+bool SandboxBuilder::writeSystemVersion(const QString &volume, const QString &version,
+                                        const QString &build) {
+    PList::Dictionary dict;
+    dict.Set("ProductBuildVersion", PList::String(build.toStdString()));
+    dict.Set("ProductCopyright", PList::String("1983-2012 Sandbox Mac"));
+    dict.Set("ProductName", PList::String("Mac OS X"));
+    dict.Set("ProductUserVisibleVersion", PList::String(version.toStdString()));
+    dict.Set("ProductVersion", PList::String(version.toStdString()));
+    const QString folder = m_root + volume + QStringLiteral("/System/Library/CoreServices");
+    QDir().mkpath(folder);
+    if (!PlistFile::writeDictionary(folder + QStringLiteral("/SystemVersion.plist"), dict))
+        return fail(QStringLiteral("Can't write the system version in %1.").arg(folder));
+    return true;
+}
+
+void SandboxBuilder::buildExtraMkext() {
+    const QString extra = m_root + QStringLiteral("/Extra");
+    const StandInResult built =
+        MkextToolsStandIn(m_root, m_binary)
+            .kextcache({QStringLiteral("-a"), QStringLiteral("i386"), QStringLiteral("-a"),
+                        QStringLiteral("x86_64"), QStringLiteral("-m"),
+                        extra + QStringLiteral("/Extensions.mkext"),
+                        extra + QStringLiteral("/Extensions")});
+    if (built.status != 0 || !QFileInfo::exists(extra + QStringLiteral("/Extensions.mkext")))
+        m_warnings << QStringLiteral("Extra/Extensions.mkext was not built: %1")
+                          .arg(QString::fromUtf8(built.err).trimmed());
+}
