@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QSaveFile>
 #include <algorithm>
+#include <cstdio>
 
 namespace {
 
@@ -141,8 +142,12 @@ QString LoadedKextState::kextstatText(const QList<LoadedKext> &kexts) {
     QString text = QStringLiteral("Index Refs Address            Size       Wired      "
                                   "Name (Version) <Linked Against>\n");
     for (const LoadedKext &k : kexts) {
-        text += QString::asprintf("%5d %4d %#-18llx %#-10x %#-10x ", k.index, k.refs,
-                                  static_cast<unsigned long long>(k.address), k.size, k.size);
+        // The C library's "%#x" prints a zero as "0", as the tool does; Qt's own
+        // formatting would print "0x0".
+        char numbers[80];
+        std::snprintf(numbers, sizeof numbers, "%5d %4d %#-18llx %#-10x %#-10x ", k.index, k.refs,
+                      static_cast<unsigned long long>(k.address), k.size, k.size);
+        text += QLatin1String(numbers);
         text += k.identifier + QStringLiteral(" (") + k.version + QLatin1Char(')');
         if (!k.links.isEmpty()) {
             QStringList links;

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "exec/Command.h"
+#include "sandbox/SandboxBuilder.h"
+#include "sandbox/StandInScripts.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+// A fresh sandbox in a folder whose name has a blank, an apostrophe and a non-ASCII
+// letter, and a way to run its stand-ins as real processes.
+class SandboxFixture {
+public:
+    struct Run {
+        int status = -1;
+        QByteArray out;
+        QByteArray err;
+    };
+
+    bool create() {
+        m_root = m_dir.path() + QStringLiteral("/Mac's sandbox Ü");
+        SandboxBuilder builder(m_root, QStringLiteral(KK_BINARY));
+        if (!builder.create()) {
+            qWarning() << builder.error();
+            return false;
+        }
+        return true;
+    }
+
+    QString root() const { return m_root; }
+    QString path(const QString &relative) const { return m_root + relative; }
+    QString volume(const QString &name) const {
+        return m_root + QStringLiteral("/Volumes/") + name;
+    }
+
+    Run run(const QString &systemPath, const QStringList &args) const {
+        QProcess process;
+        process.start(m_root + systemPath, args);
+        process.waitForFinished(30000);
+        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+                process.readAllStandardOutput(), process.readAllStandardError()};
+    }
+
+    // The line a stand-in logs for this run: the command as the program renders it.
+    QString logLine(const QString &systemPath, const QStringList &args) const {
+        return Command{m_root + systemPath, args, true}.toShellLine();
+    }
+
+    QStringList logLines() const {
+        QFile log(StandInScripts::logPath(m_root));
+        if (!log.open(QIODevice::ReadOnly))
+            return {};
+        QStringList lines = QString::fromUtf8(log.readAll()).split(QLatin1Char('\n'));
+        if (!lines.isEmpty() && lines.last().isEmpty())
+            lines.removeLast();
+        return lines;
+    }
+
+    void clearLog() const { QFile::remove(StandInScripts::logPath(m_root)); }
+
+private:
+    QTemporaryDir m_dir;
+    QString m_root;
+};
