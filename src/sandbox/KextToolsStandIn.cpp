@@ -1,7 +1,7 @@
 #include "sandbox/KextToolsStandIn.h"
 
+#include "inspect/MachODescriber.h"
 #include "sandbox/KextBundleInfo.h"
-#include "sandbox/MachODescription.h"
 
 #include <QFileInfo>
 #include <algorithm>
@@ -41,7 +41,7 @@ QString KextToolsStandIn::loadWithLibraries(QList<LoadedKext> &kexts, const QStr
         if (!QFileInfo(info->executablePath).isFile())
             return validation;
         // The sandbox kernel is 64-bit: a kext without an x86_64 slice can't load.
-        if (!MachODescription::describeFile(info->executablePath).contains(QLatin1String("x86_64")))
+        if (!MachODescriber::describe(info->executablePath).contains(QLatin1String("x86_64")))
             return notLoadable;
     }
     QStringList libraries;

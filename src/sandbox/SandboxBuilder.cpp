@@ -1,8 +1,8 @@
 #include "sandbox/SandboxBuilder.h"
 
+#include "inspect/MachOWriter.h"
 #include "plist/PlistFile.h"
 #include "sandbox/LoadedKextState.h"
-#include "sandbox/MachOStub.h"
 #include "sandbox/MkextToolsStandIn.h"
 #include "sandbox/SandboxCatalog.h"
 #include "sandbox/StandInScripts.h"
@@ -15,17 +15,16 @@
 namespace {
 
 QByteArray executableFor(SandboxKext::Binary binary) {
-    using Cpu = MachOStub::Cpu;
     switch (binary) {
     case SandboxKext::Binary::Fat:
-        return MachOStub::fat(
-            {{Cpu::X86_64, MachOStub::kextBundle}, {Cpu::I386, MachOStub::object}});
+        return MachOWriter::fat({MachOWriter::kextSlice(MachOWriter::X86_64),
+                                 MachOWriter::kextSlice(MachOWriter::I386)});
     case SandboxKext::Binary::I386:
-        return MachOStub::thin(Cpu::I386, MachOStub::object);
+        return MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::I386));
     case SandboxKext::Binary::X86_64:
-        return MachOStub::thin(Cpu::X86_64, MachOStub::kextBundle);
+        return MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::X86_64));
     case SandboxKext::Binary::Ppc:
-        return MachOStub::thin(Cpu::Ppc, MachOStub::object);
+        return MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::PPC));
     case SandboxKext::Binary::None:
         break;
     }
