@@ -1,0 +1,93 @@
+// `kextkeeper check KEXT [--deps]` and `kextkeeper load KEXT`: the check page without the
+// window.
+
+#include "cli/CliArgs.h"
+#include "cli/CliRegistry.h"
+#include "exec/IconAlert.h"
+#include "inspect/ArchitectureProbe.h"
+#include "inspect/DependencyListing.h"
+#include "inspect/KextTestLoad.h"
+
+#include <QFileInfo>
+
+namespace {
+
+// The one kext path of the verb, or the usage error printed and nothing returned.
+std::optional<QString> kextArgument(CliContext &c, const CliArgs &args, const QString &verb) {
+    if (!args.ok() || args.positional().size() != 1) {
+        c.err << "kextkeeper " << verb << ": "
+              << (args.ok() ? QStringLiteral("needs exactly one kext") : args.error()) << Qt::endl;
+        return std::nullopt;
+    }
+    return args.positional().first();
+}
+
+int checkKext(CliContext &c) {
+    const CliArgs args(c.args, {}, {QStringLiteral("--deps")});
+    const std::optional<QString> kext = kextArgument(c, args, QStringLiteral("check"));
+    if (!kext)
+        return CliUsage;
+    if (!QFileInfo::exists(*kext)) {
+        c.err << "kextkeeper check: " << *kext << " does not exist" << Qt::endl;
+        return CliTaskError;
+    }
+    const ArchitectureProbe::Architectures found =
+        ArchitectureProbe::checkPageMarkers(ArchitectureProbe().probeText(*kext));
+    const auto line = [&c](const char *name, bool present) {
+        c.out << name << ": " << (present ? "yes" : "no") << '\n';
+    };
+    line("x86_64", found.x86_64);
+    line("i386", found.i386);
+    line("ppc", found.ppc);
+    line("ppc64", found.ppc64);
+    if (args.flag(QStringLiteral("--deps")))
+        c.out << DependencyListing::run(c.paths, *kext);
+    c.out.flush();
+    return CliOk;
+}
+
+int loadKext(CliContext &c) {
+    const CliArgs args(c.args, {}, {});
+    const std::optional<QString> kext = kextArgument(c, args, QStringLiteral("load"));
+    if (!kext)
+        return CliUsage;
+    if (!QFileInfo::exists(*kext)) {
+        c.err << "kextkeeper load: " << *kext << " does not exist" << Qt::endl;
+        return CliTaskError;
+    }
+    IconAlert &icon = IconAlert::defaultinst();
+    // A dry run must not remember the folder either: its index has no settings file.
+    KextLocationIndex scratch{QString()};
+    KextLocationIndex &index = c.dryRun ? scratch : icon.index();
+    const KextTestLoad load(
+        c.paths, c.executor, index, [&c, &icon](const QString &command, const QString &argument) {
+            if (c.dryRun) {
+                c.out << Command{command, {argument}, true}.toShellLine() << Qt::endl;
+                return std::optional<QString>(QString());
+            }
+            return icon.ExecuteRootErrorCmd(command, argument);
+        });
+    const KextTestLoad::Result result = load.run(*kext);
+    switch (result.outcome) {
+    case KextTestLoad::Outcome::Loaded:
+        return CliOk;
+    case KextTestLoad::Outcome::Failed:
+        c.err << result.message;
+        if (!result.message.endsWith(QLatin1Char('\n')))
+            c.err << '\n';
+        c.err.flush();
+        return CliTaskError;
+    default:
+        c.err << "kextkeeper load: not authorized" << Qt::endl;
+        return CliTaskError;
+    }
+}
+
+const bool registeredCheck = CliRegistry::add(
+    {QStringLiteral("check"), QStringLiteral("check KEXT [--deps]"),
+     QStringLiteral("tell a kext's architectures (and, with --deps, its libraries)"), checkKext});
+const bool registeredLoad = CliRegistry::add(
+    {QStringLiteral("load"), QStringLiteral("load KEXT"),
+     QStringLiteral("test-load a kext into the running kernel (as root)"), loadKext});
+
+} // namespace

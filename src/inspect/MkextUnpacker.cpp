@@ -1,0 +1,79 @@
+#include "inspect/MkextUnpacker.h"
+
+#include "exec/IconAlert.h"
+#include "exec/Tr.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+MkextUnpacker::MkextUnpacker(const SystemPaths &paths, Tool tool)
+    : m_paths(paths), m_tool(std::move(tool)) {}
+
+QString MkextUnpacker::toolPath(const SystemPaths &paths) {
+    return paths.system(QStringLiteral("/usr/sbin/mkextunpack"));
+}
+
+MkextUnpacker::Tool MkextUnpacker::systemTool(const SystemPaths &paths) {
+    const QString tool = toolPath(paths);
+    return {
+        [tool](const QStringList &args) { return IconAlert::defaultinst().ExecuteCmd(tool, args); },
+        [tool](const QStringList &args) {
+            return IconAlert::defaultinst().ExecuteErrorCmd(tool, args);
+        }};
+}
+
+QStringList MkextUnpacker::listingArgs(const QString &mkext) {
+    return {QStringLiteral("-v"), mkext};
+}
+
+QStringList MkextUnpacker::unpackArgs(const QString &arch, const QString &folder,
+                                      const QString &mkext) {
+    return {QStringLiteral("-a"), arch, QStringLiteral("-d"), folder, mkext};
+}
+
+QString MkextUnpacker::defaultFolder() const {
+    return m_paths.desktop() + QStringLiteral("/Mkext Contents");
+}
+
+QString MkextUnpacker::listing(const QString &mkext) const {
+    return m_tool.output(listingArgs(mkext)).value_or(QString());
+}
+
+MkextUnpacker::Outcome MkextUnpacker::unpack(const QString &mkext, const QString &arch,
+                                             const QString &folder) const {
+    if (mkext.isEmpty())
+        return {true, kkTr("You haven't selected any mkext.")};
+    const bool isDefault = folder == defaultFolder();
+    if (isDefault)
+        QDir().mkpath(folder); // a failure shows as the missing folder below
+    if (!QFileInfo::exists(folder))
+        return {true, kkTr("Unpack directory doesn't exist.")};
+
+    const std::optional<QString> errors = m_tool.errors(unpackArgs(arch, folder, mkext));
+    if (errors && errors->isEmpty())
+        return {false, kkTr("Mkext was unpacked to selected directory.")};
+
+    // Don't leave an empty folder of ours on the desktop; one the user chose is theirs.
+    if (isDefault &&
+        QDir(folder).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
+        QDir().rmdir(folder);
+    if (!errors)
+        return {true, kkTr("The mkext tool could not be run, or wrote text that is not UTF-8.")};
+    return {true, alertText(*errors)};
+}
+
+QString MkextUnpacker::alertText(const QString &errorText) {
+    // The comparisons include the tool's final line feed; only an exact match is
+    // translated, everything else is the tool's own wording.
+    static const char *const missing[] = {
+        QT_TRANSLATE_NOOP("KextKeeper", "Architecture x86_64 not found in mkext."),
+        QT_TRANSLATE_NOOP("KextKeeper", "Architecture i386 not found in mkext."),
+        QT_TRANSLATE_NOOP("KextKeeper", "Architecture ppc not found in mkext."),
+        QT_TRANSLATE_NOOP("KextKeeper", "Architecture ppc64 not found in mkext."),
+    };
+    for (const char *text : missing) {
+        if (errorText == QLatin1String(text) + QLatin1Char('\n'))
+            return kkTr(text);
+    }
+    return errorText;
+}

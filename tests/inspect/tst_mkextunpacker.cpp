@@ -1,0 +1,186 @@
+#include "TestScripts.h"
+#include "exec/AdminAuthentication.h"
+#include "exec/IconAlert.h"
+#include "inspect/MkextUnpacker.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+// A stand-in for the archive tool: records the arguments of every run and answers with
+// the error text (and optionally writes a file into the unpack folder).
+struct FakeTool {
+    QList<QStringList> runs;
+    std::optional<QString> errors = QString();
+    QString listing = QStringLiteral("Found 1 kexts:\n/S/L/E/A.kext - com.a (1.0)\n");
+    bool writesKext = false;
+
+    MkextUnpacker::Tool tool() {
+        return {[this](const QStringList &args) -> std::optional<QString> {
+                    runs << args;
+                    return listing;
+                },
+                [this](const QStringList &args) {
+                    runs << args;
+                    if (writesKext)
+                        QDir().mkpath(args.at(3) + QStringLiteral("/A.kext"));
+                    return errors;
+                }};
+    }
+};
+
+class TestMkextUnpacker : public QObject {
+    Q_OBJECT
+private slots:
+    void init();
+    void alertText_data();
+    void alertText();
+    void unpack_data();
+    void unpack();
+    void listing();
+    void runsTheToolBelowTheRoot();
+
+private:
+    std::unique_ptr<QTemporaryDir> m_dir;
+    SystemPaths paths() const {
+        return SystemPaths(m_dir->filePath("root"), m_dir->filePath("home"),
+                           m_dir->filePath("contents"));
+    }
+};
+
+void TestMkextUnpacker::init() {
+    m_dir = std::make_unique<QTemporaryDir>();
+    QDir().mkpath(m_dir->filePath("home/Desktop"));
+}
+
+void TestMkextUnpacker::alertText_data() {
+    QTest::addColumn<QString>("errors");
+    QTest::addColumn<QString>("alert");
+    for (const char *arch : {"x86_64", "i386", "ppc", "ppc64"}) {
+        const QString text = QStringLiteral("Architecture %1 not found in mkext.").arg(arch);
+        QTest::newRow(arch) << text + '\n' << text;
+    }
+    // Only the tool's exact line is translated; anything else is its own wording.
+    QTest::newRow("without line feed") << "Architecture ppc not found in mkext."
+                                       << "Architecture ppc not found in mkext.";
+    QTest::newRow("two line feeds") << "Architecture ppc not found in mkext.\n\n"
+                                    << "Architecture ppc not found in mkext.\n\n";
+    QTest::newRow("other architecture") << "Architecture arm not found in mkext.\n"
+                                        << "Architecture arm not found in mkext.\n";
+    QTest::newRow("bad magic") << "Bad mkext magic/signature.\n"
+                               << "Bad mkext magic/signature.\n";
+    QTest::newRow("warning and missing arch")
+        << "warning: odd\nArchitecture i386 not found in mkext.\n"
+        << "warning: odd\nArchitecture i386 not found in mkext.\n";
+}
+
+void TestMkextUnpacker::alertText() {
+    QFETCH(QString, errors);
+    QFETCH(QString, alert);
+    QCOMPARE(MkextUnpacker::alertText(errors), alert);
+}
+
+void TestMkextUnpacker::unpack_data() {
+    QTest::addColumn<QString>("mkext");
+    QTest::addColumn<bool>("defaultFolder");
+    QTest::addColumn<bool>("folderExists");
+    QTest::addColumn<std::optional<QString>>("errors");
+    QTest::addColumn<bool>("writesKext");
+    QTest::addColumn<bool>("ran");
+    QTest::addColumn<bool>("error");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<bool>("folderAfter");
+    using E = std::optional<QString>;
+    const QString m = QStringLiteral("/x/It's Extensions.mkext");
+    QTest::newRow("no mkext") << QString() << true << false << E("") << false << false << true
+                              << "You haven't selected any mkext." << false;
+    QTest::newRow("default folder made and used")
+        << m << true << false << E("") << true << true << false
+        << "Mkext was unpacked to selected directory." << true;
+    QTest::newRow("missing architecture removes the empty default folder")
+        << m << true << false << E("Architecture ppc not found in mkext.\n") << false << true
+        << true << "Architecture ppc not found in mkext." << false;
+    QTest::newRow("warning after unpacking keeps the filled default folder")
+        << m << true << true << E("kext A.kext is not authentic\n") << true << true << true
+        << "kext A.kext is not authentic\n"
+        << true;
+    QTest::newRow("chosen folder missing") << m << false << false << E("") << false << false << true
+                                           << "Unpack directory doesn't exist." << false;
+    QTest::newRow("chosen empty folder is never removed")
+        << m << false << true << E("Bad mkext magic/signature.\n") << false << true << true
+        << "Bad mkext magic/signature.\n"
+        << true;
+    QTest::newRow("unreadable tool text")
+        << m << true << true << E() << false << true << true
+        << "The mkext tool could not be run, or wrote text that is not UTF-8." << false;
+}
+
+void TestMkextUnpacker::unpack() {
+    QFETCH(QString, mkext);
+    QFETCH(bool, defaultFolder);
+    QFETCH(bool, folderExists);
+    QFETCH(std::optional<QString>, errors);
+    QFETCH(bool, writesKext);
+    QFETCH(bool, ran);
+    QFETCH(bool, error);
+    QFETCH(QString, message);
+    QFETCH(bool, folderAfter);
+
+    FakeTool fake;
+    fake.errors = errors;
+    fake.writesKext = writesKext;
+    const MkextUnpacker unpacker(paths(), fake.tool());
+    const QString folder =
+        defaultFolder ? unpacker.defaultFolder() : m_dir->filePath(QStringLiteral("Chosen Földer"));
+    QCOMPARE(unpacker.defaultFolder(), m_dir->filePath("home/Desktop/Mkext Contents"));
+    if (folderExists)
+        QVERIFY(QDir().mkpath(folder));
+
+    const MkextUnpacker::Outcome outcome = unpacker.unpack(mkext, QStringLiteral("ppc"), folder);
+    QCOMPARE(outcome.error, error);
+    QCOMPARE(outcome.message, message);
+    const QList<QStringList> expectedRuns =
+        ran ? QList<QStringList>{{"-a", "ppc", "-d", folder, mkext}} : QList<QStringList>{};
+    QCOMPARE(fake.runs, expectedRuns);
+    QCOMPARE(QFileInfo::exists(folder), folderAfter);
+}
+
+void TestMkextUnpacker::listing() {
+    FakeTool fake;
+    const MkextUnpacker unpacker(paths(), fake.tool());
+    QCOMPARE(unpacker.listing(QStringLiteral("/a b.mkext")), fake.listing);
+    QCOMPARE(fake.runs, (QList<QStringList>{{"-v", "/a b.mkext"}}));
+    fake.listing.clear();
+    QCOMPARE(unpacker.listing(QStringLiteral("/a b.mkext")), QString());
+}
+
+// Apple's tool is found below the system root and its standard error is the answer.
+void TestMkextUnpacker::runsTheToolBelowTheRoot() {
+    const QDir sbin(m_dir->filePath("root/usr/sbin"));
+    QVERIFY(QDir().mkpath(sbin.path()));
+    const QString log = m_dir->filePath("args");
+    writeScript(sbin, QStringLiteral("mkextunpack"),
+                "for a in \"$@\"; do printf '%s\\n' \"$a\"; done > '" + log.toUtf8() +
+                    "'\n"
+                    "if [ \"$1\" = -v ]; then echo 'Found 0 kexts:'; echo noise >&2; exit 0; fi\n"
+                    "echo 'Architecture i386 not found in mkext.' >&2; exit 1\n");
+    QCOMPARE(MkextUnpacker::toolPath(paths()), sbin.filePath("mkextunpack"));
+    AdminAuthentication session({}, nullptr, nullptr);
+    IconAlert::configureDefault(paths(), session, Alerts(nullptr, nullptr));
+    const MkextUnpacker unpacker(paths(), MkextUnpacker::systemTool(paths()));
+
+    QCOMPARE(unpacker.listing(QStringLiteral("/E.mkext")), QStringLiteral("Found 0 kexts:\n"));
+    const MkextUnpacker::Outcome outcome = unpacker.unpack(
+        QStringLiteral("/E.mkext"), QStringLiteral("i386"), unpacker.defaultFolder());
+    QVERIFY(outcome.error);
+    QCOMPARE(outcome.message, QStringLiteral("Architecture i386 not found in mkext."));
+    QFile args(log);
+    QVERIFY(args.open(QIODevice::ReadOnly));
+    QCOMPARE(QString::fromUtf8(args.readAll()),
+             "-a\ni386\n-d\n" + unpacker.defaultFolder() + "\n/E.mkext\n");
+    QVERIFY(!QFileInfo::exists(unpacker.defaultFolder()));
+}
+
+QTEST_GUILESS_MAIN(TestMkextUnpacker)
+#include "tst_mkextunpacker.moc"
