@@ -1,11 +1,13 @@
 #include "WindowLauncher.h"
 
 #include "AppSettings.h"
+#include "CheckController.h"
 #include "LoadedDelegate.h"
 #include "MainWindow.h"
 #include "MessageBoxSheets.h"
 #include "PasswordDialog.h"
 #include "TovrelAppDelegate.h"
+#include "UnpackController.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/FreedesktopNotifier.h"
 #include "exec/IconAlert.h"
@@ -31,6 +33,8 @@ int launchWindow(QApplication &app, const SystemPaths &paths) {
 
     // Feature controllers: one line each, parented to the delegate they are made with.
     // new MaintenanceController(delegate);
+    new CheckController(delegate);
+    new UnpackController(delegate);
 
     // Closing the main window ends the program (Qt quits after the last window).
     app.setQuitOnLastWindowClosed(true);
