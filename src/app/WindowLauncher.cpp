@@ -2,6 +2,7 @@
 
 #include "AppSettings.h"
 #include "CheckController.h"
+#include "InstallController.h"
 #include "LoadedDelegate.h"
 #include "MainWindow.h"
 #include "MessageBoxSheets.h"
@@ -33,6 +34,7 @@ int launchWindow(QApplication &app, const SystemPaths &paths) {
 
     // Feature controllers: one line each, parented to the delegate they are made with.
     // new MaintenanceController(delegate);
+    new InstallController(delegate);
     new CheckController(delegate);
     new UnpackController(delegate);
 
