@@ -3,6 +3,7 @@
 #include "plist/PlistFile.h"
 #include "volumes/SystemPaths.h"
 
+#include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
 #include <memory>
@@ -84,7 +85,7 @@ QString KextLocationIndex::FindPath(const QString &identifier) const {
 }
 
 unsigned KextLocationIndex::CountPathes() {
-    if (m_kextDirs.isEmpty() && exists(m_settingsFile)) {
+    if (m_kextDirs.isEmpty() && !m_settingsFile.isEmpty() && exists(m_settingsFile)) {
         const std::unique_ptr<PList::Dictionary> settings =
             PlistFile::readDictionary(m_settingsFile);
         if (settings)
@@ -101,6 +102,9 @@ QString KextLocationIndex::PathAtId(int index) const {
 void KextLocationIndex::AddKextPath(const QString &kextPath) {
     m_kextDirs << parentFolder(kextPath);
     m_kextDirs.removeDuplicates();
+    // Without a settings file (a dry run) the folder counts for this run only.
+    if (m_settingsFile.isEmpty())
+        return;
 
     // Keep whatever else the file holds; an unreadable file starts over empty.
     std::unique_ptr<PList::Dictionary> settings = PlistFile::readDictionary(m_settingsFile);
@@ -112,7 +116,9 @@ void KextLocationIndex::AddKextPath(const QString &kextPath) {
         folders.Append(&item); // copies the node
     }
     settings->Set(settingsKey().toStdString(), &folders);
-    // A read-only bundle cannot keep the list; the folder still counts for this run.
+    // Our settings folder may not exist yet on a fresh system. A read-only one cannot
+    // keep the list; the folder still counts for this run.
+    QDir().mkpath(QFileInfo(m_settingsFile).absolutePath());
     PlistFile::writeDictionary(m_settingsFile, *settings);
 }
 

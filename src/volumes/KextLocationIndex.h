@@ -12,6 +12,7 @@ class SystemPaths;
 // CustomKextDirs.plist so they are scanned in later runs too.
 class KextLocationIndex {
 public:
+    // An empty settings path keeps the custom folders in memory only.
     explicit KextLocationIndex(const QString &settingsFile);
 
     // Empties the scanned lists; the custom folders stay.

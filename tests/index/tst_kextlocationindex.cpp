@@ -55,6 +55,7 @@ private slots:
     void settingsWithoutKeyAreReadAgain();
     void addKextPathSavesParentFolder();
     void addKextPathKeepsSavedFoldersAndOtherKeys();
+    void settingsFolderMadeOnDemand();
     void repeatString_data();
     void repeatString();
 
@@ -300,6 +301,20 @@ void TestKextLocationIndex::addKextPathKeepsSavedFoldersAndOtherKeys() {
     dirs.sort();
     QCOMPARE(dirs, (QStringList{QStringLiteral("/new"), QStringLiteral("/saved")}));
     QCOMPARE(PlistFile::string(*saved, "Other"), std::optional<QString>(QStringLiteral("kept")));
+}
+
+void TestKextLocationIndex::settingsFolderMadeOnDemand() {
+    const QString file = root() + QStringLiteral("/fresh/config/CustomKextDirs.plist");
+    KextLocationIndex index(file);
+    index.AddKextPath(QStringLiteral("/a/B.kext"));
+    KextLocationIndex nextRun(file);
+    QCOMPARE(nextRun.CountPathes(), 1u);
+
+    // Without a settings file the folders are kept for this run only.
+    KextLocationIndex scratch{QString()};
+    scratch.AddKextPath(QStringLiteral("/a/B.kext"));
+    QCOMPARE(scratch.CountPathes(), 1u);
+    QCOMPARE(scratch.PathAtId(0), QStringLiteral("/a"));
 }
 
 void TestKextLocationIndex::repeatString_data() {

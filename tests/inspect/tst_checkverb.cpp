@@ -1,0 +1,156 @@
+#include "TestScripts.h"
+#include "exec/Command.h"
+#include "inspect/MachOWriter.h"
+#include "volumes/SystemPaths.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+// `kextkeeper check` and `kextkeeper load` run as real processes over a sandbox root
+// whose kextlibs, chown and kextload are scripts.
+class TestCheckVerb : public QObject {
+    Q_OBJECT
+private slots:
+    void init();
+    void check_data();
+    void check();
+    void usage_data();
+    void usage();
+    void loadDryRunChangesNothing();
+    void loadReportsTheLoaderText();
+
+private:
+    struct Result {
+        int status;
+        QString out;
+        QString err;
+    };
+    Result run(const QStringList &args) const;
+    QString kext(const QString &name, const QList<MachOWriter::Slice> &slices) const;
+    QString settingsFile() const {
+        return m_dir->filePath("config/kextkeeper/CustomKextDirs.plist");
+    }
+    QString log() const { return m_dir->filePath("tools.log"); }
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<SystemPaths> m_paths;
+};
+
+void TestCheckVerb::init() {
+    m_dir = std::make_unique<QTemporaryDir>();
+    m_paths = std::make_unique<SystemPaths>(m_dir->filePath("root"));
+    QDir().mkpath(m_paths->system("/usr/sbin"));
+    QDir().mkpath(m_dir->filePath("home"));
+    const QDir sbin(m_paths->system("/usr/sbin"));
+    const QByteArray logFile = log().toUtf8();
+    writeScript(sbin, "kextlibs",
+                "echo 'For all architectures:' >&2\necho '    com.apple.kpi.libkern = 10.8.0'\n");
+    writeScript(sbin, "chown", "echo \"chown $*\" >> '" + logFile + "'\n");
+    writeScript(sbin, "kextload",
+                "echo \"kextload $*\" >> '" + logFile +
+                    "'\ncase \"$1\" in *Bad*) echo \"$1 failed to load - (libkern/kext) not "
+                    "found\" >&2 ;; esac\n");
+}
+
+TestCheckVerb::Result TestCheckVerb::run(const QStringList &args) const {
+    QProcess process;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("HOME", m_dir->filePath("home"));
+    env.insert("XDG_CONFIG_HOME", m_dir->filePath("config"));
+    process.setProcessEnvironment(env);
+    process.start(QStringLiteral(KK_BINARY), QStringList{"--root", m_paths->root()} + args);
+    process.waitForFinished(30000);
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+QString TestCheckVerb::kext(const QString &name, const QList<MachOWriter::Slice> &slices) const {
+    const QString path = m_dir->filePath("Desk top/" + name + ".kext");
+    MachOWriter::write(path + "/Contents/MacOS/" + name, slices.size() == 1
+                                                             ? MachOWriter::thin(slices.first())
+                                                             : MachOWriter::fat(slices));
+    return path;
+}
+
+void TestCheckVerb::check_data() {
+    QTest::addColumn<QList<MachOWriter::Slice>>("slices");
+    QTest::addColumn<bool>("deps");
+    QTest::addColumn<QString>("out");
+    QTest::newRow("universal")
+        << QList<MachOWriter::Slice>{MachOWriter::kextSlice(MachOWriter::X86_64),
+                                     MachOWriter::kextSlice(MachOWriter::I386)}
+        << false << "x86_64: yes\ni386: yes\nppc: no\nppc64: no\n";
+    QTest::newRow("ppc with libraries")
+        << QList<MachOWriter::Slice>{MachOWriter::kextSlice(MachOWriter::PPC)} << true
+        << "x86_64: no\ni386: no\nppc: yes\nppc64: no\n    com.apple.kpi.libkern = 10.8.0\n";
+}
+
+void TestCheckVerb::check() {
+    QFETCH(QList<MachOWriter::Slice>, slices);
+    QFETCH(bool, deps);
+    QFETCH(QString, out);
+    const QString path = kext("It's Ü", slices);
+    const Result result =
+        run(deps ? QStringList{"check", path, "--deps"} : QStringList{"check", path});
+    // The library tool's headings go to its standard error, which is not ours to judge.
+    QCOMPARE(result.out, out);
+    QCOMPARE(result.status, 0);
+}
+
+void TestCheckVerb::usage_data() {
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<int>("status");
+    QTest::newRow("check without kext") << QStringList{"check"} << 2;
+    QTest::newRow("check two kexts") << QStringList{"check", "/a.kext", "/b.kext"} << 2;
+    QTest::newRow("check unknown option") << QStringList{"check", "/a.kext", "--arch"} << 2;
+    QTest::newRow("check missing kext") << QStringList{"check", "/nowhere/a.kext"} << 1;
+    QTest::newRow("load without kext") << QStringList{"load"} << 2;
+    QTest::newRow("load missing kext") << QStringList{"load", "/nowhere/a.kext"} << 1;
+}
+
+void TestCheckVerb::usage() {
+    QFETCH(QStringList, args);
+    QFETCH(int, status);
+    const Result result = run(args);
+    QCOMPARE(result.status, status);
+    QVERIFY(!result.err.isEmpty());
+    QCOMPARE(result.out, QString());
+}
+
+void TestCheckVerb::loadDryRunChangesNothing() {
+    const QString path = kext("Good", {MachOWriter::kextSlice(MachOWriter::X86_64)});
+    const Result result = run({"--dry-run", "load", path});
+    QCOMPARE(result.err, QString());
+    const Command chown{m_paths->system("/usr/sbin/chown"), {"-R", "0:0", path}};
+    const Command load{"kextload", {path}};
+    QCOMPARE(result.out, chown.toShellLine() + '\n' + load.toShellLine() + '\n');
+    QCOMPARE(result.status, 0);
+    QVERIFY(!QFileInfo::exists(log()));
+    QVERIFY(!QFileInfo::exists(settingsFile()));
+}
+
+void TestCheckVerb::loadReportsTheLoaderText() {
+    const QString bad = kext("Bad", {MachOWriter::kextSlice(MachOWriter::X86_64)});
+    Result result = run({"load", bad});
+    QCOMPARE(result.err, bad + " failed to load - (libkern/kext) not found\n");
+    QCOMPARE(result.status, 1);
+
+    const QString good = kext("Good", {MachOWriter::kextSlice(MachOWriter::X86_64)});
+    result = run({"load", good});
+    QCOMPARE(result.err, QString());
+    QCOMPARE(result.status, 0);
+
+    QFile tools(log());
+    QVERIFY(tools.open(QIODevice::ReadOnly));
+    QCOMPARE(QString::fromUtf8(tools.readAll()), "chown -R 0:0 " + bad + "\nkextload " + bad +
+                                                     "\nchown -R 0:0 " + good + "\nkextload " +
+                                                     good + "\n");
+    // The folder of both kexts is remembered once.
+    QFile settings(settingsFile());
+    QVERIFY(settings.open(QIODevice::ReadOnly));
+    QCOMPARE(QString::fromUtf8(settings.readAll()).count(m_dir->filePath("Desk top")), 1);
+}
+
+QTEST_GUILESS_MAIN(TestCheckVerb)
+#include "tst_checkverb.moc"
