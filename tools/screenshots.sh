@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Pictures each page of the window on a fresh sandbox Mac into docs/screenshots/*.png.
+# Runs under Xvfb, so it works on a machine without a display.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+build="${KK_BUILD_DIR:-build}"
+tools/install-deps.sh
+[[ -f "$build/CMakeCache.txt" ]] || cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build "$build" --target kextkeeper kk_screenshots -j "${KK_JOBS:-2}"
+
+work="$(mktemp -d)"
+trap 'rm -rf "$work"' EXIT
+"$build/kextkeeper" sandbox create "$work/sandbox" >/dev/null
+mkdir -p "$work/home/Desktop"
+# A home and settings of its own: the pictures never show the user's own choices.
+HOME="$work/home" XDG_CONFIG_HOME="$work/home/.config" \
+    xvfb-run -a -s "-screen 0 1280x900x24" \
+    "$build/tests/e2e/kk_screenshots" "$work/sandbox" docs/screenshots
+ls docs/screenshots/*.png
