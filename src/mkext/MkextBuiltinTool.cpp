@@ -1,0 +1,102 @@
+#include "mkext/MkextBuiltinTool.h"
+
+#include "mkext/KextCollector.h"
+#include "mkext/MachOSlices.h"
+#include "mkext/MkextArchive.h"
+#include "mkext/MkextUnpacker.h"
+#include "mkext/MkextWriter.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+namespace {
+
+MkextToolOutput failure(const QString &line) {
+    return {QString(), line + QLatin1Char('\n'), 1};
+}
+
+std::optional<QByteArray> readArchive(const QString &path, MkextToolOutput &output) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        output = failure(QStringLiteral("Can't open file %1.").arg(path));
+        return std::nullopt;
+    }
+    if (file.size() > MkextBuiltinTool::MaxFileSize) {
+        output = failure(QStringLiteral("Mkext file %1 is too large.").arg(path));
+        return std::nullopt;
+    }
+    return file.readAll();
+}
+
+QString listingLine(const MkextArchive::Kext &kext) {
+    const QString unknown = QStringLiteral("(unknown)");
+    const QString path = kext.bundlePath.isEmpty()
+                             ? MkextArchive::kextName(kext) + QStringLiteral(".kext")
+                             : kext.bundlePath;
+    return QStringLiteral("%1 - %2 (%3)\n")
+        .arg(path, MkextArchive::infoString(kext, "CFBundleIdentifier").value_or(unknown),
+             MkextArchive::infoString(kext, "CFBundleVersion").value_or(unknown));
+}
+
+} // namespace
+
+MkextToolOutput MkextBuiltinTool::list(const QString &mkextPath) {
+    MkextToolOutput output;
+    const std::optional<QByteArray> bytes = readArchive(mkextPath, output);
+    if (!bytes)
+        return output;
+    const MkextArchive::Opened opened = MkextArchive::open(*bytes, QString());
+    if (!opened.archive)
+        return failure(opened.error);
+    const QList<MkextArchive::Kext> &kexts = opened.archive->kexts();
+    output.out = QStringLiteral("Found %1 kexts:\n").arg(kexts.size());
+    for (const MkextArchive::Kext &kext : kexts)
+        output.out += listingLine(kext);
+    return output;
+}
+
+MkextToolOutput MkextBuiltinTool::unpack(const QString &arch, const QString &folder,
+                                         const QString &mkextPath) {
+    MkextToolOutput output;
+    const std::optional<QByteArray> bytes = readArchive(mkextPath, output);
+    if (!bytes)
+        return output;
+    const MkextArchive::Opened opened = MkextArchive::open(*bytes, arch);
+    if (!opened.archive)
+        return failure(opened.error);
+    const QString error = MkextUnpacker::unpack(*opened.archive, folder);
+    return error.isEmpty() ? output : failure(error);
+}
+
+MkextToolOutput MkextBuiltinTool::build(const QString &mkextPath, const QString &folder,
+                                        const QStringList &archs) {
+    const QStringList names =
+        archs.isEmpty() ? QStringList{QStringLiteral("i386"), QStringLiteral("x86_64")} : archs;
+    QList<uint32_t> cputypes;
+    for (const QString &name : names) {
+        const std::optional<uint32_t> cputype = MachOSlices::cpuType(name);
+        if (!cputype)
+            return failure(QStringLiteral("Unknown architecture %1.").arg(name));
+        if (!cputypes.contains(*cputype))
+            cputypes << *cputype;
+    }
+    const KextCollector::Result collected = KextCollector::collect(folder);
+    if (!collected.error.isEmpty())
+        return failure(collected.error);
+    const MkextWriter::Result written = MkextWriter::build(collected.kexts, cputypes);
+    MkextToolOutput output;
+    for (const QString &warning : collected.warnings + written.warnings)
+        output.err += warning + QLatin1Char('\n');
+    if (written.bytes.isEmpty()) {
+        output.err += QStringLiteral("No kexts found; mkext %1 not created.\n").arg(mkextPath);
+        output.status = 1;
+        return output;
+    }
+    QSaveFile file(mkextPath);
+    if (!file.open(QIODevice::WriteOnly) || file.write(written.bytes) != written.bytes.size() ||
+        !file.commit()) {
+        output.err += QStringLiteral("Can't write mkext file %1.\n").arg(mkextPath);
+        output.status = 1;
+    }
+    return output;
+}

@@ -1,0 +1,77 @@
+#include "mkext/MkextUnpacker.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <cstdlib>
+
+namespace {
+
+bool taken(const QString &path) {
+    // A dangling link counts as taken: writing through it could land anywhere.
+    const QFileInfo info(path);
+    return info.exists() || info.isSymLink();
+}
+
+bool writeNew(const QString &path, const QByteArray &bytes, QFileDevice::Permissions mode) {
+    QFile file(path);
+    // NewOnly: never follow or replace something placed there meanwhile.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+        return false;
+    const bool written = file.write(bytes) == bytes.size();
+    file.close();
+    return written && file.setPermissions(mode) && file.error() == QFileDevice::NoError;
+}
+
+QByteArray infoPlistText(const MkextArchive::Kext &kext) {
+    char *xml = nullptr;
+    uint32_t length = 0;
+    plist_to_xml(kext.info.get(), &xml, &length);
+    const QByteArray text(xml, qsizetype(length));
+    free(xml);
+    return text;
+}
+
+} // namespace
+
+QString MkextUnpacker::freeBundleName(const QString &folder, const QString &name) {
+    QString candidate = name + QStringLiteral(".kext");
+    for (int n = 1; taken(folder + QLatin1Char('/') + candidate); ++n)
+        candidate = QStringLiteral("%1-%2.kext").arg(name).arg(n);
+    return candidate;
+}
+
+QString MkextUnpacker::unpack(const MkextArchive &archive, const QString &folder) {
+    const QString root = QDir::cleanPath(QFileInfo(folder).absoluteFilePath());
+    if (!QFileInfo(root).isDir())
+        return QStringLiteral("Directory %1 doesn't exist.").arg(folder);
+    const auto readOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                          QFileDevice::ReadGroup | QFileDevice::ReadOther;
+    const auto runnable =
+        readOnly | QFileDevice::ExeOwner | QFileDevice::ExeGroup | QFileDevice::ExeOther;
+    for (const MkextArchive::Kext &kext : archive.kexts()) {
+        const QString bundle =
+            root + QLatin1Char('/') + freeBundleName(root, MkextArchive::kextName(kext));
+        // The name is one component by construction; checked again because a mistake
+        // here would write outside the folder the user chose.
+        if (QFileInfo(bundle).absolutePath() != root)
+            return archive.damagedText();
+        const QString contents = bundle + QStringLiteral("/Contents");
+        if (!QDir().mkdir(bundle) || !QDir().mkdir(contents))
+            return QStringLiteral("Can't create directory %1.").arg(bundle);
+        if (!writeNew(contents + QStringLiteral("/Info.plist"), infoPlistText(kext), readOnly))
+            return QStringLiteral("Can't write file %1/Info.plist.").arg(contents);
+        if (!kext.hasExecutable)
+            continue;
+        const std::optional<QByteArray> code = archive.executable(kext);
+        if (!code)
+            return archive.damagedText();
+        const QString macos = contents + QStringLiteral("/MacOS");
+        const QString path = macos + QLatin1Char('/') + MkextArchive::executableName(kext);
+        if (!QDir().mkdir(macos))
+            return QStringLiteral("Can't create directory %1.").arg(macos);
+        if (!writeNew(path, *code, runnable))
+            return QStringLiteral("Can't write file %1.").arg(path);
+    }
+    return QString();
+}

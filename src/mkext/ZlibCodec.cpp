@@ -1,0 +1,59 @@
+#include "mkext/ZlibCodec.h"
+
+#include <climits>
+#include <zlib.h>
+
+namespace {
+// zlib counts in uInt; anything larger is refused rather than split.
+bool fitsZlib(qsizetype size) {
+    return size >= 0 && quint64(size) <= UINT_MAX;
+}
+} // namespace
+
+std::optional<QByteArray> ZlibCodec::inflate(const QByteArray &compressed, qsizetype fullSize) {
+    if (!fitsZlib(fullSize) || !fitsZlib(compressed.size()))
+        return std::nullopt;
+    QByteArray out(fullSize, Qt::Uninitialized);
+    z_stream stream{};
+    if (inflateInit(&stream) != Z_OK)
+        return std::nullopt;
+    stream.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(compressed.constData()));
+    stream.avail_in = uInt(compressed.size());
+    stream.next_out = reinterpret_cast<Bytef *>(out.data());
+    stream.avail_out = uInt(fullSize);
+    int status = ::inflate(&stream, Z_FINISH);
+    // A stream that fills the buffer exactly but has more to give is too long.
+    if (status == Z_BUF_ERROR && stream.avail_out == 0 && stream.avail_in > 0) {
+        unsigned char probe;
+        stream.next_out = &probe;
+        stream.avail_out = 1;
+        status = ::inflate(&stream, Z_FINISH);
+        if (stream.avail_out == 0)
+            status = Z_DATA_ERROR;
+    }
+    const bool complete = status == Z_STREAM_END && stream.total_out == uLong(fullSize);
+    inflateEnd(&stream);
+    if (!complete)
+        return std::nullopt;
+    return out;
+}
+
+QByteArray ZlibCodec::deflate(const QByteArray &plain, int level) {
+    if (!fitsZlib(plain.size()))
+        return {};
+    uLongf bound = compressBound(uLong(plain.size()));
+    QByteArray out(qsizetype(bound), Qt::Uninitialized);
+    if (compress2(reinterpret_cast<Bytef *>(out.data()), &bound,
+                  reinterpret_cast<const Bytef *>(plain.constData()), uLong(plain.size()),
+                  level) != Z_OK)
+        return {};
+    out.truncate(qsizetype(bound));
+    return out;
+}
+
+uint32_t ZlibCodec::adler32(const char *data, qsizetype size) {
+    uLong sum = ::adler32(0L, Z_NULL, 0);
+    // adler32_z takes a size_t length, so large archives need no chunking.
+    sum = adler32_z(sum, reinterpret_cast<const Bytef *>(data), size_t(size));
+    return uint32_t(sum);
+}

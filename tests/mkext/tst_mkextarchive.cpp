@@ -1,0 +1,524 @@
+#include "MkextTestKexts.h"
+#include "mkext/KextCollector.h"
+#include "mkext/Lzss.h"
+#include "mkext/MkextArchive.h"
+#include "mkext/MkextBuiltinTool.h"
+#include "mkext/MkextWriter.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace MkextTestKexts;
+
+namespace {
+
+// With KK_MKEXT_CORPUS set, every archive the tests make is also kept there: the seed
+// corpus of the reader's fuzz target.
+void keepForCorpus(const QString &name, const QByteArray &bytes) {
+    const QString folder = qEnvironmentVariable("KK_MKEXT_CORPUS");
+    if (!folder.isEmpty())
+        writeFile(folder + QLatin1Char('/') + name, bytes);
+}
+
+QString safeName(QString tag) {
+    return tag.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9]+")), QStringLiteral("-"));
+}
+
+// The folder of the round trip: universal code, a codeless kext, a plug-in with code for
+// one processor only, a kext with only PowerPC code, and non-ASCII names.
+struct Sample {
+    QString folder;
+    QByteArray aIntel64, aIntel32, uIntel64, uIntel32, plugIntel64;
+};
+
+Sample writeSample(const QString &folder) {
+    Sample s;
+    s.folder = folder;
+    s.aIntel64 = thinMachO(X86_64, randomBytes(20000, 1)); // incompressible: stored
+    s.aIntel32 = thinMachO(I386, randomBytes(9000, 2));
+    s.uIntel64 = thinMachO(X86_64, QByteArray(30000, 'k')); // compressible
+    s.uIntel32 = thinMachO(I386, QByteArray("i386 code ").repeated(500));
+    s.plugIntel64 = thinMachO(X86_64, randomBytes(4000, 3));
+    writeKext(folder, QStringLiteral("A Kext"), QStringLiteral("com.example.a"),
+              QStringLiteral("1.0"), fatMachO({{X86_64, s.aIntel64}, {I386, s.aIntel32}}),
+              QStringLiteral("\t<key>OSBundleLibraries</key>\n\t<dict>\n"
+                             "\t\t<key>com.apple.kpi.libkern</key>\n\t\t<string>10.0</string>\n"
+                             "\t</dict>\n\t<key>Flag</key>\n\t<true/>\n"
+                             "\t<key>Count</key>\n\t<integer>42</integer>\n"
+                             "\t<key>Blob</key>\n\t<data>AAECAwQ=</data>\n"));
+    writeKext(folder, QStringLiteral("NoCode"), QStringLiteral("com.example.nocode"),
+              QStringLiteral("2.0"), QByteArray());
+    writeKext(folder, QStringLiteral("PPCOnly"), QStringLiteral("com.example.ppc"),
+              QStringLiteral("0.1"), thinMachO(PPC, QByteArray("ppc")));
+    const QString u =
+        writeKext(folder, QStringLiteral("Ünïcode Drïver's"), QStringLiteral("com.example.ü"),
+                  QStringLiteral("3.1"), fatMachO({{I386, s.uIntel32}, {X86_64, s.uIntel64}}));
+    writeKext(u + QStringLiteral("/Contents/PlugIns"), QStringLiteral("Plug"),
+              QStringLiteral("com.example.plug"), QStringLiteral("1"), s.plugIntel64);
+    return s;
+}
+
+QByteArray buildSample(const Sample &s, const QString &out) {
+    const MkextToolOutput built = MkextBuiltinTool::build(out, s.folder, {});
+    if (built.status != 0 || !built.err.isEmpty())
+        qWarning() << built.err;
+    return readFile(out);
+}
+
+// One second-version archive with kexts whose names come straight from the archive.
+QByteArray archiveWithNames(const QList<QPair<QString, QString>> &pathAndExecutable) {
+    QList<KextSource> kexts;
+    for (const auto &[path, executable] : pathAndExecutable) {
+        KextSource kext;
+        kext.bundlePath = path;
+        plist_t info = plist_new_dict();
+        plist_dict_set_item(info, "CFBundleIdentifier", plist_new_string("com.example.hostile"));
+        plist_dict_set_item(info, "CFBundleExecutable",
+                            plist_new_string(executable.toUtf8().constData()));
+        kext.info = std::shared_ptr<void>(info, plist_free);
+        kext.hasExecutable = true;
+        kext.executable = thinMachO(X86_64, QByteArray("x"));
+        kexts << kext;
+    }
+    return MkextWriter::archive(kexts, X86_64);
+}
+
+// The first version, laid out by hand: header, one 32-byte record per kext, then the
+// LZSS-packed (or stored) plists and executables.
+struct OldKext {
+    QByteArray plist;
+    QByteArray executable;
+    bool packed;
+};
+
+QByteArray firstVersionArchive(const QList<OldKext> &kexts, uint32_t cputype) {
+    QByteArray out(32 + 32 * kexts.size(), '\0');
+    setWord(out, 0, 0x4D4B5854);
+    setWord(out, 4, 0x4D4F5358);
+    setWord(out, 16, 0x01008000);
+    setWord(out, 20, uint32_t(kexts.size()));
+    setWord(out, 24, cputype);
+    setWord(out, 28, 3);
+    auto place = [&out](qsizetype record, const QByteArray &data, bool packed) {
+        if (data.isEmpty())
+            return;
+        const QByteArray stored = packed ? Lzss::compress(data) : data;
+        setWord(out, record, uint32_t(out.size()));
+        setWord(out, record + 4, packed ? uint32_t(stored.size()) : 0);
+        setWord(out, record + 8, uint32_t(data.size()));
+        setWord(out, record + 12, 1234567890);
+        out.append(stored);
+    };
+    for (qsizetype i = 0; i < kexts.size(); ++i) {
+        place(32 + 32 * i, kexts[i].plist, kexts[i].packed);
+        place(32 + 32 * i + 16, kexts[i].executable, kexts[i].packed);
+    }
+    reseal(out);
+    return out;
+}
+
+QByteArray plainPlist(const QString &identifier, const QString &version,
+                      const QString &executable) {
+    QString xml = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist "
+                                 "version=\"1.0\">\n<dict>\n<key>CFBundleIdentifier</key>"
+                                 "<string>%1</string><key>CFBundleVersion</key><string>%2</string>")
+                      .arg(identifier, version);
+    if (!executable.isEmpty())
+        xml += QStringLiteral("<key>CFBundleExecutable</key><string>%1</string>").arg(executable);
+    return (xml + QStringLiteral("</dict>\n</plist>\n")).toUtf8();
+}
+
+} // namespace
+
+class TstMkextArchive : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    Sample m_sample;
+    QByteArray m_built; // fat, i386 then x86_64
+    QString m_builtPath;
+
+    QString path(const QString &name) const { return m_dir.filePath(name); }
+    QByteArray thinSlice(int index) const {
+        return m_built.mid(word(m_built, 8 + 20 * index + 8), word(m_built, 8 + 20 * index + 12));
+    }
+
+private slots:
+    void initTestCase() {
+        QVERIFY(m_dir.isValid());
+        m_sample = writeSample(path(QStringLiteral("Kexts")));
+        m_builtPath = path(QStringLiteral("Extensions.mkext"));
+        m_built = buildSample(m_sample, m_builtPath);
+        QVERIFY(!m_built.isEmpty());
+        keepForCorpus(QStringLiteral("sample-fat.mkext"), m_built);
+        keepForCorpus(QStringLiteral("sample-thin.mkext"), thinSlice(0));
+    }
+
+    void builtFileHasTheFormatsLayout() {
+        QCOMPARE(word(m_built, 0), 0xcafebabeu);
+        QCOMPARE(word(m_built, 4), 2u);
+        QCOMPARE(word(m_built, 8), I386); // the rebuild command's order
+        QCOMPARE(word(m_built, 28), X86_64);
+        const QList<uint32_t> expectedCounts{3, 4}; // the plug-in has no i386 code
+        for (int i = 0; i < 2; ++i) {
+            const QByteArray thin = thinSlice(i);
+            QCOMPARE(thin.left(8), QByteArray("MKXTMOSX"));
+            QCOMPARE(word(thin, 8), uint32_t(thin.size()));
+            QCOMPARE(word(thin, 16), 0x02002001u);
+            QCOMPARE(word(thin, 20), expectedCounts[i]);
+            QCOMPARE(word(thin, 24), word(m_built, 8 + 20 * i));
+            QByteArray resealed = thin;
+            reseal(resealed);
+            QCOMPARE(word(thin, 12), word(resealed, 12));
+            // The plist comes last; stored or packed, it ends at the archive's end.
+            const uint32_t stored = word(thin, 36) ? word(thin, 36) : word(thin, 40);
+            QCOMPARE(word(thin, 32) + stored, uint32_t(thin.size()));
+        }
+    }
+
+    void executablesAreCompressedOnlyWhereItShrinks() {
+        const MkextArchive::Opened opened = MkextArchive::open(m_built, QStringLiteral("x86_64"));
+        QVERIFY2(opened.archive, qPrintable(opened.error));
+        const QByteArray thin = thinSlice(1);
+        QMap<QString, bool> packed;
+        for (const MkextArchive::Kext &kext : opened.archive->kexts())
+            if (kext.hasExecutable)
+                packed[MkextArchive::kextName(kext)] = word(thin, kext.executableOffset) != 0;
+        const QMap<QString, bool> expected{{QStringLiteral("A Kext"), false},
+                                           {QStringLiteral("Ünïcode Drïver's"), true},
+                                           {QStringLiteral("Plug"), false}};
+        QCOMPARE(packed, expected);
+    }
+
+    void listingShowsPathsIdentifiersAndVersions() {
+        const QString k = m_sample.folder;
+        const MkextToolOutput listed = MkextBuiltinTool::list(m_builtPath);
+        QCOMPARE(listed.err, QString());
+        QCOMPARE(listed.status, 0);
+        QCOMPARE(listed.out, QStringLiteral("Found 4 kexts:\n"
+                                            "%1/A Kext.kext - com.example.a (1.0)\n"
+                                            "%1/NoCode.kext - com.example.nocode (2.0)\n"
+                                            "%1/Ünïcode Drïver's.kext - com.example.ü (3.1)\n"
+                                            "%1/Ünïcode Drïver's.kext/Contents/PlugIns/Plug.kext - "
+                                            "com.example.plug (1)\n")
+                                 .arg(k));
+    }
+
+    void unpackGivesBackEachArchitecturesCode_data() {
+        QTest::addColumn<QString>("arch");
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QList<QByteArray>>("code"); // per file under MacOS, in tree order
+        const QStringList common{"A Kext.kext",
+                                 "A Kext.kext/Contents",
+                                 "A Kext.kext/Contents/Info.plist",
+                                 "A Kext.kext/Contents/MacOS",
+                                 "A Kext.kext/Contents/MacOS/A Kext",
+                                 "NoCode.kext",
+                                 "NoCode.kext/Contents",
+                                 "NoCode.kext/Contents/Info.plist"};
+        const QStringList unicode{"Ünïcode Drïver's.kext", "Ünïcode Drïver's.kext/Contents",
+                                  "Ünïcode Drïver's.kext/Contents/Info.plist",
+                                  "Ünïcode Drïver's.kext/Contents/MacOS",
+                                  "Ünïcode Drïver's.kext/Contents/MacOS/Ünïcode Drïver's"};
+        const QStringList plug{"Plug.kext", "Plug.kext/Contents", "Plug.kext/Contents/Info.plist",
+                               "Plug.kext/Contents/MacOS", "Plug.kext/Contents/MacOS/Plug"};
+        QTest::newRow("x86_64") << QStringLiteral("x86_64") << common + plug + unicode
+                                << QList<QByteArray>{m_sample.aIntel64, m_sample.plugIntel64,
+                                                     m_sample.uIntel64};
+        QTest::newRow("i386") << QStringLiteral("i386") << common + unicode
+                              << QList<QByteArray>{m_sample.aIntel32, m_sample.uIntel32};
+    }
+    void unpackGivesBackEachArchitecturesCode() {
+        QFETCH(QString, arch);
+        QFETCH(QStringList, files);
+        QFETCH(QList<QByteArray>, code);
+        const QString target = path(QStringLiteral("Unpacked ") + arch);
+        QDir().mkpath(target);
+        const MkextToolOutput unpacked = MkextBuiltinTool::unpack(arch, target, m_builtPath);
+        QCOMPARE(unpacked.err, QString());
+        QCOMPARE(unpacked.out, QString());
+        QStringList sorted = files;
+        sorted.sort();
+        QCOMPARE(tree(target), sorted);
+        QList<QByteArray> found;
+        for (const QString &file : sorted)
+            if (file.contains(QLatin1String("/MacOS/")))
+                found << readFile(target + QLatin1Char('/') + file);
+        QCOMPARE(found, code);
+        QVERIFY(QFileInfo(target + QStringLiteral("/A Kext.kext/Contents/MacOS/A Kext"))
+                    .isExecutable());
+        // The dictionaries come back equal to the originals, key order included.
+        for (const QString &name : {QStringLiteral("A Kext"), QStringLiteral("NoCode"),
+                                    QStringLiteral("Ünïcode Drïver's")})
+            QCOMPARE(infoXml(target + "/" + name + ".kext/Contents/Info.plist"),
+                     infoXml(m_sample.folder + "/" + name + ".kext/Contents/Info.plist"));
+    }
+
+    void unpackingTwiceNumbersTheDuplicates() {
+        const QString target = path(QStringLiteral("Twice"));
+        QDir().mkpath(target);
+        QVERIFY(writeFile(target + QStringLiteral("/NoCode-1.kext"), "in the way"));
+        for (int run = 0; run < 2; ++run)
+            QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("i386"), target, m_builtPath).err,
+                     QString());
+        const QStringList top =
+            QDir(target).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
+        QCOMPARE(top,
+                 (QStringList{"A Kext-1.kext", "A Kext.kext", "NoCode-1.kext", "NoCode-2.kext",
+                              "NoCode.kext", "Ünïcode Drïver's-1.kext", "Ünïcode Drïver's.kext"}));
+        QCOMPARE(readFile(target + QStringLiteral("/NoCode-1.kext")), QByteArray("in the way"));
+    }
+
+    void buildReportsOmittedKextsAndEmptyArchitectures() {
+        const QString folder = path(QStringLiteral("Mixed"));
+        writeKext(folder, QStringLiteral("Good"), QStringLiteral("com.example.good"),
+                  QStringLiteral("1"), thinMachO(I386, QByteArray("c")));
+        const QString broken =
+            writeKext(folder, QStringLiteral("Broken"), QStringLiteral("com.example.broken"),
+                      QStringLiteral("1"), QByteArray("x"));
+        QFile::remove(broken + QStringLiteral("/Contents/MacOS/Broken"));
+        QVERIFY(writeFile(folder + QStringLiteral("/Garbled.kext/Contents/Info.plist"),
+                          "<plist><dict><key>"));
+        const QString out = path(QStringLiteral("mixed.mkext"));
+        const MkextToolOutput built = MkextBuiltinTool::build(
+            out, folder, {QStringLiteral("x86_64"), QStringLiteral("i386")});
+        QCOMPARE(built.status, 0);
+        QCOMPARE(built.err,
+                 QStringLiteral("%1/Broken.kext lacks its executable; omitting from mkext.\n"
+                                "%1/Garbled.kext has no readable Info.plist; omitting from mkext.\n"
+                                "No kexts found for architecture x86_64; skipping architecture.\n")
+                     .arg(folder));
+        const QByteArray bytes = readFile(out);
+        QCOMPARE(word(bytes, 4), 1u); // a fat wrapper even for one architecture
+        QCOMPARE(word(bytes, 8), I386);
+        keepForCorpus(QStringLiteral("one-arch.mkext"), bytes);
+    }
+
+    void buildFailures_data() {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QStringList>("archs");
+        QTest::addColumn<QString>("err");
+        const QString missing = path(QStringLiteral("no such folder"));
+        QTest::newRow("missing folder")
+            << missing << QStringList()
+            << QStringLiteral("Can't read kext folder %1.\n").arg(missing);
+        QTest::newRow("unknown architecture") << m_sample.folder << QStringList{"i386", "arm64"}
+                                              << QStringLiteral("Unknown architecture arm64.\n");
+        const QString out = path(QStringLiteral("nothing.mkext"));
+        const QString onlyPPC = path(QStringLiteral("Only PPC"));
+        writeKext(onlyPPC, QStringLiteral("P"), QStringLiteral("com.example.p"),
+                  QStringLiteral("1"), thinMachO(PPC, QByteArray("p")));
+        QTest::newRow("no kexts for any architecture")
+            << onlyPPC << QStringList{"x86_64"}
+            << QStringLiteral("No kexts found for architecture x86_64; skipping architecture.\n"
+                              "No kexts found; mkext %1 not created.\n")
+                   .arg(out);
+    }
+    void buildFailures() {
+        QFETCH(QString, folder);
+        QFETCH(QStringList, archs);
+        QFETCH(QString, err);
+        const QString out = path(QStringLiteral("nothing.mkext"));
+        const MkextToolOutput built = MkextBuiltinTool::build(out, folder, archs);
+        QCOMPARE(built.status, 1);
+        QCOMPARE(built.err, err);
+        QVERIFY(!QFile::exists(out));
+    }
+
+    void firstVersionArchiveIsListedAndUnpacked() {
+        const QByteArray code = thinMachO(I386, QByteArray("old driver code ").repeated(64));
+        const QByteArray archive = firstVersionArchive(
+            {{plainPlist("com.example.old", "1.0", "OldDriver"), code, true},
+             {plainPlist("com.example.codeless", "2.5", QString()), QByteArray(), false},
+             {plainPlist("com.example.stored", "3", "Stored"), thinMachO(I386, "s"), false}},
+            I386);
+        keepForCorpus(QStringLiteral("version1.mkext"), archive);
+        const QString file = path(QStringLiteral("old.mkext"));
+        QVERIFY(writeFile(file, archive));
+        const MkextToolOutput listed = MkextBuiltinTool::list(file);
+        QCOMPARE(listed.err, QString());
+        QCOMPARE(listed.out, QStringLiteral("Found 3 kexts:\n"
+                                            "OldDriver.kext - com.example.old (1.0)\n"
+                                            "codeless.kext - com.example.codeless (2.5)\n"
+                                            "Stored.kext - com.example.stored (3)\n"));
+        const QString target = path(QStringLiteral("Old"));
+        QDir().mkpath(target);
+        QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("i386"), target, file).err, QString());
+        QCOMPARE(readFile(target + QStringLiteral("/OldDriver.kext/Contents/MacOS/OldDriver")),
+                 code);
+        QCOMPARE(tree(target + QStringLiteral("/codeless.kext")),
+                 (QStringList{"Contents", "Contents/Info.plist"}));
+        QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("x86_64"), target, file).err,
+                 QStringLiteral("Architecture x86_64 not found in mkext.\n"));
+    }
+
+    void brokenArchivesGiveTheToolsMessages_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("arch");
+        QTest::addColumn<QString>("listErr"); // empty: the listing works
+        QTest::addColumn<QString>("unpackErr");
+        const QString badMagic = QStringLiteral("Bad mkext magic/signature.\n");
+        const QByteArray thin = thinSlice(1); // x86_64
+        const QString cant2 = QStringLiteral("Can't read mkext2 archive.\n");
+        auto row = [](const char *name, const QByteArray &bytes, const QString &arch,
+                      const QString &listErr, const QString &unpackErr) {
+            QTest::newRow(name) << bytes << arch << listErr << unpackErr;
+            keepForCorpus(QStringLiteral("broken-") + safeName(QString::fromLatin1(name)), bytes);
+        };
+        row("empty file", QByteArray(), "x86_64", badMagic, badMagic);
+        row("not an archive", QByteArray("just some text that is long enough to read"), "x86_64",
+            badMagic, badMagic);
+        QByteArray magic = thin;
+        magic[0] = 'm';
+        row("wrong magic", magic, "x86_64", badMagic, badMagic);
+        QByteArray signature = thin;
+        signature[7] = 'Y';
+        row("wrong signature", signature, "x86_64", badMagic, badMagic);
+        const QString lengths =
+            QStringLiteral("Mkext length field %1 does not match mkext actual size %2.\n");
+        row("truncated", thin.left(thin.size() - 10), "x86_64",
+            lengths.arg(thin.size()).arg(thin.size() - 10),
+            lengths.arg(thin.size()).arg(thin.size() - 10));
+        row("trailing bytes", thin + "xyz", "x86_64", lengths.arg(thin.size()).arg(thin.size() + 3),
+            lengths.arg(thin.size()).arg(thin.size() + 3));
+        QByteArray flipped = thin;
+        flipped[100] = char(flipped[100] ^ 0x40);
+        const QString checksum = QStringLiteral("Mkext checksum error.\n");
+        row("flipped byte", flipped, "x86_64", checksum, checksum);
+        row("missing architecture in fat file", m_built, "ppc", QString(),
+            QStringLiteral("Architecture ppc not found in mkext.\n"));
+        row("thin archive of another processor", thin, "i386", QString(),
+            QStringLiteral("Architecture i386 not found in mkext.\n"));
+        row("unknown architecture", thin, "arm64", QString(),
+            QStringLiteral("Unknown architecture arm64.\n"));
+        QByteArray version = thin;
+        setWord(version, 16, 0x03000000);
+        reseal(version);
+        row("unknown version", version, "x86_64",
+            QStringLiteral("Unsupported mkext version 0x03000000.\n"),
+            QStringLiteral("Unsupported mkext version 0x03000000.\n"));
+        QByteArray plistOffset = thin;
+        setWord(plistOffset, 32, uint32_t(thin.size()));
+        reseal(plistOffset);
+        row("plist beyond the end", plistOffset, "x86_64", cant2, cant2);
+        QByteArray plistSize = thin;
+        setWord(plistSize, 40, 0x7fffffff);
+        reseal(plistSize);
+        row("plist claims 2 GiB", plistSize, "x86_64", cant2, cant2);
+        QByteArray garbage = thin.left(word(thin, 32)) + QByteArray("<dict><key>x</key>");
+        setWord(garbage, 36, 0);
+        setWord(garbage, 40, 18);
+        reseal(garbage);
+        row("plist malformed", garbage, "x86_64", cant2, cant2);
+        // A packed executable that claims to inflate to 200 MiB from ten bytes.
+        const MkextArchive::Opened opened = MkextArchive::open(thin, QString());
+        QByteArray bomb = thin;
+        const quint32 plugEntry = opened.archive->kexts().at(2).executableOffset;
+        setWord(bomb, plugEntry, 10);
+        setWord(bomb, plugEntry + 4, 200u << 20);
+        reseal(bomb);
+        row("executable claims to inflate to 200 MiB", bomb, "x86_64", QString(), cant2);
+        QByteArray fatBeyond = m_built;
+        setWord(fatBeyond, 8 + 20 + 8, uint32_t(m_built.size() + 4096));
+        row("fat slice beyond the end", fatBeyond, "x86_64", QString(), badMagic);
+        QByteArray fatCount = m_built;
+        setWord(fatCount, 4, 0x10000000);
+        row("fat count beyond the file", fatCount, "x86_64", badMagic, badMagic);
+        QByteArray oldCount = firstVersionArchive({{plainPlist("a", "1", "A"), "c", false}}, I386);
+        setWord(oldCount, 20, 0x08000000);
+        reseal(oldCount);
+        row("first version kext count beyond the file", oldCount, "i386",
+            QStringLiteral("Can't read mkext1 archive.\n"),
+            QStringLiteral("Can't read mkext1 archive.\n"));
+    }
+    void brokenArchivesGiveTheToolsMessages() {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, arch);
+        QFETCH(QString, listErr);
+        QFETCH(QString, unpackErr);
+        const QString file = path(QStringLiteral("broken.mkext"));
+        QFile::remove(file);
+        QVERIFY(writeFile(file, bytes));
+        const MkextToolOutput listed = MkextBuiltinTool::list(file);
+        if (!listErr.isEmpty()) {
+            QCOMPARE(listed.err, listErr);
+            QCOMPARE(listed.out, QString());
+            QCOMPARE(listed.status, 1);
+        }
+        QTemporaryDir target;
+        const MkextToolOutput unpacked = MkextBuiltinTool::unpack(arch, target.path(), file);
+        QCOMPARE(unpacked.err, unpackErr);
+        QCOMPARE(unpacked.status, 1);
+    }
+
+    void hostileNamesStayInsideTheFolder_data() {
+        QTest::addColumn<QString>("bundlePath");
+        QTest::addColumn<QString>("executable");
+        QTest::addColumn<QString>("writtenExecutable");
+        QTest::newRow("parent steps") << "../../evil.kext"
+                                      << "evil"
+                                      << "evil.kext/Contents/MacOS/evil";
+        QTest::newRow("absolute path") << "/tmp/evil.kext"
+                                       << "../../../../tmp/x"
+                                       << "evil.kext/Contents/MacOS/x";
+        QTest::newRow("dot dot only") << ".."
+                                      << "Named"
+                                      << "Named.kext/Contents/MacOS/Named";
+        QTest::newRow("empty path and executable") << ""
+                                                   << ""
+                                                   << "hostile.kext/Contents/MacOS/hostile";
+        QTest::newRow("trailing slash") << "/x/Evil.kext/"
+                                        << ".."
+                                        << "hostile.kext/Contents/MacOS/hostile";
+    }
+    void hostileNamesStayInsideTheFolder() {
+        QFETCH(QString, bundlePath);
+        QFETCH(QString, executable);
+        QFETCH(QString, writtenExecutable);
+        QTemporaryDir outer;
+        const QString target = outer.filePath(QStringLiteral("a/b"));
+        QDir().mkpath(target);
+        const QByteArray archive = archiveWithNames({{bundlePath, executable}});
+        keepForCorpus(QStringLiteral("hostile-") + safeName(QTest::currentDataTag()), archive);
+        const MkextArchive::Opened opened = MkextArchive::open(archive, QStringLiteral("x86_64"));
+        QVERIFY(opened.archive);
+        QVERIFY(writeFile(outer.filePath(QStringLiteral("archive.mkext")), archive));
+        QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("x86_64"), target,
+                                          outer.filePath(QStringLiteral("archive.mkext")))
+                     .err,
+                 QString());
+        QVERIFY2(tree(target).contains(writtenExecutable), qPrintable(tree(target).join(", ")));
+        QCOMPARE(tree(outer.path()).size(), tree(target).size() + 3); // a, a/b, archive.mkext
+    }
+
+    void existingLinksAreNeverWrittenThrough() {
+        QTemporaryDir outer;
+        const QString target = outer.filePath(QStringLiteral("target"));
+        const QString elsewhere = outer.filePath(QStringLiteral("elsewhere"));
+        QDir().mkpath(target);
+        QDir().mkpath(elsewhere);
+        QVERIFY(QFile::link(elsewhere, target + QStringLiteral("/evil.kext")));
+        QVERIFY(QFile::link(outer.filePath(QStringLiteral("gone")),
+                            target + QStringLiteral("/evil-1.kext")));
+        const QString file = outer.filePath(QStringLiteral("a.mkext"));
+        QVERIFY(writeFile(file, archiveWithNames({{"/S/evil.kext", "evil"}})));
+        QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("x86_64"), target, file).err, QString());
+        QVERIFY(QFile::exists(target + QStringLiteral("/evil-2.kext/Contents/MacOS/evil")));
+        QCOMPARE(tree(elsewhere), QStringList());
+        QVERIFY(!QFile::exists(outer.filePath(QStringLiteral("gone"))));
+    }
+
+    void unreadableInputsAreReported() {
+        const QString missing = path(QStringLiteral("missing.mkext"));
+        QCOMPARE(MkextBuiltinTool::list(missing).err,
+                 QStringLiteral("Can't open file %1.\n").arg(missing));
+        const QString nowhere = path(QStringLiteral("no folder"));
+        QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("x86_64"), nowhere, m_builtPath).err,
+                 QStringLiteral("Directory %1 doesn't exist.\n").arg(nowhere));
+    }
+};
+
+QTEST_GUILESS_MAIN(TstMkextArchive)
+#include "tst_mkextarchive.moc"
