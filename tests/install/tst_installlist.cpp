@@ -1,12 +1,11 @@
 #include "install/InstallList.h"
 
 #include <QMimeData>
-#include <QSignalSpy>
 #include <QTest>
 #include <QUrl>
 
-// The install list as the table sees it: what a drop adds, what clearing leaves, and
-// the refusal while an installation runs.
+// The install list as the table sees it: what a drop adds, the bundle names it
+// installs under, and the refusal while an installation runs.
 class TestInstallList : public QObject {
     Q_OBJECT
 private slots:
@@ -16,8 +15,6 @@ private slots:
     void bundleName();
     void dropAppendsAtEndWhateverTheRow();
     void dropRefusedWhileInstalling();
-    void clear_data();
-    void clear();
     void rowsShowFullPathAndCannotBeDraggedOut();
 };
 
@@ -112,29 +109,6 @@ void TestInstallList::dropRefusedWhileInstalling() {
     installing = false;
     QVERIFY(list.acceptDrop({QStringLiteral("/u/A.kext")}));
     QCOMPARE(list.entries(), QStringList{QStringLiteral("/u/A.kext")});
-}
-
-void TestInstallList::clear_data() {
-    QTest::addColumn<QList<int>>("selected");
-    QTest::addColumn<QStringList>("left");
-    QTest::newRow("rows 0 and 2 of 4") << QList<int>{2, 0} << QStringList{"/b.kext", "/d.kext"};
-    QTest::newRow("no selection empties") << QList<int>{} << QStringList{};
-    QTest::newRow("every row") << QList<int>{0, 1, 2, 3} << QStringList{};
-    QTest::newRow("a row past the end is ignored")
-        << QList<int>{3, 9} << QStringList{"/a.kext", "/b.kext", "/c.kext"};
-}
-
-void TestInstallList::clear() {
-    QFETCH(QList<int>, selected);
-    QFETCH(QStringList, left);
-    InstallList list;
-    list.append({QStringLiteral("/a.kext"), QStringLiteral("/b.kext"), QStringLiteral("/c.kext"),
-                 QStringLiteral("/d.kext")});
-    QSignalSpy reset(&list, &QAbstractItemModel::modelReset);
-    list.clear(selected);
-    QCOMPARE(list.entries(), left);
-    QCOMPARE(list.rowCount(), int(left.size()));
-    QCOMPARE(reset.size(), 1);
 }
 
 void TestInstallList::rowsShowFullPathAndCannotBeDraggedOut() {
