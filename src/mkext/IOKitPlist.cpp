@@ -288,5 +288,8 @@ QByteArray IOKitPlist::serialize(plist_t node) {
     QByteArray text;
     QXmlStreamWriter writer(&text);
     writeNode(writer, node);
+    // An empty element such as <true/> is only closed by what follows it, so a lone
+    // boolean needs the end of the document to be complete.
+    writer.writeEndDocument();
     return text;
 }

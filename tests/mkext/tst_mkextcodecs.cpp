@@ -199,6 +199,22 @@ private slots:
         QVERIFY(second);
         QCOMPARE(xmlOf(second.get()), xmlOf(first.get()));
     }
+
+    void lonePrimitivesAreWrittenWhole_data() {
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("true") << QByteArray("<true/>");
+        QTest::newRow("false followed by junk") << QByteArray("<false/>k>");
+        QTest::newRow("integer") << QByteArray("<integer size=\"64\">0x2a</integer>");
+        QTest::newRow("empty dict") << QByteArray("<dict/>");
+    }
+    void lonePrimitivesAreWrittenWhole() {
+        QFETCH(QByteArray, text);
+        const PlistPtr first = IOKitPlist::parse(text);
+        QVERIFY(first);
+        const PlistPtr second = IOKitPlist::parse(IOKitPlist::serialize(first.get()));
+        QVERIFY(second);
+        QCOMPARE(xmlOf(second.get()), xmlOf(first.get()));
+    }
 };
 
 QTEST_GUILESS_MAIN(TstMkextCodecs)
