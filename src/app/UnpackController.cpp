@@ -9,6 +9,7 @@
 
 #include <QFileDialog>
 #include <QPointer>
+#include <QStatusBar>
 
 UnpackController::UnpackController(TovrelAppDelegate &delegate)
     : QObject(&delegate), m_delegate(delegate) {
@@ -24,9 +25,18 @@ Ui::UnpackPage *UnpackController::ui() const {
     return m_delegate.unpackPage()->ui();
 }
 
-MkextUnpacker UnpackController::unpacker() const {
+MkextUnpackTask UnpackController::unpacker() const {
     const SystemPaths &paths = IconAlert::defaultinst().paths();
-    return MkextUnpacker(paths, m_tool.output ? m_tool : MkextUnpacker::systemTool(paths));
+    if (m_tool.output)
+        return MkextUnpackTask(paths, m_tool);
+    // Linux and newer macOS have no mkextunpack; our reader prints what it would.
+    const bool builtin = !MkextUnpackTask::hasSystemTool(paths);
+    if (builtin)
+        m_delegate.window().statusBar()->showMessage(
+            tr("%1 is missing: the built-in mkext reader is used instead.")
+                .arg(MkextUnpackTask::toolPath(paths)));
+    return MkextUnpackTask(paths, builtin ? MkextUnpackTask::builtinTool()
+                                          : MkextUnpackTask::systemTool(paths));
 }
 
 void UnpackController::openPanel(PanelKind kind, std::function<void(int, const QString &)> done) {
@@ -86,7 +96,7 @@ void UnpackController::listMkext(const QString &mkext) {
 void UnpackController::bUnpck() {
     Ui::UnpackPage *page = ui();
     page->circleUnpck->setVisible(true);
-    const MkextUnpacker::Outcome outcome = unpacker().unpack(
+    const MkextUnpackTask::Outcome outcome = unpacker().unpack(
         page->MKPath->text(), page->MkArch->currentText(), page->MKUnPath->text());
     page->circleUnpck->setVisible(false);
     IconAlert &icon = IconAlert::defaultinst();

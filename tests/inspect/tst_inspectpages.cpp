@@ -8,6 +8,7 @@
 #include "exec/IconAlert.h"
 #include "exec/SheetPresenter.h"
 #include "inspect/MachOWriter.h"
+#include "mkext/MkextBuiltinTool.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -16,6 +17,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -37,6 +39,7 @@ private slots:
     void listAndUnpack();
     void unpackIntoMissingFolder();
     void dropsGoToTheirPage();
+    void builtinReaderWhenToolMissing();
 
 private:
     struct Sheet {
@@ -356,6 +359,45 @@ void TestInspectPages::dropsGoToTheirPage() {
     QCOMPARE(m_window->currentPage(), int(PageUnpacking));
     QCOMPARE(readLog(toolLog()), "mkextunpack -v " + mkext + "\n");
     QVERIFY(m_sheets.shown.isEmpty());
+}
+
+// Without Apple's tool the page reads the archive itself, says so, and answers with the
+// same texts.
+void TestInspectPages::builtinReaderWhenToolMissing() {
+    QVERIFY(QFile::remove(m_paths->system("/usr/sbin/mkextunpack")));
+    const QString source = m_dir->filePath("source");
+    const QString bundle = source + "/Fake.kext";
+    MachOWriter::write(bundle + "/Contents/MacOS/Fake",
+                       MachOWriter::fat({MachOWriter::kextSlice(MachOWriter::X86_64),
+                                         MachOWriter::kextSlice(MachOWriter::I386)}));
+    QFile info(bundle + "/Contents/Info.plist");
+    QVERIFY(info.open(QIODevice::WriteOnly));
+    info.write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+               "<key>CFBundleExecutable</key><string>Fake</string>"
+               "<key>CFBundleIdentifier</key><string>com.example.fake</string>"
+               "<key>CFBundleVersion</key><string>1.2</string>"
+               "<key>OSBundleRequired</key><string>Root</string></dict></plist>\n");
+    info.close();
+    const QString mkext = m_paths->desktop() + "/Built.mkext";
+    const MkextToolOutput built = MkextBuiltinTool::build(mkext, source, {});
+    QVERIFY2(QFileInfo::exists(mkext), qPrintable(built.err));
+
+    answerUnpackPanels(mkext, QString());
+    unpack()->bSelectMkext->click();
+    QVERIFY(unpack()->tvMkext->toPlainText().startsWith("Found 1 kexts:\n"));
+    QVERIFY(unpack()->tvMkext->toPlainText().contains("com.example.fake (1.2)"));
+    QVERIFY(m_window->statusBar()->currentMessage().contains("built-in"));
+
+    unpack()->MkArch->setCurrentText("ppc");
+    unpack()->bUnpck->click();
+    QCOMPARE(m_sheets.shown.last(),
+             (Sheet{SheetPresenter::Kind::Error, "Architecture ppc not found in mkext."}));
+    QVERIFY(!QFileInfo::exists(m_paths->desktop() + "/Mkext Contents"));
+    unpack()->MkArch->setCurrentText("x86_64");
+    unpack()->bUnpck->click();
+    QCOMPARE(m_sheets.shown.last(),
+             (Sheet{SheetPresenter::Kind::Info, "Mkext was unpacked to selected directory."}));
+    QVERIFY(QFileInfo::exists(m_paths->desktop() + "/Mkext Contents/Fake.kext"));
 }
 
 QTEST_MAIN(TestInspectPages)

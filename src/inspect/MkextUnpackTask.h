@@ -11,7 +11,7 @@
 // as the user. Success is judged only by the tool's error text: empty means unpacked.
 // The tool's own messages for a missing architecture end in a line feed; the alert
 // shows them without it, and any other text is shown exactly as the tool wrote it.
-class MkextUnpacker {
+class MkextUnpackTask {
 public:
     // Runs the archive tool with these arguments and returns the stream asked for;
     // absent when it could not run or wrote text we cannot read.
@@ -26,11 +26,16 @@ public:
         QString message; // the alert text
     };
 
-    MkextUnpacker(const SystemPaths &paths, Tool tool);
+    MkextUnpackTask(const SystemPaths &paths, Tool tool);
 
     // Apple's tool below the system root, run through IconAlert.
     static Tool systemTool(const SystemPaths &paths);
     static QString toolPath(const SystemPaths &paths);
+    // Our own reader, which prints what Apple's tool prints; for systems without it.
+    static Tool builtinTool();
+    static bool hasSystemTool(const SystemPaths &paths);
+    // The system's tool when it is there, else the built-in one.
+    static Tool toolFor(const SystemPaths &paths);
 
     static QStringList listingArgs(const QString &mkext);
     static QStringList unpackArgs(const QString &arch, const QString &folder, const QString &mkext);

@@ -1,19 +1,20 @@
-#include "inspect/MkextUnpacker.h"
+#include "inspect/MkextUnpackTask.h"
 
 #include "exec/IconAlert.h"
 #include "exec/Tr.h"
+#include "mkext/MkextBuiltinTool.h"
 
 #include <QDir>
 #include <QFileInfo>
 
-MkextUnpacker::MkextUnpacker(const SystemPaths &paths, Tool tool)
+MkextUnpackTask::MkextUnpackTask(const SystemPaths &paths, Tool tool)
     : m_paths(paths), m_tool(std::move(tool)) {}
 
-QString MkextUnpacker::toolPath(const SystemPaths &paths) {
+QString MkextUnpackTask::toolPath(const SystemPaths &paths) {
     return paths.system(QStringLiteral("/usr/sbin/mkextunpack"));
 }
 
-MkextUnpacker::Tool MkextUnpacker::systemTool(const SystemPaths &paths) {
+MkextUnpackTask::Tool MkextUnpackTask::systemTool(const SystemPaths &paths) {
     const QString tool = toolPath(paths);
     return {
         [tool](const QStringList &args) { return IconAlert::defaultinst().ExecuteCmd(tool, args); },
@@ -22,25 +23,44 @@ MkextUnpacker::Tool MkextUnpacker::systemTool(const SystemPaths &paths) {
         }};
 }
 
-QStringList MkextUnpacker::listingArgs(const QString &mkext) {
+MkextUnpackTask::Tool MkextUnpackTask::builtinTool() {
+    // The arguments are the ones built below: "-v" M, or "-a" A "-d" D M.
+    return {[](const QStringList &args) -> std::optional<QString> {
+                return MkextBuiltinTool::list(args.value(1)).out;
+            },
+            [](const QStringList &args) -> std::optional<QString> {
+                return MkextBuiltinTool::unpack(args.value(1), args.value(3), args.value(4)).err;
+            }};
+}
+
+bool MkextUnpackTask::hasSystemTool(const SystemPaths &paths) {
+    const QFileInfo tool(toolPath(paths));
+    return tool.isFile() && tool.isExecutable();
+}
+
+MkextUnpackTask::Tool MkextUnpackTask::toolFor(const SystemPaths &paths) {
+    return hasSystemTool(paths) ? systemTool(paths) : builtinTool();
+}
+
+QStringList MkextUnpackTask::listingArgs(const QString &mkext) {
     return {QStringLiteral("-v"), mkext};
 }
 
-QStringList MkextUnpacker::unpackArgs(const QString &arch, const QString &folder,
-                                      const QString &mkext) {
+QStringList MkextUnpackTask::unpackArgs(const QString &arch, const QString &folder,
+                                        const QString &mkext) {
     return {QStringLiteral("-a"), arch, QStringLiteral("-d"), folder, mkext};
 }
 
-QString MkextUnpacker::defaultFolder() const {
+QString MkextUnpackTask::defaultFolder() const {
     return m_paths.desktop() + QStringLiteral("/Mkext Contents");
 }
 
-QString MkextUnpacker::listing(const QString &mkext) const {
+QString MkextUnpackTask::listing(const QString &mkext) const {
     return m_tool.output(listingArgs(mkext)).value_or(QString());
 }
 
-MkextUnpacker::Outcome MkextUnpacker::unpack(const QString &mkext, const QString &arch,
-                                             const QString &folder) const {
+MkextUnpackTask::Outcome MkextUnpackTask::unpack(const QString &mkext, const QString &arch,
+                                                 const QString &folder) const {
     if (mkext.isEmpty())
         return {true, kkTr("You haven't selected any mkext.")};
     const bool isDefault = folder == defaultFolder();
@@ -62,7 +82,7 @@ MkextUnpacker::Outcome MkextUnpacker::unpack(const QString &mkext, const QString
     return {true, alertText(*errors)};
 }
 
-QString MkextUnpacker::alertText(const QString &errorText) {
+QString MkextUnpackTask::alertText(const QString &errorText) {
     // The comparisons include the tool's final line feed; only an exact match is
     // translated, everything else is the tool's own wording.
     static const char *const missing[] = {

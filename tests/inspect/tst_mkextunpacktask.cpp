@@ -1,7 +1,7 @@
 #include "TestScripts.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/IconAlert.h"
-#include "inspect/MkextUnpacker.h"
+#include "inspect/MkextUnpackTask.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,7 +16,7 @@ struct FakeTool {
     QString listing = QStringLiteral("Found 1 kexts:\n/S/L/E/A.kext - com.a (1.0)\n");
     bool writesKext = false;
 
-    MkextUnpacker::Tool tool() {
+    MkextUnpackTask::Tool tool() {
         return {[this](const QStringList &args) -> std::optional<QString> {
                     runs << args;
                     return listing;
@@ -30,7 +30,7 @@ struct FakeTool {
     }
 };
 
-class TestMkextUnpacker : public QObject {
+class TestMkextUnpackTask : public QObject {
     Q_OBJECT
 private slots:
     void init();
@@ -49,12 +49,12 @@ private:
     }
 };
 
-void TestMkextUnpacker::init() {
+void TestMkextUnpackTask::init() {
     m_dir = std::make_unique<QTemporaryDir>();
     QDir().mkpath(m_dir->filePath("home/Desktop"));
 }
 
-void TestMkextUnpacker::alertText_data() {
+void TestMkextUnpackTask::alertText_data() {
     QTest::addColumn<QString>("errors");
     QTest::addColumn<QString>("alert");
     for (const char *arch : {"x86_64", "i386", "ppc", "ppc64"}) {
@@ -75,13 +75,13 @@ void TestMkextUnpacker::alertText_data() {
         << "warning: odd\nArchitecture i386 not found in mkext.\n";
 }
 
-void TestMkextUnpacker::alertText() {
+void TestMkextUnpackTask::alertText() {
     QFETCH(QString, errors);
     QFETCH(QString, alert);
-    QCOMPARE(MkextUnpacker::alertText(errors), alert);
+    QCOMPARE(MkextUnpackTask::alertText(errors), alert);
 }
 
-void TestMkextUnpacker::unpack_data() {
+void TestMkextUnpackTask::unpack_data() {
     QTest::addColumn<QString>("mkext");
     QTest::addColumn<bool>("defaultFolder");
     QTest::addColumn<bool>("folderExists");
@@ -116,7 +116,7 @@ void TestMkextUnpacker::unpack_data() {
         << "The mkext tool could not be run, or wrote text that is not UTF-8." << false;
 }
 
-void TestMkextUnpacker::unpack() {
+void TestMkextUnpackTask::unpack() {
     QFETCH(QString, mkext);
     QFETCH(bool, defaultFolder);
     QFETCH(bool, folderExists);
@@ -130,14 +130,14 @@ void TestMkextUnpacker::unpack() {
     FakeTool fake;
     fake.errors = errors;
     fake.writesKext = writesKext;
-    const MkextUnpacker unpacker(paths(), fake.tool());
+    const MkextUnpackTask unpacker(paths(), fake.tool());
     const QString folder =
         defaultFolder ? unpacker.defaultFolder() : m_dir->filePath(QStringLiteral("Chosen Földer"));
     QCOMPARE(unpacker.defaultFolder(), m_dir->filePath("home/Desktop/Mkext Contents"));
     if (folderExists)
         QVERIFY(QDir().mkpath(folder));
 
-    const MkextUnpacker::Outcome outcome = unpacker.unpack(mkext, QStringLiteral("ppc"), folder);
+    const MkextUnpackTask::Outcome outcome = unpacker.unpack(mkext, QStringLiteral("ppc"), folder);
     QCOMPARE(outcome.error, error);
     QCOMPARE(outcome.message, message);
     const QList<QStringList> expectedRuns =
@@ -146,9 +146,9 @@ void TestMkextUnpacker::unpack() {
     QCOMPARE(QFileInfo::exists(folder), folderAfter);
 }
 
-void TestMkextUnpacker::listing() {
+void TestMkextUnpackTask::listing() {
     FakeTool fake;
-    const MkextUnpacker unpacker(paths(), fake.tool());
+    const MkextUnpackTask unpacker(paths(), fake.tool());
     QCOMPARE(unpacker.listing(QStringLiteral("/a b.mkext")), fake.listing);
     QCOMPARE(fake.runs, (QList<QStringList>{{"-v", "/a b.mkext"}}));
     fake.listing.clear();
@@ -156,7 +156,7 @@ void TestMkextUnpacker::listing() {
 }
 
 // Apple's tool is found below the system root and its standard error is the answer.
-void TestMkextUnpacker::runsTheToolBelowTheRoot() {
+void TestMkextUnpackTask::runsTheToolBelowTheRoot() {
     const QDir sbin(m_dir->filePath("root/usr/sbin"));
     QVERIFY(QDir().mkpath(sbin.path()));
     const QString log = m_dir->filePath("args");
@@ -165,13 +165,13 @@ void TestMkextUnpacker::runsTheToolBelowTheRoot() {
                     "'\n"
                     "if [ \"$1\" = -v ]; then echo 'Found 0 kexts:'; echo noise >&2; exit 0; fi\n"
                     "echo 'Architecture i386 not found in mkext.' >&2; exit 1\n");
-    QCOMPARE(MkextUnpacker::toolPath(paths()), sbin.filePath("mkextunpack"));
+    QCOMPARE(MkextUnpackTask::toolPath(paths()), sbin.filePath("mkextunpack"));
     AdminAuthentication session({}, nullptr, nullptr);
     IconAlert::configureDefault(paths(), session, Alerts(nullptr, nullptr));
-    const MkextUnpacker unpacker(paths(), MkextUnpacker::systemTool(paths()));
+    const MkextUnpackTask unpacker(paths(), MkextUnpackTask::systemTool(paths()));
 
     QCOMPARE(unpacker.listing(QStringLiteral("/E.mkext")), QStringLiteral("Found 0 kexts:\n"));
-    const MkextUnpacker::Outcome outcome = unpacker.unpack(
+    const MkextUnpackTask::Outcome outcome = unpacker.unpack(
         QStringLiteral("/E.mkext"), QStringLiteral("i386"), unpacker.defaultFolder());
     QVERIFY(outcome.error);
     QCOMPARE(outcome.message, QStringLiteral("Architecture i386 not found in mkext."));
@@ -182,5 +182,5 @@ void TestMkextUnpacker::runsTheToolBelowTheRoot() {
     QVERIFY(!QFileInfo::exists(unpacker.defaultFolder()));
 }
 
-QTEST_GUILESS_MAIN(TestMkextUnpacker)
-#include "tst_mkextunpacker.moc"
+QTEST_GUILESS_MAIN(TestMkextUnpackTask)
+#include "tst_mkextunpacktask.moc"
