@@ -1,6 +1,6 @@
 #pragma once
 
-#include "inspect/MkextUnpacker.h"
+#include "inspect/MkextUnpackTask.h"
 
 #include <QObject>
 #include <functional>
@@ -25,7 +25,7 @@ public:
         std::function<void(PanelKind kind, std::function<void(int, const QString &)> done)>;
     void setOpenPanel(OpenPanel panel) { m_panel = std::move(panel); }
     // The archive tool; Apple's below the system root unless a test puts its own in.
-    void setTool(MkextUnpacker::Tool tool) { m_tool = std::move(tool); }
+    void setTool(MkextUnpackTask::Tool tool) { m_tool = std::move(tool); }
 
 public slots:
     void bSelectMkext();
@@ -38,11 +38,11 @@ public slots:
 
 private:
     Ui::UnpackPage *ui() const;
-    MkextUnpacker unpacker() const;
+    MkextUnpackTask unpacker() const;
     void openPanel(PanelKind kind, std::function<void(int, const QString &)> done);
     void onDrop(const QStringList &files);
 
     TovrelAppDelegate &m_delegate;
     OpenPanel m_panel;
-    MkextUnpacker::Tool m_tool;
+    MkextUnpackTask::Tool m_tool;
 };
