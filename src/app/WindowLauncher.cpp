@@ -3,8 +3,10 @@
 #include "AppSettings.h"
 #include "CheckController.h"
 #include "InstallController.h"
+#include "ExtraMenuController.h"
 #include "LoadedDelegate.h"
 #include "MainWindow.h"
+#include "MaintenanceController.h"
 #include "MessageBoxSheets.h"
 #include "PasswordDialog.h"
 #include "TovrelAppDelegate.h"
@@ -33,7 +35,8 @@ int launchWindow(QApplication &app, const SystemPaths &paths) {
     LoadedDelegate loaded(window);
 
     // Feature controllers: one line each, parented to the delegate they are made with.
-    // new MaintenanceController(delegate);
+    new MaintenanceController(delegate);
+    new ExtraMenuController(delegate);
     new InstallController(delegate);
     new CheckController(delegate);
     new UnpackController(delegate);

@@ -1,0 +1,93 @@
+// `kextkeeper extra`: the Extra menu's commands from the terminal. The conversions ask
+// the window's question on the terminal unless --yes answers it beforehand.
+
+#include "cli/CliArgs.h"
+#include "cli/CliRegistry.h"
+#include "maintenance/ExtraFolderOperations.h"
+#include "maintenance/ExtraFolderView.h"
+#include "volumes/VolumeList.h"
+
+namespace {
+
+class TerminalExtraView final : public ExtraFolderView {
+public:
+    TerminalExtraView(CliContext &c, QString volume, bool yes)
+        : m_c(c), m_volume(std::move(volume)), m_yes(yes) {}
+
+    QString selectedVolume() const override { return m_volume; }
+    void rootPathChosen(const QString &) override {}
+    void askToContinue(const QString &informativeText, std::function<void(int)> answered) override {
+        bool yes = m_yes;
+        if (!yes) {
+            m_c.out << informativeText << Qt::endl;
+            yes = m_c.confirm(QStringLiteral("Continue?"));
+        }
+        answered(yes ? yesCode : noCode);
+    }
+    void showError(const QString &message) override { m_c.err << message << Qt::endl; }
+    void reevaluateVolume() override {}
+
+private:
+    CliContext &m_c;
+    QString m_volume;
+    bool m_yes;
+};
+
+int usage(CliContext &c, const QString &problem) {
+    c.err << "kextkeeper extra: " << problem << Qt::endl;
+    return CliUsage;
+}
+
+int extra(CliContext &c) {
+    const CliArgs args(c.args, {QStringLiteral("--volume")}, {QStringLiteral("--yes")});
+    if (!args.ok())
+        return usage(c, args.error());
+    const QStringList commands{QStringLiteral("to-kextstore"), QStringLiteral("to-extensions"),
+                               QStringLiteral("hide"), QStringLiteral("show")};
+    if (args.positional().size() != 1 || !commands.contains(args.positional().first()))
+        return usage(c, QStringLiteral("say one of to-kextstore, to-extensions, hide, show"));
+    const QString volume = args.value(QStringLiteral("--volume")).value_or(QString());
+    if (volume.isEmpty())
+        return usage(c, QStringLiteral("--volume NAME is needed"));
+    if (!VolumeList::build(c.paths.volumesDir()).contains(volume)) {
+        c.err << "kextkeeper extra: no volume with an Extra or System/Library folder is called "
+              << volume << Qt::endl;
+        return CliTaskError;
+    }
+
+    TerminalExtraView view(c, volume, args.flag(QStringLiteral("--yes")));
+    ExtraFolderOperations ops(c.paths, c.executor, view);
+    using Outcome = ExtraFolderOperations::Outcome;
+    const QString command = args.positional().first();
+    Outcome outcome = Outcome::Done;
+    if (command == QLatin1String("to-kextstore"))
+        outcome = ops.MI_CreateEKS();
+    else if (command == QLatin1String("to-extensions"))
+        outcome = ops.BringBackEE();
+    else if (command == QLatin1String("hide"))
+        outcome = ops.HideExtra();
+    else
+        outcome = ops.ShowExtra();
+    // The terminal answers at once, so the answer's outcome is known by now.
+    if (outcome == Outcome::Asking)
+        outcome = ops.lastAnswer();
+    switch (outcome) {
+    case Outcome::Done:
+    case Outcome::Declined:
+        return CliOk;
+    case Outcome::Refused:
+        c.err << "kextkeeper extra: administrator rights were not given" << Qt::endl;
+        return CliTaskError;
+    default:
+        return CliTaskError;
+    }
+}
+
+const bool registered = CliRegistry::add(
+    {QStringLiteral("extra"),
+     QStringLiteral("extra to-kextstore|to-extensions|hide|show --volume NAME [--yes]"),
+     QStringLiteral("move Extra/Extensions into KextStore (building the mkext) or back, or "
+                    "hide or show the Extra folder"),
+     extra});
+
+} // namespace

@@ -1,0 +1,103 @@
+// `kextkeeper maintain`: the maintenance page's job from the terminal. The status lines
+// and the closing text go to the terminal; Prelink Kernel and the Lion key come from the
+// same settings the window uses.
+
+#include "AppSettings.h"
+#include "cli/CliArgs.h"
+#include "cli/CliRegistry.h"
+#include "maintenance/MaintenancePlan.h"
+#include "maintenance/MaintenanceView.h"
+#include "volumes/KextFolderLayout.h"
+#include "volumes/VolumeList.h"
+
+namespace {
+
+class TerminalMaintenanceView final : public MaintenanceView {
+public:
+    explicit TerminalMaintenanceView(CliContext &c) : m_c(c) {}
+    bool failed = false;
+
+    void rootPathChosen(const QString &) override {}
+    void setControlsEnabled(bool) override {}
+    void setWorking(bool) override {}
+    void setSpinning(bool) override {}
+    void setStatus(const QString &text) override {
+        // The window empties its status line at the end; a terminal has no line to empty.
+        if (!text.isEmpty())
+            m_c.out << text << Qt::endl;
+    }
+    void reevaluateVolume() override {}
+    void showError(const QString &message) override {
+        failed = true;
+        m_c.err << message << Qt::endl;
+    }
+    void showInfo(const QString &message) override { m_c.out << message << Qt::endl; }
+
+private:
+    CliContext &m_c;
+};
+
+int usage(CliContext &c, const QString &problem) {
+    c.err << "kextkeeper maintain: " << problem << Qt::endl;
+    return CliUsage;
+}
+
+Qt::CheckState box(const CliArgs &args, const char *flag) {
+    return args.flag(QLatin1String(flag)) ? Qt::Checked : Qt::Unchecked;
+}
+
+int maintain(CliContext &c) {
+    const CliArgs args(c.args, {QStringLiteral("--volume"), QStringLiteral("--extra-version")},
+                       {QStringLiteral("--repair-extra"), QStringLiteral("--rebuild-extra-mkext"),
+                        QStringLiteral("--repair-sle"), QStringLiteral("--rebuild-caches")});
+    if (!args.ok())
+        return usage(c, args.error());
+    if (!args.positional().isEmpty())
+        return usage(c, QStringLiteral("unexpected words: ") +
+                            args.positional().join(QLatin1Char(' ')));
+    MaintenanceOptions options;
+    options.volume = args.value(QStringLiteral("--volume")).value_or(QString());
+    if (options.volume.isEmpty())
+        return usage(c, QStringLiteral("--volume NAME is needed"));
+    options.extraVersion = args.value(QStringLiteral("--extra-version")).value_or(QString());
+    if (!options.extraVersion.isEmpty() &&
+        !KextFolderLayout::versions().contains(options.extraVersion))
+        return usage(c, QStringLiteral("--extra-version must be one of ") +
+                            KextFolderLayout::versions().join(QStringLiteral(", ")));
+    // Only the volumes the window would offer: anything else would have every command
+    // run on folders that aren't there.
+    if (!VolumeList::build(c.paths.volumesDir()).contains(options.volume)) {
+        c.err << "kextkeeper maintain: no volume with an Extra or System/Library folder "
+                 "is called "
+              << options.volume << Qt::endl;
+        return CliTaskError;
+    }
+    options.repairExtra = box(args, "--repair-extra");
+    options.rebuildExtraMkext = box(args, "--rebuild-extra-mkext");
+    options.repairSle = box(args, "--repair-sle");
+    options.rebuildCaches = box(args, "--rebuild-caches");
+    const AppSettings settings(c.paths.contentsDir());
+    options.prelinkKernel = settings.boolean(AppSettings::prelinkKernelKey);
+    options.recreateLionCache = settings.boolean(AppSettings::lionCacheKey);
+
+    TerminalMaintenanceView view(c);
+    MaintenancePlan plan(options, c.paths, c.executor, view);
+    if (!plan.prepare()) {
+        if (view.failed) // no task chosen
+            return CliUsage;
+        c.err << "kextkeeper maintain: administrator rights were not given" << Qt::endl;
+        return CliTaskError;
+    }
+    plan.run();
+    return view.failed ? CliTaskError : CliOk;
+}
+
+const bool registered = CliRegistry::add(
+    {QStringLiteral("maintain"),
+     QStringLiteral("maintain --volume NAME [--extra-version 10.4|10.5|10.6|10.7] "
+                    "[--repair-extra] [--rebuild-extra-mkext] [--repair-sle] [--rebuild-caches]"),
+     QStringLiteral("repair kext folder permissions and rebuild the Extra mkext and the "
+                    "system's kext caches"),
+     maintain});
+
+} // namespace

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+
+// Everything the maintenance plan shows, in the order it happens. The window posts each
+// effect to the UI thread; the command line prints; tests record.
+class MaintenanceView {
+public:
+    virtual ~MaintenanceView() = default;
+
+    // The job's target root ("…/Volumes/NAME/"), kept as the program's rp.
+    virtual void rootPathChosen(const QString &rootPath) = 0;
+    // The button, both option groups with their boxes and the volume popup, together.
+    virtual void setControlsEnabled(bool enabled) = 0;
+    // The busy flag the page guards read.
+    virtual void setWorking(bool working) = 0;
+    virtual void setSpinning(bool spinning) = 0;
+    // The status line; empty once the job has ended.
+    virtual void setStatus(const QString &text) = 0;
+    // The option boxes follow what the volume now holds.
+    virtual void reevaluateVolume() = 0;
+    virtual void showError(const QString &message) = 0;
+    virtual void showInfo(const QString &message) = 0;
+};

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "TestScripts.h"
+#include "exec/Command.h"
+#include "volumes/SystemPaths.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+// A system root in a temporary folder with one volume below its Volumes folder. The
+// volume's name has a blank, an apostrophe and non-ASCII letters so that every command
+// proves it passes paths as single arguments.
+class MaintenanceSandbox {
+public:
+    static inline const QString volume = QStringLiteral("Mac HD's Düsk");
+
+    MaintenanceSandbox() {
+        QDir().mkpath(volumeRoot());
+        QDir().mkpath(dir.path() + QStringLiteral("/usr/sbin"));
+        // kextcache is present, so the mkext commands are the system's own.
+        writeScript(QDir(dir.path() + QStringLiteral("/usr/sbin")), QStringLiteral("kextcache"),
+                    "exit 0\n");
+    }
+
+    SystemPaths paths() const { return SystemPaths(dir.path(), dir.path(), dir.path()); }
+    QString volumeRoot() const { return dir.path() + QStringLiteral("/Volumes/") + volume; }
+    QString rootPath() const { return volumeRoot() + QLatin1Char('/'); }
+
+    void makeFolders(const QStringList &folders) const {
+        for (const QString &folder : folders)
+            QVERIFY(QDir().mkpath(rootPath() + folder));
+    }
+    void writeFile(const QString &relative, const QByteArray &bytes) const {
+        QDir().mkpath(QFileInfo(rootPath() + relative).path());
+        QFile file(rootPath() + relative);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(bytes);
+    }
+    void writeProductVersion(const QString &version) const {
+        writeFile(QStringLiteral("System/Library/CoreServices/SystemVersion.plist"),
+                  "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                  "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+                  "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+                  "<plist version=\"1.0\"><dict>\n"
+                  "<key>ProductName</key><string>Mac OS X</string>\n"
+                  "<key>ProductVersion</key><string>" +
+                      version.toUtf8() + "</string>\n</dict></plist>\n");
+    }
+
+    // Expected commands written as "TOOL|ARG|ARG": the tool is placed below the root,
+    // and "R/" at the start of an argument stands for the volume root with its slash.
+    QList<Command> commands(const QStringList &lines) const {
+        QList<Command> list;
+        for (const QString &line : lines) {
+            QStringList words = line.split(QLatin1Char('|'));
+            const QString tool = dir.path() + words.takeFirst();
+            for (QString &word : words)
+                if (word.startsWith(QLatin1String("R/")))
+                    word = rootPath() + word.mid(2);
+            list << Command{tool, words, true};
+        }
+        return list;
+    }
+
+    QTemporaryDir dir;
+};
