@@ -146,8 +146,6 @@ void TestMaintenanceVerbs::maintainSettings_data() {
     QTest::newRow("no settings file") << QByteArray() << false << false;
     QTest::newRow("Lion key absent")
         << QByteArray("<key>Prelink Kernel</key><true/>") << false << true;
-    QTest::newRow("Lion key false")
-        << QByteArray("<key>Manually recreate Lion cache</key><false/>") << false << false;
     QTest::newRow("Lion key true, Prelink off")
         << QByteArray("<key>Manually recreate Lion cache</key><true/>"
                       "<key>Prelink Kernel</key><false/>")
@@ -235,11 +233,6 @@ void TestMaintenanceVerbs::extraCommands_data() {
     QTest::newRow("to-extensions without KextStore")
         << "to-extensions" << QStringList{"Extra/Extensions"} << 1 << QStringList{}
         << "No Extra/KextStore found.\n";
-    QTest::newRow("to-kextstore without Extensions")
-        << "to-kextstore" << QStringList{"Extra/KextStore"} << 1 << QStringList{}
-        << "No Extra/Extensions found.\n";
-    QTest::newRow("hide without Extra") << "hide" << QStringList{"System/Library"} << 1
-                                        << QStringList{} << "No Extra folder on selected disk.\n";
 }
 
 void TestMaintenanceVerbs::extraCommands() {
