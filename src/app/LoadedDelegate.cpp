@@ -1,10 +1,13 @@
 #include "LoadedDelegate.h"
 
+#include "LoadedPageController.h"
 #include "MainWindow.h"
+#include "ReportController.h"
 #include "ui_MainWindow.h"
 
 LoadedDelegate::LoadedDelegate(MainWindow &window, QObject *parent)
-    : QObject(parent), m_window(window) {
+    : QObject(parent), m_window(window), m_pageController(new LoadedPageController(window, this)),
+      m_reportController(new ReportController(window, this)) {
     connect(window.ui()->ti_l, &QAction::triggered, this, &LoadedDelegate::TI_Loaded);
     connect(window.ui()->MI_Loaded, &QAction::triggered, this, &LoadedDelegate::MI_Loaded);
 }
@@ -14,7 +17,7 @@ LoadedPage *LoadedDelegate::page() const {
 }
 
 void LoadedDelegate::TI_Loaded() {
-    m_window.showPage(PageLoaded);
+    m_pageController->TI_Loaded();
 }
 
 void LoadedDelegate::MI_Loaded() {

@@ -3,7 +3,9 @@
 #include <QObject>
 
 class LoadedPage;
+class LoadedPageController;
 class MainWindow;
+class ReportController;
 
 // Runs the loaded kexts page (page 4) and the system report.
 class LoadedDelegate : public QObject {
@@ -13,6 +15,8 @@ public:
 
     MainWindow &mainwindow() const { return m_window; }
     LoadedPage *page() const;
+    LoadedPageController *pageController() const { return m_pageController; }
+    ReportController *reportController() const { return m_reportController; }
 
 public slots:
     // Refreshes the list and shows the page.
@@ -22,4 +26,6 @@ public slots:
 
 private:
     MainWindow &m_window;
+    LoadedPageController *m_pageController;
+    ReportController *m_reportController;
 };

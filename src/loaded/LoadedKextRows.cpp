@@ -1,7 +1,7 @@
 #include "loaded/LoadedKextRows.h"
 
+#include "inspect/ArchitectureProbe.h"
 #include "loaded/KextStatText.h"
-#include "loaded/LoadedArchitectures.h"
 
 namespace {
 qsizetype widest(const QStringList &first, const QStringList &second) {
@@ -41,7 +41,7 @@ LoadedKextRows LoadedKextRows::build(const QString &kextstatOutput, Half half,
         rows.versions << parts.version;
         rows.paths << path;
         rows.architectures << (path.isEmpty() ? QString()
-                                              : LoadedArchitectures::reportCell(probe(path)));
+                                              : ArchitectureProbe::reportCell(probe(path)));
     }
     return rows;
 }

@@ -1,5 +1,4 @@
 #include "loaded/ExtraKextTable.h"
-#include "loaded/LoadedArchitectures.h"
 #include "loaded/LoadedKextRows.h"
 #include "loaded/ReportOverview.h"
 
@@ -9,8 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-// The pieces of the system report: the overview sections, the Extra kexts table, the
-// loaded kexts' rows and the architecture marks.
+// The pieces of the system report: the overview sections, the Extra kexts table and the
+// loaded kexts' rows.
 class TestReportParts : public QObject {
     Q_OBJECT
 private slots:
@@ -24,10 +23,6 @@ private slots:
     void rowHalves_data();
     void rowHalves();
     void loadedSection();
-    void paneMarks_data();
-    void paneMarks();
-    void reportCell_data();
-    void reportCell();
 };
 
 namespace {
@@ -264,53 +259,6 @@ void TestReportParts::loadedSection() {
                              "com.unknown" + blanks(12) + "123.45.6789" + blanks(2) + blanks(18) +
                              "\n";
     QCOMPARE(LoadedKextRows::section(first, second), expected);
-}
-
-void TestReportParts::paneMarks_data() {
-    QTest::addColumn<QString>("probe");
-    QTest::addColumn<bool>("x86_64");
-    QTest::addColumn<bool>("i386");
-
-    QTest::newRow("universal x86_64 and i386")
-        << "Mach-O universal binary with 2 architectures\n"
-           "/S/L/E/A.kext/Contents/MacOS/A (for architecture x86_64):\tMach-O 64-bit kext bundle "
-           "x86_64\n/S/L/E/A.kext/Contents/MacOS/A (for architecture i386):\tMach-O object i386\n"
-        << true << true;
-    QTest::newRow("thin x86_64") << "Mach-O 64-bit kext bundle x86_64" << true << false;
-    QTest::newRow("thin i386") << "Mach-O object i386" << false << true;
-    QTest::newRow("thin 64-bit ppc counts as x86_64")
-        << "Mach-O 64-bit object ppc64" << true << false;
-    QTest::newRow("bare words are not markers") << "x86_64 i386" << false << false;
-    QTest::newRow("ppc only") << "Mach-O object ppc" << false << false;
-    QTest::newRow("nothing printed") << "" << false << false;
-}
-
-void TestReportParts::paneMarks() {
-    QFETCH(QString, probe);
-    QFETCH(bool, x86_64);
-    QFETCH(bool, i386);
-    const LoadedArchitectures marks = LoadedArchitectures::fromProbe(probe);
-    QCOMPARE(marks.x86_64, x86_64);
-    QCOMPARE(marks.i386, i386);
-}
-
-void TestReportParts::reportCell_data() {
-    QTest::addColumn<QString>("probe");
-    QTest::addColumn<QString>("cell");
-
-    QTest::newRow("x86_64 and i386") << "(for architecture x86_64) (for architecture i386)"
-                                     << "x86_64 i386 " + blanks(5);
-    QTest::newRow("ppc only") << "Mach-O object ppc" << blanks(7) + blanks(5) + "ppc ";
-    QTest::newRow("ppc64 matches ppc") << "Mach-O 64-bit object ppc64" << blanks(12) + "ppc ";
-    QTest::newRow("all three") << "x86_64 i386 ppc"
-                               << "x86_64 i386 ppc ";
-    QTest::newRow("nothing recognised") << "data" << blanks(17);
-}
-
-void TestReportParts::reportCell() {
-    QFETCH(QString, probe);
-    QFETCH(QString, cell);
-    QCOMPARE(LoadedArchitectures::reportCell(probe), cell);
 }
 
 QTEST_GUILESS_MAIN(TestReportParts)

@@ -1,0 +1,123 @@
+// `kextkeeper loaded`, `unload`, `reload` and `report`: the loaded kexts page and the
+// system report without the window.
+
+#include "cli/CliArgs.h"
+#include "cli/CliRegistry.h"
+#include "exec/Command.h"
+#include "exec/IconAlert.h"
+#include "exec/ProcessRunner.h"
+#include "inspect/ArchitectureProbe.h"
+#include "loaded/KextUnloader.h"
+#include "loaded/LoadedKextList.h"
+#include "loaded/SystemReport.h"
+
+#include <QFileInfo>
+#include <memory>
+
+namespace {
+
+// One positional word and no options; the error is printed and empty is returned.
+std::optional<QString> onePath(CliContext &c, const QString &verb) {
+    const CliArgs args(c.args, {}, {});
+    if (!args.ok() || args.positional().size() != 1) {
+        c.err << "kextkeeper " << verb << ": "
+              << (args.ok() ? QStringLiteral("needs exactly one path") : args.error()) << Qt::endl;
+        return std::nullopt;
+    }
+    return args.positional().first();
+}
+
+int listLoaded(CliContext &c) {
+    const CliArgs args(c.args, {QStringLiteral("--filter")}, {});
+    if (!args.ok() || !args.positional().isEmpty()) {
+        c.err << "kextkeeper loaded: "
+              << (args.ok() ? QStringLiteral("unexpected words") : args.error()) << Qt::endl;
+        return CliUsage;
+    }
+    const QString tool = c.paths.system(QStringLiteral("/usr/sbin/kextstat"));
+    const std::optional<QString> output = IconAlert::defaultinst().ExecuteCmd(tool, {});
+    if (!output) {
+        c.err << "kextkeeper loaded: " << tool << " could not run or printed unreadable text"
+              << Qt::endl;
+        return CliTaskError;
+    }
+    LoadedKextList list;
+    list.refresh(*output);
+    const QStringList rows = list.filtered(args.value(QStringLiteral("--filter")).value_or(""));
+    for (const QString &row : rows)
+        c.out << row << '\n';
+    c.out << LoadedKextList::foundText(rows.size()) << Qt::endl;
+    return CliOk;
+}
+
+int unloadOrReload(CliContext &c, bool reload) {
+    const QString verb = reload ? QStringLiteral("reload") : QStringLiteral("unload");
+    const std::optional<QString> path = onePath(c, verb);
+    if (!path)
+        return CliUsage;
+    if (!QFileInfo::exists(*path)) {
+        c.err << "kextkeeper " << verb << ": " << *path << " does not exist" << Qt::endl;
+        return CliTaskError;
+    }
+    const KextUnloader unloader([&c](const QString &command, const QString &argument) {
+        if (c.dryRun) {
+            c.out << Command{command, {argument}, true}.toShellLine() << Qt::endl;
+            return std::optional<QString>(QString());
+        }
+        return IconAlert::defaultinst().ExecuteRootErrorCmd(command, argument);
+    });
+    const KextUnloader::Result result = reload ? unloader.reload(*path) : unloader.unload(*path);
+    if (result.outcome == KextUnloader::Outcome::Failed) {
+        c.err << result.error;
+        if (!result.error.endsWith(QLatin1Char('\n')))
+            c.err << '\n';
+        return CliTaskError;
+    }
+    return CliOk;
+}
+
+int writeReport(CliContext &c) {
+    const std::optional<QString> path = onePath(c, QStringLiteral("report"));
+    if (!path)
+        return CliUsage;
+    IconAlert &icon = IconAlert::defaultinst();
+    icon.index().rebuild(c.paths);
+    auto index = std::make_shared<const KextLocationIndex>(icon.index());
+    SystemReport::Sources sources{
+        c.paths, ProcessRunner::output,
+        [index](const QString &identifier) { return index->FindPath(identifier); },
+        [](const QString &kextPath) { return ArchitectureProbe().probeText(kextPath); }};
+    const QString file = QFileInfo(*path).absoluteFilePath();
+    const SystemReport::End end = SystemReport::start(std::move(sources), file).get();
+    if (end.outcome == SystemReport::Outcome::Abandoned) {
+        c.err << "kextkeeper report: " << end.message << Qt::endl;
+        return CliTaskError;
+    }
+    if (!end.written) {
+        c.err << "kextkeeper report: could not write " << file << Qt::endl;
+        return CliTaskError;
+    }
+    c.out << end.message << Qt::endl;
+    return CliOk;
+}
+
+const bool loadedRegistered = CliRegistry::add(
+    {QStringLiteral("loaded"), QStringLiteral("loaded [--filter TEXT]"),
+     QStringLiteral("list the loaded kexts (bundle identifier and version), optionally only "
+                    "those containing TEXT in any case"),
+     listLoaded});
+const bool unloadRegistered =
+    CliRegistry::add({QStringLiteral("unload"), QStringLiteral("unload KEXT"),
+                      QStringLiteral("unload the kext at path KEXT as root"),
+                      [](CliContext &c) { return unloadOrReload(c, false); }});
+const bool reloadRegistered =
+    CliRegistry::add({QStringLiteral("reload"), QStringLiteral("reload KEXT"),
+                      QStringLiteral("unload the kext at path KEXT and load it again, as root"),
+                      [](CliContext &c) { return unloadOrReload(c, true); }});
+const bool reportRegistered = CliRegistry::add(
+    {QStringLiteral("report"), QStringLiteral("report FILE"),
+     QStringLiteral("write the system report (software, hardware, Extra kexts, loaded kexts) "
+                    "to FILE"),
+     writeReport});
+
+} // namespace
