@@ -9,6 +9,7 @@
 #include "ui_LoadedPage.h"
 
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QPropertyAnimation>
 #include <QStringListModel>
 
@@ -22,6 +23,8 @@ LoadedPageController::LoadedPageController(MainWindow &window, QObject *parent)
     Ui::LoadedPage *form = ui();
     form->tbLoaded->setModel(m_model);
     form->tbLoaded->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    form->tbLoaded->verticalHeader()->setDefaultSectionSize(form->tbLoaded->fontMetrics().height() +
+                                                            6);
     // The pane's height follows its maximum; the animation moves that maximum.
     m_animation->setTargetObject(form->SVBottom);
     m_animation->setPropertyName("maximumHeight");
