@@ -8,12 +8,15 @@ tools/install-deps.sh
 [[ -f "$build/CMakeCache.txt" ]] || cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build "$build" --target kextkeeper kk_screenshots -j "${KK_JOBS:-2}"
 
-work="$(mktemp -d)"
+# A fixed place rather than a random one: its paths show in the pictures.
+work=/tmp/kextkeeper-screenshots
+rm -rf "$work"
 trap 'rm -rf "$work"' EXIT
 "$build/kextkeeper" sandbox create "$work/sandbox" >/dev/null
-mkdir -p "$work/home/Desktop"
+home="$work/Users/admin"
+mkdir -p "$home/Desktop" "$home/Downloads"
 # A home and settings of its own: the pictures never show the user's own choices.
-HOME="$work/home" XDG_CONFIG_HOME="$work/home/.config" \
+HOME="$home" XDG_CONFIG_HOME="$home/.config" \
     xvfb-run -a -s "-screen 0 1280x900x24" \
     "$build/tests/e2e/kk_screenshots" "$work/sandbox" docs/screenshots
 ls docs/screenshots/*.png

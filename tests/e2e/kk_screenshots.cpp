@@ -3,15 +3,21 @@
 
 #include "WindowLauncher.h"
 #include "exec/AdminAuthentication.h"
+#include "filesdrop.h"
+#include "install/InstallList.h"
 #include "volumes/SystemPaths.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QDir>
 #include <QMainWindow>
 #include <QMessageBox>
+#include <QTableView>
 #include <QTextStream>
 #include <QTimer>
+#include <QToolButton>
 
 namespace {
 
@@ -20,6 +26,39 @@ const QList<QPair<const char *, const char *>> pages{{"ti_m", "maintenance"},
                                                      {"ti_u", "unpack"},
                                                      {"ti_c", "check"},
                                                      {"ti_l", "loaded"}};
+
+// What a user would have done on the page before looking at it, so the pictures show
+// the pages at work rather than empty: kexts on the install list, a kext checked with
+// its libraries, the Extra mkext listed, a loaded kext's details open.
+void fillPage(QMainWindow *window, const QString &name) {
+    const QString home = QDir::homePath();
+    const QString mac = SystemPaths::current().volumeRoot(QStringLiteral("Macintosh HD"));
+    const auto dropFile = [window](const QString &path) {
+        if (auto *target = window->findChild<filesdrop *>())
+            emit target->dropped({path});
+    };
+    if (name == QLatin1String("maintenance")) {
+        if (auto *box = window->findChild<QCheckBox *>(QStringLiteral("cbERM")))
+            box->click();
+    } else if (name == QLatin1String("installation")) {
+        auto *table = window->findChild<QTableView *>(QStringLiteral("tbkexts"));
+        if (auto *list = table ? qobject_cast<InstallList *>(table->model()) : nullptr)
+            list->append({home + QStringLiteral("/Downloads/ExampleSensors.kext"),
+                          home + QStringLiteral("/Downloads/ExampleEthernet.kext")});
+    } else if (name == QLatin1String("unpack")) {
+        dropFile(mac + QStringLiteral("/Extra/Extensions.mkext"));
+    } else if (name == QLatin1String("check")) {
+        if (auto *box = window->findChild<QCheckBox *>(QStringLiteral("cbcheckdep")))
+            box->setChecked(true);
+        dropFile(mac + QStringLiteral("/Extra/Extensions/ExampleSensors.kext"));
+    } else if (name == QLatin1String("loaded")) {
+        auto *table = window->findChild<QTableView *>(QStringLiteral("tbLoaded"));
+        if (table && table->model() && table->model()->rowCount() > 5)
+            table->selectRow(5);
+        if (auto *slide = window->findChild<QToolButton *>(QStringLiteral("buttonslide")))
+            slide->click();
+    }
+}
 
 QMainWindow *mainWindow() {
     for (QWidget *widget : QApplication::topLevelWidgets()) {
@@ -41,7 +80,10 @@ void shoot(int index, const QString &out) {
         box->close();
     if (auto *action = window->findChild<QAction *>(QLatin1String(pages[index].first)))
         action->trigger();
-    QTimer::singleShot(700, window, [window, index, out] {
+    QTimer::singleShot(300, window, [window, index] {
+        fillPage(window, QLatin1String(pages[index].second));
+    });
+    QTimer::singleShot(1500, window, [window, index, out] {
         const QString file = out + QLatin1Char('/') + QLatin1String(pages[index].second) + ".png";
         if (!window->grab().save(file))
             QTextStream(stderr) << "can't write " << file << Qt::endl;
