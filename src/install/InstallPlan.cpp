@@ -6,6 +6,7 @@
 #include "install/InstallList.h"
 #include "install/InstallView.h"
 #include "install/KextBackup.h"
+#include "maintenance/LionCache.h"
 #include "maintenance/MkextRebuild.h"
 #include "plist/PlistFile.h"
 
@@ -116,14 +117,8 @@ bool InstallPlan::installSle() {
     }
     installBundles(sle, Branch::Sle);
     run(m_paths.system(QStringLiteral("/usr/bin/touch")), {sle});
-    if (lionCacheWanted()) {
-        m_executor.run(mkextRebuildCommand(
-            m_paths,
-            rootPath() +
-                QStringLiteral(
-                    "System/Library/Caches/com.apple.kext.caches/Startup/Extensions.mkext"),
-            sle));
-    }
+    if (lionCacheWanted())
+        m_executor.run(mkextRebuildCommand(m_paths, LionCache::startupMkext(rootPath()), sle));
     // The system-wide caches belong to the running system and take no volume.
     const bool startedSystem = m_isRoot(rootPath());
     if (startedSystem && m_options.prelinkKernel) {
@@ -190,13 +185,7 @@ bool InstallPlan::lionCacheWanted() const {
     const auto settings = PlistFile::readDictionary(m_paths.infoPlist());
     if (!settings || !PlistFile::boolean(*settings, "Manually recreate Lion cache").value_or(false))
         return false;
-    const auto version = PlistFile::readDictionary(
-        rootPath() + QStringLiteral("System/Library/CoreServices/SystemVersion.plist"));
-    if (!version)
-        return false;
-    // 10.7 and its point releases; a version too short to tell is not Lion.
-    const QString product = PlistFile::string(*version, "ProductVersion").value_or(QString());
-    return product.size() >= 4 && product.left(4) == QLatin1String("10.7");
+    return LionCache::volumeIsLion(rootPath());
 }
 
 void InstallPlan::stopEarly(const QString &message, bool reevaluate) {
