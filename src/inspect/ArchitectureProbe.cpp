@@ -15,9 +15,9 @@ QString executableName(const QString &kextPath) {
 }
 
 bool exists(const QString &path) {
-    // A dangling link counts as present, like any other entry of the folder.
-    const QFileInfo info(path);
-    return info.exists() || info.isSymLink();
+    // Links are followed: a link whose target is gone is not an executable to describe,
+    // and must not replace a description found in Contents/MacOS.
+    return QFileInfo::exists(path);
 }
 
 bool contains(const QString &text, const char *marker) {

@@ -2,6 +2,7 @@
 #include "inspect/MachOWriter.h"
 
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -142,6 +143,14 @@ void TestArchitectureProbe::locatesExecutable() {
     QVERIFY(MachOWriter::write(kext + QStringLiteral("/It's Ünique"), "x"));
     QCOMPARE(probe.probeText(kext), "text of " + kext + "/It's Ünique");
     QCOMPARE(asked, (QStringList{kext + "/Contents/MacOS/It's Ünique", kext + "/It's Ünique"}));
+
+    // A top-level link whose target is gone is not there: the contents answer stays.
+    asked.clear();
+    QVERIFY(QFile::remove(kext + QStringLiteral("/It's Ünique")));
+    QVERIFY(
+        QFile::link(dir.path() + QStringLiteral("/gone"), kext + QStringLiteral("/It's Ünique")));
+    QCOMPARE(probe.probeText(kext), "text of " + kext + "/Contents/MacOS/It's Ünique");
+    QCOMPARE(asked, QStringList{kext + "/Contents/MacOS/It's Ünique"});
 }
 
 void TestArchitectureProbe::probesBuiltBundles_data() {
