@@ -80,9 +80,8 @@ void shoot(int index, const QString &out) {
         box->close();
     if (auto *action = window->findChild<QAction *>(QLatin1String(pages[index].first)))
         action->trigger();
-    QTimer::singleShot(300, window, [window, index] {
-        fillPage(window, QLatin1String(pages[index].second));
-    });
+    QTimer::singleShot(300, window,
+                       [window, index] { fillPage(window, QLatin1String(pages[index].second)); });
     QTimer::singleShot(1500, window, [window, index, out] {
         const QString file = out + QLatin1Char('/') + QLatin1String(pages[index].second) + ".png";
         if (!window->grab().save(file))

@@ -1,23 +1,24 @@
-#include "../sandbox/SandboxFixture.h"
+#include "E2eSandbox.h"
 #include "sandbox/LoadedKextState.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QProcessEnvironment>
 
 // The command-line verbs on a fresh sandbox with real processes all the way down: the
-// command log must hold exactly the commands a Mac would have run, in order.
+// command log must hold exactly the commands a Mac would have run, in order, the same
+// ones the window runs for the same task (tst_e2ewindow).
 class TestE2eCli : public QObject {
     Q_OBJECT
 private slots:
-    void init();
     void maintenanceWithAllFourOptions_data();
     void maintenanceWithAllFourOptions();
     void installTwoKextsWithBackup();
     void convertToKextStore();
     void testLoad_data();
     void testLoad();
+    void unload_data();
+    void unload();
     void unpackAndList();
+    void savedReport();
 
 private:
     struct Result {
@@ -25,56 +26,28 @@ private:
         QString out;
         QString err;
     };
+    void start(const QString &fixedRoot = {});
     Result kextkeeper(const QStringList &args) const;
-    QString r(const QString &relative = {}) const {
-        return m_sandbox->volume(QStringLiteral("Macintosh HD/")) + relative;
-    }
-    QString tool(const QString &systemPath, const QStringList &args) const {
-        return m_sandbox->logLine(systemPath, args);
-    }
-    QString rebuild(const QString &mkext, const QString &folder) const {
-        return tool(QStringLiteral("/usr/sbin/kextcache"),
-                    {"-v", "1", "-a", "i386", "-a", "x86_64", "-m", mkext, folder});
-    }
-    void writeSettings(bool prelink) const;
 
-    std::unique_ptr<SandboxFixture> m_sandbox;
-    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<E2eSandbox> m_mac;
 };
 
-void TestE2eCli::init() {
-    m_sandbox = std::make_unique<SandboxFixture>();
-    QVERIFY(m_sandbox->create());
-    m_sandbox->clearLog();
-    m_home = std::make_unique<QTemporaryDir>();
-    QDir().mkpath(m_home->path() + QStringLiteral("/Desktop"));
+void TestE2eCli::start(const QString &fixedRoot) {
+    m_mac = std::make_unique<E2eSandbox>();
+    QVERIFY(m_mac->create(fixedRoot));
 }
 
 TestE2eCli::Result TestE2eCli::kextkeeper(const QStringList &args) const {
     QProcess process;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("HOME"), m_home->path());
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home->path() + QStringLiteral("/config"));
+    env.insert(QStringLiteral("HOME"), m_mac->home());
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_mac->home() + QStringLiteral("/config"));
     process.setProcessEnvironment(env);
     process.setStandardInputFile(QProcess::nullDevice());
-    process.start(QStringLiteral(KK_BINARY), QStringList{"--root", m_sandbox->root()} + args);
+    process.start(QStringLiteral(KK_BINARY), QStringList{"--root", m_mac->sandbox.root()} + args);
     process.waitForFinished(60000);
     return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError())};
-}
-
-void TestE2eCli::writeSettings(bool prelink) const {
-    const QString folder = m_home->path() + QStringLiteral("/config/kextkeeper");
-    QDir().mkpath(folder);
-    QFile file(folder + QStringLiteral("/Info.plist"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(
-        QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n"
-                       "<dict>\n<key>Prelink Kernel</key>\n<%1/>\n"
-                       "<key>Manually recreate Lion cache</key>\n<false/>\n"
-                       "<key>SUCheckAtStartup</key>\n<false/>\n</dict>\n</plist>\n")
-            .arg(prelink ? "true" : "false")
-            .toUtf8());
 }
 
 void TestE2eCli::maintenanceWithAllFourOptions_data() {
@@ -85,126 +58,99 @@ void TestE2eCli::maintenanceWithAllFourOptions_data() {
 
 void TestE2eCli::maintenanceWithAllFourOptions() {
     QFETCH(bool, prelink);
-    writeSettings(prelink);
+    start();
+    QVERIFY(m_mac->writeSettings(prelink));
     const Result run = kextkeeper({"maintain", "--volume", "Macintosh HD", "--repair-extra",
                                    "--rebuild-extra-mkext", "--repair-sle", "--rebuild-caches"});
     QCOMPARE(run.status, 0);
     QVERIFY(run.out.endsWith(QLatin1String("Selected tasks were finished.\n")));
-    const QString extensions = r(QStringLiteral("Extra/Extensions"));
-    const QString sle = r(QStringLiteral("System/Library/Extensions"));
-    QStringList expected{
-        tool("/usr/sbin/chown", {"-R", "0:0", extensions}),
-        tool("/bin/chmod", {"-R", "755", extensions}),
-        tool("/usr/bin/touch", {extensions}),
-        rebuild(r(QStringLiteral("Extra/Extensions.mkext")), extensions),
-        tool("/usr/sbin/chown", {"-R", "0:0", sle}),
-        tool("/bin/chmod", {"-R", "755", sle}),
-        tool("/usr/sbin/diskutil", {"repairpermissions", r()}),
-        tool("/usr/bin/touch", {sle}),
-        // Whether the target is the started system is asked of diskutil, as the user.
-        tool("/usr/sbin/diskutil", {"info", r()}),
-    };
-    if (prelink)
-        expected << tool("/usr/sbin/kextcache", {"-system-caches"})
-                 << tool("/usr/sbin/kextcache", {"-system-prelinked-kernel"});
-    QCOMPARE(m_sandbox->logLines(), expected);
-    QVERIFY(QFileInfo(r(QStringLiteral("Extra/Extensions.mkext"))).size() > 0);
+    QCOMPARE(m_mac->sandbox.logLines(), m_mac->maintenanceCommands(prelink));
+    QVERIFY(QFileInfo(m_mac->r(QStringLiteral("Extra/Extensions.mkext"))).size() > 0);
 }
 
 void TestE2eCli::installTwoKextsWithBackup() {
-    // A newer copy of a kext already in Extra/Extensions, and a new one with a hostile name.
-    const QString drop = m_home->path() + QStringLiteral("/Downloads");
-    const QString replacement = drop + QStringLiteral("/ExampleSensors.kext");
-    const QString added = drop + QStringLiteral("/Zed's Ü driver.kext");
-    QVERIFY(QDir().mkpath(replacement + QStringLiteral("/Contents")));
-    QVERIFY(QDir().mkpath(added + QStringLiteral("/Contents")));
-    QFile::copy(r(QStringLiteral("Extra/Extensions/ExampleSensors.kext/Contents/Info.plist")),
-                replacement + QStringLiteral("/Contents/Info.plist"));
-    QFile::copy(r(QStringLiteral("Extra/Extensions/ExampleDiskShim.kext/Contents/Info.plist")),
-                added + QStringLiteral("/Contents/Info.plist"));
-
+    start();
+    const QStringList bundles = m_mac->makeBundlesToInstall();
     const Result run = kextkeeper(
-        {"install", "--volume", "Macintosh HD", "--to", "extra", "--backup", replacement, added});
+        QStringList{"install", "--volume", "Macintosh HD", "--to", "extra", "--backup"} + bundles);
     QVERIFY2(run.status == 0, qPrintable(run.err));
-    const QString d = r(QStringLiteral("Extra/Extensions"));
-    const QStringList expected{
-        tool("/bin/rm", {"-Rf", d + QStringLiteral("/ExampleSensors.kext")}),
-        tool("/bin/cp", {"-R", replacement, d}),
-        tool("/bin/cp", {"-R", added, d}),
-        tool("/usr/sbin/chown", {"-R", "0:0", d}),
-        tool("/bin/chmod", {"-R", "755", d}),
-        tool("/usr/bin/touch", {d}),
-        rebuild(r(QStringLiteral("Extra/Extensions.mkext")), d),
-    };
-    QCOMPARE(m_sandbox->logLines(), expected);
-
-    // The replaced bundle went to a dated backup folder first, the new ones are in place.
-    const QDir backups(m_home->path() + QStringLiteral("/Desktop/Kext Backups"));
-    const QStringList runs = backups.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    QCOMPARE(runs.size(), 1);
-    QVERIFY(
-        QFileInfo::exists(backups.filePath(runs.first()) +
-                          QStringLiteral("/ExampleSensors.kext/Contents/MacOS/ExampleSensors")));
-    QVERIFY(!QFileInfo::exists(d + QStringLiteral("/ExampleSensors.kext/Contents/MacOS")));
-    QVERIFY(QFileInfo::exists(d + QStringLiteral("/Zed's Ü driver.kext/Contents/Info.plist")));
+    QCOMPARE(m_mac->sandbox.logLines(), m_mac->installCommands(bundles));
+    QVERIFY(m_mac->installedWithBackup());
 }
 
 void TestE2eCli::convertToKextStore() {
+    start();
     const Result run = kextkeeper({"extra", "to-kextstore", "--volume", "Macintosh HD", "--yes"});
     QVERIFY2(run.status == 0, qPrintable(run.err));
-    const QString store = r(QStringLiteral("Extra/KextStore"));
-    QCOMPARE(m_sandbox->logLines(),
-             (QStringList{tool("/bin/mv", {r(QStringLiteral("Extra/Extensions")), store}),
-                          rebuild(r(QStringLiteral("Extra/Extensions.mkext")), store)}));
-    QVERIFY(QFileInfo::exists(store + QStringLiteral("/ExampleSensors.kext")));
-    QVERIFY(!QFileInfo::exists(r(QStringLiteral("Extra/Extensions"))));
+    QCOMPARE(m_mac->sandbox.logLines(), m_mac->kextStoreCommands());
+    QVERIFY(m_mac->convertedToKextStore());
 }
 
 void TestE2eCli::testLoad_data() {
     QTest::addColumn<QString>("bundle");
+    QTest::addColumn<QString>("identifier");
     QTest::addColumn<QString>("error"); // %1: the bundle
-    QTest::addColumn<bool>("loaded");
     QTest::newRow("loads") << "Extra/Extensions/ExampleDiskShim.kext"
-                           << "" << true;
+                           << "org.example.driver.DiskShim"
+                           << "";
     QTest::newRow("i386 only")
         << "Extra/Extensions/ExampleEthernet.kext"
+        << "org.example.driver.Ethernet"
         << "%1 failed to load - (libkern/kext) not loadable (reason unspecified); check the "
-           "system/kernel logs for errors or try kextutil(8).\n"
-        << false;
+           "system/kernel logs for errors or try kextutil(8).";
 }
 
 void TestE2eCli::testLoad() {
     QFETCH(QString, bundle);
+    QFETCH(QString, identifier);
     QFETCH(QString, error);
-    QFETCH(bool, loaded);
-    const QString k = r(bundle);
+    start();
+    const QString k = m_mac->r(bundle);
     const Result run = kextkeeper({"load", k});
     QCOMPARE(run.status, error.isEmpty() ? 0 : 1);
     if (!error.isEmpty())
-        QVERIFY2(run.err.contains(QString(error).replace(QStringLiteral("%1"), k).trimmed()),
-                 qPrintable(run.err));
-    QCOMPARE(m_sandbox->logLines(),
-             (QStringList{tool("/usr/sbin/chown", {"-R", "0:0", k}), tool("/sbin/kextload", {k})}));
-    const QList<LoadedKext> kexts = LoadedKextState(m_sandbox->root()).read();
-    QCOMPARE(LoadedKextState::find(kexts, bundle.contains(QLatin1String("DiskShim"))
-                                              ? QStringLiteral("org.example.driver.DiskShim")
-                                              : QStringLiteral("org.example.driver.Ethernet")) !=
-                 nullptr,
-             loaded);
+        QVERIFY2(run.err.contains(error.arg(k)), qPrintable(run.err));
+    QCOMPARE(m_mac->sandbox.logLines(), m_mac->testLoadCommands(k));
+    const QList<LoadedKext> kexts = LoadedKextState(m_mac->sandbox.root()).read();
+    QCOMPARE(LoadedKextState::find(kexts, identifier) != nullptr, error.isEmpty());
+}
+
+void TestE2eCli::unload_data() {
+    QTest::addColumn<QString>("bundle");
+    QTest::addColumn<QString>("error"); // empty: unloads
+    QTest::newRow("unloads") << "/Extra/Extensions/ExampleAudioPatch.kext"
+                             << "";
+    QTest::newRow("its plug-in keeps it")
+        << "/System/Library/Extensions/SandboxACPIFamily.kext"
+        << "Failed to unload com.sandboxmac.iokit.ACPIFamily - (libkern/kext) kext is in use or "
+           "retained (cannot unload).";
+}
+
+void TestE2eCli::unload() {
+    QFETCH(QString, bundle);
+    QFETCH(QString, error);
+    start();
+    const QString kext = m_mac->sandbox.path(bundle);
+    const Result run = kextkeeper({"unload", kext});
+    QCOMPARE(run.status, error.isEmpty() ? 0 : 1);
+    QVERIFY2(run.err.contains(error), qPrintable(run.err));
+    QCOMPARE(m_mac->sandbox.logLines(), m_mac->unloadCommands(kext));
+    const Result listed = kextkeeper({"loaded"});
+    QCOMPARE(listed.out.contains(QLatin1String("org.example.driver.AudioPatch (1.2)")),
+             !bundle.contains(QLatin1String("AudioPatch")));
 }
 
 void TestE2eCli::unpackAndList() {
-    const QString mkext = r(QStringLiteral("Extra/Extensions.mkext"));
-    const QString folder = m_home->path() + QStringLiteral("/Desktop/Mkext Contents");
+    start();
+    const QString mkext = m_mac->r(QStringLiteral("Extra/Extensions.mkext"));
+    const QString folder = m_mac->desktop() + QStringLiteral("/Mkext Contents");
     QDir().mkpath(folder);
     const Result unpack = kextkeeper({"mkext", "unpack", mkext, "--arch", "i386", "--to", folder});
     QVERIFY2(unpack.status == 0, qPrintable(unpack.err));
     QStringList unpacked = QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     unpacked.sort();
     // Like Apple's tool, plug-ins come out beside their containers.
-    QCOMPARE(unpacked,
-             (QStringList{"ExampleAudioPatch.kext", "ExampleCPUTemp.kext", "ExampleDiskShim.kext",
-                          "ExampleEthernet.kext", "ExampleSensors.kext"}));
+    QCOMPARE(unpacked, m_mac->unpackedKexts());
     QVERIFY(
         QFileInfo::exists(folder + QStringLiteral("/ExampleEthernet.kext/Contents/Info.plist")));
 
@@ -213,7 +159,22 @@ void TestE2eCli::unpackAndList() {
     QVERIFY2(loaded.out.contains(QLatin1String("org.example.driver.Sensors (3.4.1)")),
              qPrintable(loaded.out));
     QVERIFY(!loaded.out.contains(QLatin1String("com.sandboxmac")));
-    QCOMPARE(m_sandbox->logLines(), QStringList{tool("/usr/sbin/kextstat", {})});
+    // The built-in reader runs in-process: only the listing asked a tool.
+    QCOMPARE(m_mac->sandbox.logLines(),
+             QStringList{m_mac->tool(QStringLiteral("/usr/sbin/kextstat"), {})});
+}
+
+void TestE2eCli::savedReport() {
+    const QString root = E2eSandbox::reportRoot(QStringLiteral("cli"));
+    start(root);
+    const QString file = m_mac->desktop() + QStringLiteral("/Sandbox Mac.txt");
+    const Result run = kextkeeper({"report", file});
+    QVERIFY2(run.status == 0, qPrintable(run.err));
+    QCOMPARE(run.out, QStringLiteral("Saved.\n"));
+    QFile saved(file);
+    QVERIFY(saved.open(QIODevice::ReadOnly));
+    QCOMPARE(QString::fromUtf8(saved.readAll()), E2eSandbox::expectedReport(root));
+    QCOMPARE(m_mac->sortedLog(), m_mac->reportCommands());
 }
 
 QTEST_GUILESS_MAIN(TestE2eCli)

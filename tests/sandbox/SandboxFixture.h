@@ -4,6 +4,7 @@
 #include "sandbox/SandboxBuilder.h"
 #include "sandbox/StandInScripts.h"
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -19,14 +20,19 @@ public:
         QByteArray err;
     };
 
-    bool create() {
-        m_root = m_dir.path() + QStringLiteral("/Mac's sandbox Ü");
-        SandboxBuilder builder(m_root, QStringLiteral(KK_BINARY));
-        if (!builder.create()) {
-            qWarning() << builder.error();
-            return false;
-        }
-        return true;
+    ~SandboxFixture() {
+        if (m_fixed)
+            QDir(m_root).removeRecursively();
+    }
+
+    bool create() { return build(m_dir.path() + QStringLiteral("/Mac's sandbox Ü")); }
+
+    // At a root of our choosing, for output whose layout follows the root's length. What
+    // an earlier run left there is removed first, and the tree goes with the fixture.
+    bool createAt(const QString &root) {
+        m_fixed = true;
+        QDir(root).removeRecursively();
+        return build(root);
     }
 
     QString root() const { return m_root; }
@@ -61,6 +67,17 @@ public:
     void clearLog() const { QFile::remove(StandInScripts::logPath(m_root)); }
 
 private:
+    bool build(const QString &root) {
+        m_root = root;
+        SandboxBuilder builder(m_root, QStringLiteral(KK_BINARY));
+        if (!builder.create()) {
+            qWarning() << builder.error();
+            return false;
+        }
+        return true;
+    }
+
     QTemporaryDir m_dir;
     QString m_root;
+    bool m_fixed = false;
 };
