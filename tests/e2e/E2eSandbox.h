@@ -136,6 +136,21 @@ public:
                !QFileInfo::exists(r(QStringLiteral("Extra/Extensions")));
     }
 
+    // A kext that loads, and one the kernel refuses (i386 only), with kextload's own text
+    // (%1: the bundle).
+    static void testLoadRows() {
+        QTest::addColumn<QString>("bundle");
+        QTest::addColumn<QString>("identifier");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("loads") << "Extra/Extensions/ExampleDiskShim.kext"
+                               << "org.example.driver.DiskShim"
+                               << "";
+        QTest::newRow("i386 only")
+            << "Extra/Extensions/ExampleEthernet.kext"
+            << "org.example.driver.Ethernet"
+            << "%1 failed to load - (libkern/kext) not loadable (reason unspecified); check the "
+               "system/kernel logs for errors or try kextutil(8).\n";
+    }
     QStringList testLoadCommands(const QString &kext) const {
         return {tool("/usr/sbin/chown", {"-R", "0:0", kext}), tool("/sbin/kextload", {kext})};
     }

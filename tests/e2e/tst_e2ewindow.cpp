@@ -185,17 +185,7 @@ void TestE2eWindow::convertToKextStore() {
 }
 
 void TestE2eWindow::testLoad_data() {
-    QTest::addColumn<QString>("bundle");
-    QTest::addColumn<QString>("identifier");
-    QTest::addColumn<QString>("error"); // %1: the bundle
-    QTest::newRow("loads") << "Extra/Extensions/ExampleDiskShim.kext"
-                           << "org.example.driver.DiskShim"
-                           << "";
-    QTest::newRow("i386 only")
-        << "Extra/Extensions/ExampleEthernet.kext"
-        << "org.example.driver.Ethernet"
-        << "error: %1 failed to load - (libkern/kext) not loadable (reason unspecified); check "
-           "the system/kernel logs for errors or try kextutil(8).\n";
+    E2eSandbox::testLoadRows();
 }
 
 void TestE2eWindow::testLoad() {
@@ -210,7 +200,7 @@ void TestE2eWindow::testLoad() {
     find<QPushButton>("bKextLoad")->click();
     QCOMPARE(m_mac->sandbox.logLines(), m_mac->testLoadCommands(kext));
     QCOMPARE(m_sheets.texts,
-             error.isEmpty() ? QStringList{} : QStringList{QString(error).arg(kext)});
+             error.isEmpty() ? QStringList{} : QStringList{"error: " + error.arg(kext)});
     const QList<LoadedKext> kexts = LoadedKextState(m_mac->sandbox.root()).read();
     QCOMPARE(LoadedKextState::find(kexts, identifier) != nullptr, error.isEmpty());
 }
