@@ -1,6 +1,7 @@
 #include "ExtraMenuController.h"
 
 #include "MainWindow.h"
+#include "MkextBuilderNotice.h"
 #include "TovrelAppDelegate.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/IconAlert.h"
@@ -37,6 +38,7 @@ void ExtraMenuController::BringBackEE() {
 }
 
 void ExtraMenuController::MI_CreateEKS() {
+    showMkextBuilderNotice(m_delegate.window(), m_delegate.paths());
     m_operations->MI_CreateEKS();
 }
 

@@ -2,6 +2,7 @@
 
 #include "InstallWindowView.h"
 #include "MainWindow.h"
+#include "MkextBuilderNotice.h"
 #include "TovrelAppDelegate.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/IconAlert.h"
@@ -120,6 +121,7 @@ void InstallController::bInst() {
     plan->setIsRoot(m_isRoot);
     if (!plan->prepare())
         return;
+    showMkextBuilderNotice(m_delegate.window(), m_delegate.paths());
     QPointer<InstallController> self(this);
     QThreadPool::globalInstance()->start([plan, view, self] {
         plan->run();

@@ -2,6 +2,7 @@
 
 #include "AppSettings.h"
 #include "MainWindow.h"
+#include "MkextBuilderNotice.h"
 #include "TovrelAppDelegate.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/IconAlert.h"
@@ -107,6 +108,8 @@ void MaintenanceController::bMain() {
     // The input check's alert comes through the view, on this thread.
     if (!plan->prepare())
         return;
+    if (options.rebuildExtraMkext != Qt::Unchecked || options.recreateLionCache)
+        showMkextBuilderNotice(m_delegate.window(), m_delegate.paths());
     m_jobRunning = true;
     auto executor = m_executor; // kept alive with the plan that refers to it
     (void)QtConcurrent::run([plan, view, executor] { plan->run(); });
