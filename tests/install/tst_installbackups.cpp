@@ -16,10 +16,8 @@ private slots:
     void init();
     void folderName_data();
     void folderName();
-    void replacedBundleIsBackedUp_data();
-    void replacedBundleIsBackedUp();
-    void newBundleMakesNoBackupFolder();
-    void sameBundleTwiceKeepsFirstBackup();
+    void backupBeforeReplacing_data();
+    void backupBeforeReplacing();
     void copyTreeKeepsLinksAndRefusesExistingTarget();
 
 private:
@@ -93,7 +91,6 @@ void TestInstallBackups::folderName_data() {
     QTest::newRow("padded day, month and time") << fixedTime << "05-03 14_07_09";
     QTest::newRow("24-hour clock, no year")
         << QDateTime(QDate(1999, 12, 31), QTime(23, 59, 58)) << "31-12 23_59_58";
-    QTest::newRow("midnight") << QDateTime(QDate(2024, 1, 1), QTime(0, 0, 0)) << "01-01 00_00_00";
 }
 
 void TestInstallBackups::folderName() {
@@ -102,57 +99,41 @@ void TestInstallBackups::folderName() {
     QCOMPARE(KextBackup::folderName(when), name);
 }
 
-void TestInstallBackups::replacedBundleIsBackedUp_data() {
+void TestInstallBackups::backupBeforeReplacing_data() {
     QTest::addColumn<QString>("name");
-    QTest::newRow("plain name") << "A.kext";
-    QTest::newRow("blanks, apostrophe, non-ASCII") << "Drïver's Nämé.kext";
+    QTest::addColumn<bool>("installed"); // an older copy is in Extra/Extensions
+    QTest::addColumn<int>("times");      // the same bundle listed this often
+    QTest::newRow("blanks, apostrophe, non-ASCII") << "Drïver's Nämé.kext" << true << 1;
+    QTest::newRow("new bundle: no backup folder") << "A.kext" << false << 1;
+    // The second backup finds the first in place and is given up; the bundle is still
+    // replaced both times.
+    QTest::newRow("same bundle twice keeps the first backup") << "A.kext" << true << 2;
 }
 
-void TestInstallBackups::replacedBundleIsBackedUp() {
+void TestInstallBackups::backupBeforeReplacing() {
     QFETCH(QString, name);
-    const QString installed = makeBundle(m_extensions, name, "old");
+    QFETCH(bool, installed);
+    QFETCH(int, times);
+    makeBundle(m_extensions, QStringLiteral("Other.kext"), "other");
+    if (installed)
+        makeBundle(m_extensions, name, "old");
     const QString source = makeBundle(m_dir->path() + QStringLiteral("/new"), name, "new");
     FileExecutor executor;
     RecordingInstallView view;
-    InstallPlan plan(options({source}, true), *m_paths, executor, view);
+    InstallPlan plan(options(QStringList(times, source), true), *m_paths, executor, view);
     plan.setClock([] { return fixedTime; });
     plan.run();
 
-    const QString backup =
-        m_paths->desktop() + QStringLiteral("/Kext Backups/05-03 14_07_09/") + name;
-    QCOMPARE(content(backup), QByteArray("old"));
-    QCOMPARE(content(installed), QByteArray("new"));
-    QVERIFY(view.events.contains(
-        QStringLiteral("state %1/|05-03 14_07_09").arg(m_paths->volumeRoot(volume))));
-}
-
-void TestInstallBackups::newBundleMakesNoBackupFolder() {
-    const QString source = makeBundle(m_dir->path() + QStringLiteral("/new"), "A.kext", "new");
-    makeBundle(m_extensions, QStringLiteral("Other.kext"), "other");
-    FileExecutor executor;
-    RecordingInstallView view;
-    InstallPlan plan(options({source}, true), *m_paths, executor, view);
-    plan.setClock([] { return fixedTime; });
-    plan.run();
-    QVERIFY(!QFileInfo::exists(m_paths->desktop() + QStringLiteral("/Kext Backups")));
-    QCOMPARE(content(m_extensions + QStringLiteral("/A.kext")), QByteArray("new"));
-}
-
-void TestInstallBackups::sameBundleTwiceKeepsFirstBackup() {
-    // The second backup finds the first in place and is given up; the bundle is still
-    // replaced both times.
-    const QString installed = makeBundle(m_extensions, QStringLiteral("A.kext"), "old");
-    const QString source = makeBundle(m_dir->path() + QStringLiteral("/new"), "A.kext", "new");
-    FileExecutor executor;
-    RecordingInstallView view;
-    InstallPlan plan(options({source, source}, true), *m_paths, executor, view);
-    plan.setClock([] { return fixedTime; });
-    plan.run();
-    QCOMPARE(content(m_paths->desktop() + QStringLiteral("/Kext Backups/05-03 14_07_09/A.kext")),
-             QByteArray("old"));
-    QCOMPARE(content(installed), QByteArray("new"));
-    QCOMPARE(executor.lines.filter(QStringLiteral("/bin/rm -Rf")).size(), 2);
-    QCOMPARE(executor.lines.filter(QStringLiteral("/bin/cp -R")).size(), 2);
+    const QString backups = m_paths->desktop() + QStringLiteral("/Kext Backups");
+    QCOMPARE(content(m_extensions + '/' + name), QByteArray("new"));
+    QCOMPARE(QFileInfo::exists(backups), installed);
+    if (installed) {
+        QCOMPARE(content(backups + QStringLiteral("/05-03 14_07_09/") + name), QByteArray("old"));
+        QVERIFY(view.events.contains(
+            QStringLiteral("state %1/|05-03 14_07_09").arg(m_paths->volumeRoot(volume))));
+    }
+    QCOMPARE(executor.lines.filter(QStringLiteral("/bin/rm -Rf")).size(), installed ? times : 0);
+    QCOMPARE(executor.lines.filter(QStringLiteral("/bin/cp -R")).size(), times);
 }
 
 void TestInstallBackups::copyTreeKeepsLinksAndRefusesExistingTarget() {
