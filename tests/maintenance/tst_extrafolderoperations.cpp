@@ -12,12 +12,8 @@ class TestExtraFolderOperations : public QObject {
 private slots:
     void conversions_data();
     void conversions();
-    void onlyYesRuns_data();
-    void onlyYesRuns();
-    void missingFolders_data();
-    void missingFolders();
-    void refusedAuthorization_data();
-    void refusedAuthorization();
+    void nothingRuns_data();
+    void nothingRuns();
     void hideAndShow_data();
     void hideAndShow();
     void answerUsesTheVolumeChosenNow();
@@ -49,6 +45,18 @@ const QString bringBackQuestion =
 const QString createQuestion =
     "Do you want to create Extra/KextStore from Extra/Extensions on selected disk?\n"
     "Mkext will be created, it can take a while.";
+
+// One Extra menu over a fresh sandbox with the given folders.
+struct Menu {
+    explicit Menu(const QStringList &folders, bool grant = true) {
+        box.makeFolders(folders);
+        executor.grant = grant;
+    }
+    MaintenanceSandbox box;
+    RecordingView view;
+    RecordingExecutor executor;
+    ExtraFolderOperations ops{box.paths(), executor, view};
+};
 
 Outcome start(ExtraFolderOperations &ops, const QString &command) {
     if (command == "bring back")
@@ -100,117 +108,80 @@ void TestExtraFolderOperations::conversions() {
     QFETCH(QString, question);
     QFETCH(QStringList, expected);
 
-    MaintenanceSandbox box;
-    box.makeFolders(folders);
-    RecordingView view;
-    RecordingExecutor executor;
-    ExtraFolderOperations ops(box.paths(), executor, view);
+    Menu m(folders);
 
-    QCOMPARE(start(ops, command), Outcome::Asking);
-    QCOMPARE(view.questions, QStringList{question});
+    QCOMPARE(start(m.ops, command), Outcome::Asking);
+    QCOMPARE(m.view.questions, QStringList{question});
     // Nothing happens while the question is open.
-    QCOMPARE(executor.authorizeCalls, 0);
-    QVERIFY(executor.commands.isEmpty());
+    QCOMPARE(m.executor.authorizeCalls, 0);
+    QVERIFY(m.executor.commands.isEmpty());
 
-    view.pendingAnswer(ExtraFolderView::yesCode);
-    QCOMPARE(ops.lastAnswer(), Outcome::Done);
-    QCOMPARE(executor.authorizeCalls, 1);
-    QCOMPARE(executor.commands, box.commands(expected));
-    QCOMPARE(view.reevaluations, 1);
-    QVERIFY(view.errors.isEmpty());
-    QCOMPARE(view.roots, (QStringList{box.rootPath(), box.rootPath()}));
+    m.view.pendingAnswer(ExtraFolderView::yesCode);
+    QCOMPARE(m.ops.lastAnswer(), Outcome::Done);
+    QCOMPARE(m.executor.authorizeCalls, 1);
+    QCOMPARE(m.executor.commands, m.box.commands(expected));
+    QCOMPARE(m.view.reevaluations, 1);
+    QVERIFY(m.view.errors.isEmpty());
+    QCOMPARE(m.view.roots, (QStringList{m.box.rootPath(), m.box.rootPath()}));
 }
 
-void TestExtraFolderOperations::onlyYesRuns_data() {
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<int>("code");
-    for (const char *command : {"bring back", "create"}) {
-        QTest::addRow("%s, No", command) << command << ExtraFolderView::noCode;
-        QTest::addRow("%s, closed", command) << command << 0;
-        QTest::addRow("%s, other code", command) << command << 1002;
-    }
-}
+Q_DECLARE_METATYPE(Outcome)
 
-void TestExtraFolderOperations::onlyYesRuns() {
-    QFETCH(QString, command);
-    QFETCH(int, code);
-    MaintenanceSandbox box;
-    box.makeFolders({"Extra/Extensions", "Extra/KextStore", "Extra/Extensions.mkext"});
-    RecordingView view;
-    RecordingExecutor executor;
-    ExtraFolderOperations ops(box.paths(), executor, view);
-
-    QCOMPARE(start(ops, command), Outcome::Asking);
-    view.pendingAnswer(code);
-    QCOMPARE(ops.lastAnswer(), Outcome::Declined);
-    QCOMPARE(executor.authorizeCalls, 0);
-    QVERIFY(executor.commands.isEmpty());
-    QCOMPARE(view.reevaluations, 0);
-}
-
-void TestExtraFolderOperations::missingFolders_data() {
+void TestExtraFolderOperations::nothingRuns_data() {
     QTest::addColumn<QString>("command");
     QTest::addColumn<QStringList>("folders");
+    QTest::addColumn<bool>("grant");
+    QTest::addColumn<int>("answer"); // -1: no question is asked
+    QTest::addColumn<Outcome>("outcome");
     QTest::addColumn<QString>("error");
 
+    const QStringList all{"Extra/Extensions", "Extra/KextStore", "Extra/Extensions.mkext"};
+    const int yes = ExtraFolderView::yesCode;
+    // Only Yes runs anything.
+    QTest::newRow("bring back, No")
+        << "bring back" << all << true << ExtraFolderView::noCode << Outcome::Declined << "";
+    QTest::newRow("create, closed") << "create" << all << true << 0 << Outcome::Declined << "";
+    QTest::newRow("create, other code")
+        << "create" << all << true << 1002 << Outcome::Declined << "";
+    // A missing folder is told before any question or password.
     QTest::newRow("bring back without KextStore")
-        << "bring back" << QStringList{"Extra/Extensions", "Extra/10.6/KextStore"}
-        << "No Extra/KextStore found.";
+        << "bring back" << QStringList{"Extra/Extensions", "Extra/10.6/KextStore"} << true << -1
+        << Outcome::Missing << "No Extra/KextStore found.";
     QTest::newRow("create without Extensions")
-        << "create" << QStringList{"Extra/KextStore", "Extra/10.6/Extensions"}
-        << "No Extra/Extensions found.";
-    QTest::newRow("hide without Extra")
-        << "hide" << QStringList{"System/Library"} << "No Extra folder on selected disk.";
-    QTest::newRow("show without Extra")
-        << "show" << QStringList{} << "No Extra folder on selected disk.";
+        << "create" << QStringList{"Extra/KextStore", "Extra/10.6/Extensions"} << true << -1
+        << Outcome::Missing << "No Extra/Extensions found.";
+    QTest::newRow("hide without Extra") << "hide" << QStringList{"System/Library"} << true << -1
+                                        << Outcome::Missing << "No Extra folder on selected disk.";
+    QTest::newRow("show without Extra") << "show" << QStringList{} << true << -1 << Outcome::Missing
+                                        << "No Extra folder on selected disk.";
+    // A refused password ends it silently.
+    QTest::newRow("bring back, refused")
+        << "bring back" << all << false << yes << Outcome::Refused << "";
+    QTest::newRow("show, refused") << "show" << all << false << -1 << Outcome::Refused << "";
 }
 
-void TestExtraFolderOperations::missingFolders() {
+void TestExtraFolderOperations::nothingRuns() {
     QFETCH(QString, command);
     QFETCH(QStringList, folders);
+    QFETCH(bool, grant);
+    QFETCH(int, answer);
+    QFETCH(Outcome, outcome);
     QFETCH(QString, error);
-    MaintenanceSandbox box;
-    box.makeFolders(folders);
-    RecordingView view;
-    RecordingExecutor executor;
-    ExtraFolderOperations ops(box.paths(), executor, view);
+    Menu m(folders, grant);
 
-    QCOMPARE(start(ops, command), Outcome::Missing);
-    QCOMPARE(view.errors, QStringList{error});
-    QVERIFY(view.questions.isEmpty());
-    QCOMPARE(executor.authorizeCalls, 0); // no password asked for nothing
-    QVERIFY(executor.commands.isEmpty());
-    QCOMPARE(view.reevaluations, 0);
-}
-
-void TestExtraFolderOperations::refusedAuthorization_data() {
-    QTest::addColumn<QString>("command");
-    QTest::newRow("bring back") << "bring back";
-    QTest::newRow("create") << "create";
-    QTest::newRow("hide") << "hide";
-    QTest::newRow("show") << "show";
-}
-
-void TestExtraFolderOperations::refusedAuthorization() {
-    QFETCH(QString, command);
-    MaintenanceSandbox box;
-    box.makeFolders({"Extra/Extensions", "Extra/KextStore"});
-    RecordingView view;
-    RecordingExecutor executor;
-    executor.grant = false;
-    ExtraFolderOperations ops(box.paths(), executor, view);
-
-    const Outcome outcome = start(ops, command);
-    if (outcome == Outcome::Asking) {
-        view.pendingAnswer(ExtraFolderView::yesCode);
-        QCOMPARE(ops.lastAnswer(), Outcome::Refused);
+    const Outcome first = start(m.ops, command);
+    QCOMPARE(m.view.questions.size(), answer < 0 ? 0 : 1);
+    if (answer >= 0) {
+        QCOMPARE(first, Outcome::Asking);
+        m.view.pendingAnswer(answer);
+        QCOMPARE(m.ops.lastAnswer(), outcome);
     } else {
-        QCOMPARE(outcome, Outcome::Refused);
+        QCOMPARE(first, outcome);
     }
-    QCOMPARE(executor.authorizeCalls, 1);
-    QVERIFY(executor.commands.isEmpty());
-    QVERIFY(view.errors.isEmpty());
-    QCOMPARE(view.reevaluations, 0);
+    QCOMPARE(m.executor.authorizeCalls, outcome == Outcome::Refused ? 1 : 0);
+    QVERIFY(m.executor.commands.isEmpty());
+    QCOMPARE(m.view.errors, error.isEmpty() ? QStringList{} : QStringList{error});
+    QCOMPARE(m.view.reevaluations, 0);
 }
 
 void TestExtraFolderOperations::hideAndShow_data() {
@@ -225,35 +196,27 @@ void TestExtraFolderOperations::hideAndShow_data() {
 void TestExtraFolderOperations::hideAndShow() {
     QFETCH(QString, command);
     QFETCH(QString, expected);
-    MaintenanceSandbox box;
     // An Extra folder without kexts is still hidden or shown.
-    box.makeFolders({"Extra"});
-    RecordingView view;
-    RecordingExecutor executor;
-    ExtraFolderOperations ops(box.paths(), executor, view);
+    Menu m({"Extra"});
 
-    QCOMPARE(start(ops, command), Outcome::Done);
-    QVERIFY(view.questions.isEmpty());
-    QCOMPARE(executor.commands, box.commands({expected}));
-    QCOMPARE(view.roots, QStringList{box.rootPath()});
-    QVERIFY(view.errors.isEmpty());
-    QCOMPARE(view.reevaluations, 0); // the option boxes don't depend on the flag
+    QCOMPARE(start(m.ops, command), Outcome::Done);
+    QVERIFY(m.view.questions.isEmpty());
+    QCOMPARE(m.executor.commands, m.box.commands({expected}));
+    QCOMPARE(m.view.roots, QStringList{m.box.rootPath()});
+    QVERIFY(m.view.errors.isEmpty());
+    QCOMPARE(m.view.reevaluations, 0); // the option boxes don't depend on the flag
 }
 
 void TestExtraFolderOperations::answerUsesTheVolumeChosenNow() {
-    MaintenanceSandbox box;
-    box.makeFolders({"Extra/KextStore"});
-    const QString other = box.dir.path() + "/Volumes/Other/";
-    RecordingView view;
-    RecordingExecutor executor;
-    ExtraFolderOperations ops(box.paths(), executor, view);
+    Menu m({"Extra/KextStore"});
+    const QString other = m.box.dir.path() + "/Volumes/Other/";
 
-    QCOMPARE(ops.BringBackEE(), Outcome::Asking);
-    view.volume = "Other"; // picked while the sheet was open: no KextStore there at all
-    view.pendingAnswer(ExtraFolderView::yesCode);
-    QCOMPARE(view.roots, (QStringList{box.rootPath(), other}));
-    QCOMPARE(executor.commands,
-             (QList<Command>{{box.dir.path() + "/bin/mv",
+    QCOMPARE(m.ops.BringBackEE(), Outcome::Asking);
+    m.view.volume = "Other"; // picked while the sheet was open: no KextStore there at all
+    m.view.pendingAnswer(ExtraFolderView::yesCode);
+    QCOMPARE(m.view.roots, (QStringList{m.box.rootPath(), other}));
+    QCOMPARE(m.executor.commands,
+             (QList<Command>{{m.box.dir.path() + "/bin/mv",
                               {other + "Extra/KextStore", other + "Extra/Extensions"},
                               true}}));
 }

@@ -13,10 +13,8 @@ private slots:
     void commands();
     void effectsOfARun();
     void abortWithoutKextFolders();
-    void inputCheck_data();
-    void inputCheck();
-    void refusedAuthorizationShowsNothing();
-    void startedSystemIsAskedWithTheTaskRoot();
+    void prepare_data();
+    void prepare();
     void builtinMkextWithoutKextcache();
 };
 
@@ -192,12 +190,19 @@ void TestMaintenancePlan::commands() {
     RecordingView view(log);
     RecordingExecutor executor;
     MaintenancePlan plan(options, box.paths(), executor, view);
-    plan.setIsRoot([&](const QString &) { return startedSystem; });
+    QStringList asked;
+    plan.setIsRoot([&](const QString &path) {
+        asked << path;
+        return startedSystem;
+    });
 
     QVERIFY(plan.prepare());
     plan.run();
     QCOMPARE(executor.commands, box.commands(expected));
     QCOMPARE(log.lines.last(), "info Selected tasks were finished.");
+    // The started system is asked about with the task's root, slash and all.
+    for (const QString &path : asked)
+        QCOMPARE(path, box.rootPath());
 }
 
 void TestMaintenancePlan::effectsOfARun() {
@@ -245,61 +250,35 @@ void TestMaintenancePlan::abortWithoutKextFolders() {
                                      "error No Extra/Extensions or Extra/KextStore found."}));
 }
 
-void TestMaintenancePlan::inputCheck_data() {
+void TestMaintenancePlan::prepare_data() {
     QTest::addColumn<QString>("boxes");
+    QTest::addColumn<bool>("grant");
     QTest::addColumn<bool>("accepted");
-    QTest::newRow("none") << "" << false;
-    QTest::newRow("one mixed") << "erm~" << true;
-    QTest::newRow("one on") << "slerp" << true;
+    QTest::addColumn<QStringList>("shown");
+    QTest::newRow("none") << "" << true << false
+                          << QStringList{"spinner off", "error You haven't selected any options."};
+    QTest::newRow("one mixed") << "erm~" << true << true << QStringList{};
+    QTest::newRow("one on") << "slerp" << true << true << QStringList{};
+    QTest::newRow("refused authorization shows nothing")
+        << "erp erm slerp slerc" << false << false << QStringList{};
 }
 
-void TestMaintenancePlan::inputCheck() {
+void TestMaintenancePlan::prepare() {
     QFETCH(QString, boxes);
+    QFETCH(bool, grant);
     QFETCH(bool, accepted);
+    QFETCH(QStringList, shown);
     MaintenanceSandbox box;
     Log log;
     RecordingView view(log);
     RecordingExecutor executor;
+    executor.grant = grant;
     MaintenancePlan plan(::boxes(boxes), box.paths(), executor, view);
 
     QCOMPARE(plan.prepare(), accepted);
-    QCOMPARE(executor.authorizeCalls, accepted ? 1 : 0);
-    if (!accepted)
-        QCOMPARE(log.lines,
-                 (QStringList{"spinner off", "error You haven't selected any options."}));
-    else
-        QVERIFY(log.lines.isEmpty());
-}
-
-void TestMaintenancePlan::refusedAuthorizationShowsNothing() {
-    MaintenanceSandbox box;
-    Log log;
-    RecordingView view(log);
-    RecordingExecutor executor;
-    executor.grant = false;
-    MaintenancePlan plan(allBoxes(), box.paths(), executor, view);
-    QVERIFY(!plan.prepare());
-    QCOMPARE(executor.authorizeCalls, 1);
-    QVERIFY(log.lines.isEmpty());
+    QCOMPARE(executor.authorizeCalls, boxes.isEmpty() ? 0 : 1);
+    QCOMPARE(log.lines, shown);
     QVERIFY(executor.commands.isEmpty());
-}
-
-void TestMaintenancePlan::startedSystemIsAskedWithTheTaskRoot() {
-    MaintenanceSandbox box;
-    box.makeFolders({"System/Library/Extensions"});
-    Log log;
-    RecordingView view(log);
-    RecordingExecutor executor;
-    MaintenanceOptions options = boxes("slerc");
-    options.prelinkKernel = true;
-    MaintenancePlan plan(options, box.paths(), executor, view);
-    QStringList asked;
-    plan.setIsRoot([&](const QString &path) {
-        asked << path;
-        return true;
-    });
-    plan.run();
-    QCOMPARE(asked, QStringList{box.rootPath()});
 }
 
 void TestMaintenancePlan::builtinMkextWithoutKextcache() {
