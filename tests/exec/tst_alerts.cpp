@@ -64,7 +64,6 @@ class TestAlerts : public QObject {
 private slots:
     void combinationRule_data();
     void combinationRule();
-    void messageIsShownAsItStands();
     void desktopNotificationService();
 };
 
@@ -105,17 +104,6 @@ void TestAlerts::combinationRule() {
         QCOMPARE(presenter.shown.first().kind,
                  error ? SheetPresenter::Kind::Error : SheetPresenter::Kind::Info);
     }
-}
-
-void TestAlerts::messageIsShownAsItStands() {
-    RecordingSheets presenter;
-    Alerts alerts(nullptr, &presenter);
-    alerts.showError("", nullptr);
-    alerts.showError("line one\nline two\n", nullptr);
-    QCOMPARE(presenter.shown.size(), 2);
-    QCOMPARE(presenter.shown[0].headline, QStringLiteral("Error"));
-    QCOMPARE(presenter.shown[0].text, QString());
-    QCOMPARE(presenter.shown[1].text, QStringLiteral("line one\nline two\n"));
 }
 
 void TestAlerts::desktopNotificationService() {

@@ -28,10 +28,6 @@ void TestProcessRunner::streamsAreSeparated_data() {
     QTest::addColumn<QString>("err");
     QTest::newRow("both") << QByteArray("echo to-out; echo to-err >&2\n") << "to-out\n"
                           << "to-err\n";
-    QTest::newRow("only stderr") << QByteArray("echo warn >&2\n") << ""
-                                 << "warn\n";
-    QTest::newRow("only stdout") << QByteArray("printf 'a b\\nc'\n") << "a b\nc"
-                                 << "";
     QTest::newRow("nothing") << QByteArray("exit 3\n") << ""
                              << "";
     QTest::newRow("non-ASCII") << QByteArray("printf 'Gr\\303\\274n'\n") << QStringLiteral("Grün")
