@@ -2,6 +2,7 @@
 #include "RecordingInstallView.h"
 #include "TestScripts.h"
 #include "install/InstallPlan.h"
+#include "install/KextBackup.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,6 +22,11 @@ private slots:
     void prepare_data();
     void prepare();
     void bundleFromItsOwnDestinationIsKept();
+    void backupFolderName_data();
+    void backupFolderName();
+    void backupBeforeReplacing_data();
+    void backupBeforeReplacing();
+    void copyTreeKeepsLinksAndRefusesExistingTarget();
 
 private:
     // Folders and files below the sandbox: "V/..." is the volume "Boot's Ü", "S/..."
@@ -28,6 +34,7 @@ private:
     // the system root itself.
     QString place(const QString &word) const;
     void make(const QStringList &entries) const;
+    QByteArray read(const QString &word) const;
     QStringList expand(const QStringList &words) const;
     InstallOptions options(const QString &destination, const QStringList &bundles) const;
 
@@ -43,6 +50,26 @@ QByteArray plist(const QByteArray &body) {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n" + body +
            "</dict>\n</plist>\n";
 }
+
+const QDateTime fixedTime(QDate(2011, 3, 5), QTime(14, 7, 9));
+
+// Does what rm -Rf and cp -R would do as root, so a backup taken too late (or not at
+// all) shows up as lost content.
+class FileExecutor final : public Executor {
+public:
+    QStringList lines;
+    bool authorize() override { return true; }
+    void run(const Command &command) override {
+        lines << command.toShellLine();
+        const QString tool = QFileInfo(command.tool).fileName();
+        if (tool == QLatin1String("rm"))
+            QDir(command.args.last()).removeRecursively();
+        if (tool == QLatin1String("cp")) {
+            const QString from = command.args.at(1);
+            KextBackup::copyTree(from, command.args.at(2) + '/' + QFileInfo(from).fileName());
+        }
+    }
+};
 
 // One command as words: tool, then arguments.
 QStringList words(const Command &command) {
@@ -92,6 +119,11 @@ void TestInstallPlan::make(const QStringList &entries) const {
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(plist(entry.mid(eq + 1).toUtf8()));
     }
+}
+
+QByteArray TestInstallPlan::read(const QString &word) const {
+    QFile file(place(word));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
 }
 
 QStringList TestInstallPlan::expand(const QStringList &list) const {
@@ -363,6 +395,73 @@ void TestInstallPlan::bundleFromItsOwnDestinationIsKept() {
     QCOMPARE(executor.commands,
              (QList<Command>{{m_root + "/usr/sbin/chown", {"-R", "0:0", ext}, true},
                              {m_root + "/bin/chmod", {"-R", "755", ext}, true}}));
+}
+
+void TestInstallPlan::backupFolderName_data() {
+    QTest::addColumn<QDateTime>("when");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("padded day, month and time") << fixedTime << "05-03 14_07_09";
+    QTest::newRow("24-hour clock, no year")
+        << QDateTime(QDate(1999, 12, 31), QTime(23, 59, 58)) << "31-12 23_59_58";
+}
+
+void TestInstallPlan::backupFolderName() {
+    QFETCH(QDateTime, when);
+    QFETCH(QString, name);
+    QCOMPARE(KextBackup::folderName(when), name);
+}
+
+void TestInstallPlan::backupBeforeReplacing_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("installed"); // an older copy is in Extra/Extensions
+    QTest::addColumn<int>("times");      // the same bundle listed this often
+    QTest::newRow("blanks, apostrophe, non-ASCII") << "Drïver's Nämé.kext" << true << 1;
+    QTest::newRow("new bundle: no backup folder") << "A.kext" << false << 1;
+    // The second backup finds the first in place and is given up; the bundle is still
+    // replaced both times.
+    QTest::newRow("same bundle twice keeps the first backup") << "A.kext" << true << 2;
+}
+
+void TestInstallPlan::backupBeforeReplacing() {
+    QFETCH(QString, name);
+    QFETCH(bool, installed);
+    QFETCH(int, times);
+    const QString info = '/' + name + QStringLiteral("/Contents/Info.plist");
+    make({"V/Extra/Extensions/Other.kext", "S" + info + "=new"});
+    if (installed)
+        make({"V/Extra/Extensions" + info + "=old"});
+    InstallOptions chosen = options("extra", QStringList(times, "S/" + name));
+    chosen.backup = true;
+    FileExecutor executor;
+    RecordingInstallView view;
+    InstallPlan plan(chosen, *m_paths, executor, view);
+    plan.setClock([] { return fixedTime; });
+    plan.run();
+
+    QCOMPARE(read("V/Extra/Extensions" + info), plist("new"));
+    QCOMPARE(QFileInfo::exists(place("D/Kext Backups")), installed);
+    if (installed) {
+        QCOMPARE(read("D/Kext Backups/05-03 14_07_09" + info), plist("old"));
+        QVERIFY(view.events.contains(
+            QStringLiteral("state %1/|05-03 14_07_09").arg(m_paths->volumeRoot(volume))));
+    }
+    QCOMPARE(executor.lines.filter(QStringLiteral("/bin/rm -Rf")).size(), installed ? times : 0);
+    QCOMPARE(executor.lines.filter(QStringLiteral("/bin/cp -R")).size(), times);
+}
+
+void TestInstallPlan::copyTreeKeepsLinksAndRefusesExistingTarget() {
+    make({"S/L.kext/Contents/Info.plist=linked"});
+    const QString bundle = place("S/L.kext");
+    QVERIFY(QFile::link(QStringLiteral("Contents/Info.plist"), bundle + QStringLiteral("/Link")));
+    make({"D/copy"});
+    const QString copy = place("D/copy/L.kext");
+    QVERIFY(KextBackup::copyTree(bundle, copy));
+    QCOMPARE(read("D/copy/L.kext/Contents/Info.plist"), plist("linked"));
+    QVERIFY(QFileInfo(copy + QStringLiteral("/Link")).isSymLink());
+    QCOMPARE(QFile::symLinkTarget(copy + QStringLiteral("/Link")),
+             copy + QStringLiteral("/Contents/Info.plist"));
+    QVERIFY(!KextBackup::copyTree(bundle, copy));
+    QVERIFY(!KextBackup::copyTree(place("S/missing.kext"), place("D/copy/M.kext")));
 }
 
 QTEST_GUILESS_MAIN(TestInstallPlan)
