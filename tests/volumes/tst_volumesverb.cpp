@@ -64,9 +64,6 @@ void TestVolumesVerb::listing_data() {
     QTest::newRow("10.6") << QStringList{"--extra-version", "10.6"}
                           << "Macintosh HD\tstarted system\tS/L/E: yes\tExtra: no"
                           << "Boot's Ü\t-\tS/L/E: no\tExtra: yes";
-    QTest::newRow("10.5") << QStringList{"--extra-version", "10.5"}
-                          << "Macintosh HD\tstarted system\tS/L/E: yes\tExtra: no"
-                          << "Boot's Ü\t-\tS/L/E: no\tExtra: no";
 }
 
 void TestVolumesVerb::listing() {
