@@ -26,7 +26,6 @@ class TestMaintenanceController : public QObject {
 private slots:
     void init();
     void cleanup();
-    void noOptionsChosen();
     void jobDrivesThePage();
     void abortRestoresThePage();
     void sheetAnswers_data();
@@ -98,20 +97,6 @@ void TestMaintenanceController::cleanup() {
     f.reset();
     delete sheets;
     sheets = nullptr;
-}
-
-void TestMaintenanceController::noOptionsChosen() {
-    f->makeVolume("HD", {"System/Library/Extensions"});
-    f->find<QComboBox>("DiskSelMain")->addItem("HD");
-    auto executor = std::make_shared<PageWatchingExecutor>();
-    auto *controller = new MaintenanceController(*f->delegate);
-    controller->setExecutor(executor);
-
-    f->find<QPushButton>("bMainButton")->click();
-    QTRY_COMPARE(sheets->texts, QStringList{"error: You haven't selected any options."});
-    QVERIFY(!controller->jobRunning());
-    QVERIFY(executor->commands.isEmpty());
-    QVERIFY(f->find<QPushButton>("bMainButton")->isEnabled());
 }
 
 void TestMaintenanceController::jobDrivesThePage() {
