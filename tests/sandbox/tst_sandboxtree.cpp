@@ -16,10 +16,7 @@ class TestSandboxTree : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase();
-    void volumesOfferedByTheWindow();
-    void startedSystemIsTheRoot();
-    void systemVersions_data();
-    void systemVersions();
+    void volumesAndVersions();
     void kextFolders_data();
     void kextFolders();
     void kextBundles_data();
@@ -36,55 +33,28 @@ void TestSandboxTree::initTestCase() {
     QVERIFY(m_sandbox.create());
 }
 
-void TestSandboxTree::volumesOfferedByTheWindow() {
+void TestSandboxTree::volumesAndVersions() {
     QStringList volumes = VolumeList::build(SystemPaths(m_sandbox.root()).volumesDir());
     volumes.sort();
     QCOMPARE(volumes, (QStringList{QStringLiteral("Lion Backup"), QStringLiteral("Macintosh HD")}));
-}
-
-void TestSandboxTree::startedSystemIsTheRoot() {
-    const QFileInfo link(m_sandbox.volume(QStringLiteral("Macintosh HD")));
-    QVERIFY(link.isSymLink());
-    // Relative, so the sandbox can be moved as a whole.
-    QCOMPARE(QString::fromStdString(std::filesystem::read_symlink(link.filePath().toStdString())),
+    // The started system is a relative link to the root, so the sandbox can be moved whole.
+    QCOMPARE(QString::fromStdString(std::filesystem::read_symlink(
+                 m_sandbox.volume(QStringLiteral("Macintosh HD")).toStdString())),
              QStringLiteral(".."));
-    QCOMPARE(QDir(m_sandbox.volume(QStringLiteral("Macintosh HD")) +
-                  QStringLiteral("/System/Library/Extensions"))
-                 .canonicalPath(),
-             QDir(m_sandbox.path(QStringLiteral("/System/Library/Extensions"))).canonicalPath());
-}
-
-void TestSandboxTree::systemVersions_data() {
-    QTest::addColumn<QString>("volume");
-    QTest::addColumn<QString>("version");
-    QTest::newRow("started system") << "Macintosh HD"
-                                    << "10.6.8";
-    QTest::newRow("Lion backup") << "Lion Backup"
-                                 << "10.7.4";
-}
-
-void TestSandboxTree::systemVersions() {
-    QFETCH(QString, volume);
-    QFETCH(QString, version);
-    const auto plist = PlistFile::readDictionary(
-        m_sandbox.volume(volume) +
-        QStringLiteral("/System/Library/CoreServices/SystemVersion.plist"));
-    QVERIFY(plist);
-    QCOMPARE(PlistFile::string(*plist, "ProductVersion").value_or(QString()), version);
+    const auto lion = PlistFile::readDictionary(m_sandbox.volume(
+        QStringLiteral("Lion Backup/System/Library/CoreServices/SystemVersion.plist")));
+    QVERIFY(lion);
+    QCOMPARE(PlistFile::string(*lion, "ProductVersion"), std::optional(QStringLiteral("10.7.4")));
 }
 
 void TestSandboxTree::kextFolders_data() {
     QTest::addColumn<QString>("path");
     QTest::addColumn<bool>("exists");
-    QTest::newRow("Extra Extensions") << "Macintosh HD/Extra/Extensions" << true;
-    QTest::newRow("Extra mkext") << "Macintosh HD/Extra/Extensions.mkext" << true;
     QTest::newRow("version folder") << "Macintosh HD/Extra/10.6/Extensions" << true;
     QTest::newRow("no KextStore on the system") << "Macintosh HD/Extra/KextStore" << false;
     QTest::newRow("Lion KextStore") << "Lion Backup/Extra/KextStore" << true;
     QTest::newRow("Lion has no Extra Extensions") << "Lion Backup/Extra/Extensions" << false;
-    QTest::newRow("Lion has no Extra mkext") << "Lion Backup/Extra/Extensions.mkext" << false;
     QTest::newRow("Data has no Extra") << "Data/Extra" << false;
-    QTest::newRow("Data has no system") << "Data/System/Library" << false;
 }
 
 void TestSandboxTree::kextFolders() {
@@ -99,21 +69,10 @@ void TestSandboxTree::kextBundles_data() {
     QTest::addColumn<QString>("executable"); // relative to the bundle; empty when codeless
     QTest::addColumn<QString>("description");
     const QString sle = QStringLiteral("/System/Library/Extensions/");
-    QTest::newRow("fat x86_64 and i386")
-        << sle + "SandboxAHCIPort.kext"
-        << "com.sandboxmac.driver.AHCIPort"
-        << "Contents/MacOS/SandboxAHCIPort"
-        << "Mach-O universal binary with 2 architectures\n"
-           "%1 (for architecture x86_64):\tMach-O 64-bit kext bundle x86_64\n"
-           "%1 (for architecture i386):\tMach-O object i386\n";
     QTest::newRow("thin i386 object") << sle + "SandboxEthernet.kext"
                                       << "com.sandboxmac.driver.Ethernet"
                                       << "Contents/MacOS/SandboxEthernet"
                                       << "Mach-O object i386\n";
-    QTest::newRow("thin x86_64") << sle + "SandboxFramebuffer.kext"
-                                 << "com.sandboxmac.driver.Framebuffer"
-                                 << "Contents/MacOS/SandboxFramebuffer"
-                                 << "Mach-O 64-bit kext bundle x86_64\n";
     QTest::newRow("thin ppc object") << sle + "SandboxLegacyVideo.kext"
                                      << "com.sandboxmac.driver.LegacyVideo"
                                      << "Contents/MacOS/SandboxLegacyVideo"
@@ -126,13 +85,6 @@ void TestSandboxTree::kextBundles_data() {
                                       << "com.sandboxmac.kpi.libkern"
                                       << ""
                                       << "";
-    QTest::newRow("third-party plug-in in Extra")
-        << "/Extra/Extensions/ExampleSensors.kext/Contents/PlugIns/ExampleCPUTemp.kext"
-        << "org.example.driver.CPUTemp"
-        << "Contents/MacOS/ExampleCPUTemp"
-        << "Mach-O universal binary with 2 architectures\n"
-           "%1 (for architecture x86_64):\tMach-O 64-bit kext bundle x86_64\n"
-           "%1 (for architecture i386):\tMach-O object i386\n";
 }
 
 void TestSandboxTree::kextBundles() {
@@ -150,9 +102,7 @@ void TestSandboxTree::kextBundles() {
         return;
     }
     QCOMPARE(info->executablePath, path + QLatin1Char('/') + executable);
-    QCOMPARE(MachODescriber::describe(info->executablePath),
-             description.contains(QLatin1String("%1")) ? description.arg(info->executablePath)
-                                                       : description);
+    QCOMPARE(MachODescriber::describe(info->executablePath), description);
 }
 
 void TestSandboxTree::everyLibraryIsOnTheSameVolume() {

@@ -8,8 +8,8 @@
 #include <QRegularExpression>
 #include <unistd.h>
 
-// Every stand-in run as a real process through its script: Apple's output formats, the
-// effects on the sandbox, and the line it leaves in the command log.
+// The stand-ins as real processes, where the end-to-end tasks do not reach: Apple's column
+// layout, the tools' error texts, library bookkeeping, and hostile names in the host tools.
 class TestStandIns : public QObject {
     Q_OBJECT
 private slots:
@@ -18,27 +18,22 @@ private slots:
     void kextstatLayout();
     void loadAndUnload_data();
     void loadAndUnload();
-    void loadingPullsInLibraries();
-    void unloadGivesBackReferences();
+    void librariesAndReferences();
     void diskutilInfo_data();
     void diskutilInfo();
-    void repairPermissions();
-    void systemProfiler_data();
-    void systemProfiler();
     void fileDescriptions_data();
     void fileDescriptions();
     void kextlibs_data();
     void kextlibs();
     void hostToolsWithHostileNames();
     void chflagsRecordsBesideTheFolder();
-    void systemCachesAreSilent_data();
-    void systemCachesAreSilent();
-    void mkextRoundTrip();
+    void mkextunpackMissingArchitecture();
 
 private:
-    QStringList loadedIdentifiers() const;
+    const LoadedKext *loaded(const QString &identifier);
     QString writeKext(const QString &name, const QString &identifier, const QString &library);
     SandboxFixture m_sandbox;
+    QList<LoadedKext> m_loaded;
 };
 
 void TestStandIns::initTestCase() {
@@ -50,11 +45,9 @@ void TestStandIns::init() {
     m_sandbox.clearLog();
 }
 
-QStringList TestStandIns::loadedIdentifiers() const {
-    QStringList ids;
-    for (const LoadedKext &kext : LoadedKextState(m_sandbox.root()).read())
-        ids << kext.identifier;
-    return ids;
+const LoadedKext *TestStandIns::loaded(const QString &identifier) {
+    m_loaded = LoadedKextState(m_sandbox.root()).read();
+    return LoadedKextState::find(m_loaded, identifier);
 }
 
 // A kext of the test's own, in a folder with a hostile name outside the system folders.
@@ -74,25 +67,19 @@ QString TestStandIns::writeKext(const QString &name, const QString &identifier,
 
 void TestStandIns::kextstatLayout() {
     const SandboxFixture::Run run = m_sandbox.run(QStringLiteral("/usr/sbin/kextstat"), {});
-    QCOMPARE(run.status, 0);
     QVERIFY(run.out.endsWith('\n'));
     const QStringList lines =
         QString::fromUtf8(run.out).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     QCOMPARE(lines.first(), QStringLiteral("Index Refs Address            Size       Wired      "
                                            "Name (Version) <Linked Against>"));
-    QCOMPARE(lines.first().indexOf(QLatin1String("Name (Version)")), 52);
     static const QRegularExpression row(
         QStringLiteral("^ {0,4}\\d+ {1,4}\\d+ (0x[0-9a-f]+|0) +(0x[0-9a-f]+|0) +(0x[0-9a-f]+|0) +"
                        "\\S+ \\([^)]+\\)( <\\d+( \\d+)*>)?$"));
-    for (const QString &line : lines.mid(1)) {
-        QVERIFY2(row.match(line).hasMatch(), qPrintable(line));
-        QVERIFY2(line.at(51) == QLatin1Char(' ') && line.at(52) != QLatin1Char(' '),
+    // Every name starts in the header's column, where the row rule cuts.
+    for (const QString &line : lines.mid(1))
+        QVERIFY2(row.match(line).hasMatch() && line.at(51) == QLatin1Char(' ') &&
+                     line.at(52) != QLatin1Char(' '),
                  qPrintable(line));
-    }
-    QVERIFY(lines.contains(QStringLiteral(
-        "    1    0 0                  0          0          com.sandboxmac.kpi.bsd (10.8.0)")));
-    QCOMPARE(m_sandbox.logLines(),
-             QStringList{m_sandbox.logLine(QStringLiteral("/usr/sbin/kextstat"), {})});
 }
 
 void TestStandIns::loadAndUnload_data() {
@@ -103,15 +90,8 @@ void TestStandIns::loadAndUnload_data() {
     QTest::addColumn<bool>("loadedAfter");
     const QString tail =
         QStringLiteral("; check the system/kernel logs for errors or try kextutil(8).\n");
-    QTest::newRow("load a fat kext") << "/sbin/kextload"
-                                     << "/Extra/Extensions/ExampleDiskShim.kext"
-                                     << ""
-                                     << "org.example.driver.DiskShim" << true;
-    QTest::newRow("load an i386-only kext")
-        << "/sbin/kextload"
-        << "/Extra/Extensions/ExampleEthernet.kext"
-        << "%1 failed to load - (libkern/kext) not loadable (reason unspecified)" + tail
-        << "org.example.driver.Ethernet" << false;
+    const QString inUse = QStringLiteral(
+        "Failed to unload %1 - (libkern/kext) kext is in use or retained (cannot unload).\n");
     QTest::newRow("load a ppc kext")
         << "/sbin/kextload"
         << "/System/Library/Extensions/SandboxLegacyVideo.kext"
@@ -129,23 +109,14 @@ void TestStandIns::loadAndUnload_data() {
                                              << "/System/Library/Extensions/SandboxRTC.kext"
                                              << ""
                                              << "com.sandboxmac.driver.RTC" << true;
-    QTest::newRow("unload a leaf")
-        << "/sbin/kextunload"
-        << "/Extra/Extensions/ExampleSensors.kext/Contents/PlugIns/ExampleCPUTemp.kext"
-        << ""
-        << "org.example.driver.CPUTemp" << false;
     QTest::newRow("unload a family in use")
         << "/sbin/kextunload"
         << "/System/Library/Extensions/SandboxUSBFamily.kext"
-        << "Failed to unload com.sandboxmac.iokit.USBFamily - (libkern/kext) kext is in use or "
-           "retained (cannot unload).\n"
-        << "com.sandboxmac.iokit.USBFamily" << true;
+        << inUse.arg("com.sandboxmac.iokit.USBFamily") << "com.sandboxmac.iokit.USBFamily" << true;
     QTest::newRow("unload a kernel interface")
         << "/sbin/kextunload"
         << "/System/Library/Extensions/KernelInterfaces.kext/Contents/PlugIns/BSD.kext"
-        << "Failed to unload com.sandboxmac.kpi.bsd - (libkern/kext) kext is in use or "
-           "retained (cannot unload).\n"
-        << "com.sandboxmac.kpi.bsd" << true;
+        << inUse.arg("com.sandboxmac.kpi.bsd") << "com.sandboxmac.kpi.bsd" << true;
     QTest::newRow("unload one not loaded")
         << "/sbin/kextunload"
         << "/System/Library/Extensions/SandboxFireWireFamily.kext"
@@ -170,68 +141,42 @@ void TestStandIns::loadAndUnload() {
     QCOMPARE(run.out, QByteArray());
     QCOMPARE(run.status, error.isEmpty() ? 0 : 1);
     if (!identifier.isEmpty())
-        QCOMPARE(loadedIdentifiers().contains(identifier), loadedAfter);
+        QCOMPARE(loaded(identifier) != nullptr, loadedAfter);
     QCOMPARE(m_sandbox.logLines(), QStringList{m_sandbox.logLine(tool, {path})});
 }
 
-void TestStandIns::loadingPullsInLibraries() {
-    const QString bundle =
-        writeKext(QStringLiteral("Needs FireWire"), QStringLiteral("org.test.NeedsFireWire"),
-                  QStringLiteral("com.sandboxmac.iokit.FireWireFamily"));
+void TestStandIns::librariesAndReferences() {
+    const QString family = QStringLiteral("com.sandboxmac.iokit.FireWireFamily");
+    const QString bundle = writeKext(QStringLiteral("Needs FireWire"),
+                                     QStringLiteral("org.test.NeedsFireWire"), family);
     QCOMPARE(m_sandbox.run(QStringLiteral("/sbin/kextload"), {bundle}).err, QByteArray());
-    const QList<LoadedKext> kexts = LoadedKextState(m_sandbox.root()).read();
-    const LoadedKext *family =
-        LoadedKextState::find(kexts, QStringLiteral("com.sandboxmac.iokit.FireWireFamily"));
-    const LoadedKext *kext = LoadedKextState::find(kexts, QStringLiteral("org.test.NeedsFireWire"));
-    QVERIFY(family && kext);
-    QCOMPARE(family->refs, 1);
-    QCOMPARE(kext->links, QList<int>{family->index});
-    QCOMPARE(kext->index, family->index + 1);
+    QVERIFY(loaded(family));
+    const int familyIndex = loaded(family)->index;
+    QCOMPARE(loaded(family)->refs, 1);
+    const LoadedKext *kext = loaded(QStringLiteral("org.test.NeedsFireWire"));
+    QVERIFY(kext);
+    QCOMPARE(kext->links, QList<int>{familyIndex});
+    QCOMPARE(kext->index, familyIndex + 1);
+    // Unloading gives the reference back.
+    QCOMPARE(m_sandbox.run(QStringLiteral("/sbin/kextunload"), {bundle}).status, 0);
+    QCOMPARE(loaded(family)->refs, 0);
 
     const QString orphan = writeKext(QStringLiteral("Orphan"), QStringLiteral("org.test.Orphan"),
                                      QStringLiteral("org.test.NoSuchLibrary"));
-    const SandboxFixture::Run run = m_sandbox.run(QStringLiteral("/sbin/kextload"), {orphan});
-    QCOMPARE(QString::fromUtf8(run.err),
+    QCOMPARE(QString::fromUtf8(m_sandbox.run(QStringLiteral("/sbin/kextload"), {orphan}).err),
              orphan +
                  QStringLiteral(" failed to load - (libkern/kext) dependency resolution failure; "
                                 "check the system/kernel logs for errors or try kextutil(8).\n"));
-    QVERIFY(!loadedIdentifiers().contains(QStringLiteral("org.test.Orphan")));
-}
-
-void TestStandIns::unloadGivesBackReferences() {
-    auto refs = [this] {
-        const QList<LoadedKext> kexts = LoadedKextState(m_sandbox.root()).read();
-        return LoadedKextState::find(kexts, QStringLiteral("com.sandboxmac.iokit.AudioFamily"))
-            ->refs;
-    };
-    const int before = refs();
-    QCOMPARE(m_sandbox
-                 .run(QStringLiteral("/sbin/kextunload"),
-                      {m_sandbox.path(QStringLiteral("/Extra/Extensions/ExampleAudioPatch.kext"))})
-                 .status,
-             0);
-    QCOMPARE(refs(), before - 1);
-    QCOMPARE(m_sandbox
-                 .run(QStringLiteral("/sbin/kextload"),
-                      {m_sandbox.path(QStringLiteral("/Extra/Extensions/ExampleAudioPatch.kext"))})
-                 .status,
-             0);
-    QCOMPARE(refs(), before);
+    QVERIFY(!loaded(QStringLiteral("org.test.Orphan")));
 }
 
 void TestStandIns::diskutilInfo_data() {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("mountPoint"); // empty: diskutil knows no such disk
-    QTest::newRow("started system") << "/Volumes/Macintosh HD"
-                                    << "/";
-    QTest::newRow("started system, trailing slash") << "/Volumes/Macintosh HD/"
-                                                    << "/";
     QTest::newRow("the root itself") << ""
                                      << "/";
     QTest::newRow("Lion backup") << "/Volumes/Lion Backup"
                                  << "/Volumes/Lion Backup";
-    QTest::newRow("data volume") << "/Volumes/Data"
-                                 << "/Volumes/Data";
     QTest::newRow("a folder inside a volume") << "/Volumes/Data/Documents"
                                               << "";
     QTest::newRow("missing volume") << "/Volumes/Gone"
@@ -245,99 +190,20 @@ void TestStandIns::diskutilInfo() {
     const SandboxFixture::Run run = m_sandbox.run(QStringLiteral("/usr/sbin/diskutil"), args);
     const QString out = QString::fromUtf8(run.out);
     QCOMPARE(diskInfoIsStartedSystem(out), mountPoint == QLatin1String("/"));
+    QCOMPARE(run.status, mountPoint.isEmpty() ? 1 : 0);
     if (mountPoint.isEmpty()) {
         QCOMPARE(out, QString());
-        QCOMPARE(run.status, 1);
         QCOMPARE(QString::fromUtf8(run.err),
                  QStringLiteral("Could not find disk: %1\n").arg(args.last()));
     } else {
         QVERIFY(
             out.contains(QStringLiteral("\n   Mount Point:              ") + mountPoint + '\n'));
-        QCOMPARE(run.status, 0);
     }
-    QCOMPARE(m_sandbox.logLines(),
-             QStringList{m_sandbox.logLine(QStringLiteral("/usr/sbin/diskutil"), args)});
-}
-
-void TestStandIns::repairPermissions() {
-    const SandboxFixture::Run run = m_sandbox.run(
-        QStringLiteral("/usr/sbin/diskutil"),
-        {QStringLiteral("repairpermissions"), m_sandbox.volume(QStringLiteral("Lion Backup/"))});
-    const QStringList lines =
-        QString::fromUtf8(run.out).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    QCOMPARE(lines.first(),
-             QStringLiteral("Started verify/repair permissions on disk0s3 Lion Backup"));
-    QCOMPARE(lines.last(),
-             QStringLiteral("Finished verify/repair permissions on disk0s3 Lion Backup"));
-}
-
-void TestStandIns::systemProfiler_data() {
-    QTest::addColumn<QStringList>("args");
-    QTest::addColumn<QString>("heading");
-    QTest::addColumn<QStringList>("keys");
-    QTest::addColumn<QString>("firstValue");
-    QTest::newRow("software")
-        << QStringList{"SPSoftwareDataType"} << "Software:\n\n    System Software Overview:\n\n"
-        << QStringList{"System Version",        "Kernel Version",
-                       "Boot Volume",           "Boot Mode",
-                       "Computer Name",         "User Name",
-                       "Secure Virtual Memory", "64-bit Kernel and Extensions",
-                       "Time since boot"}
-        << "Mac OS X 10.6.8 (10K549)";
-    QTest::newRow("hardware, no personal identifiers")
-        << QStringList{"SPHardwareDataType", "-detailLevel", "mini"}
-        << "Hardware:\n\n    Hardware Overview:\n\n"
-        << QStringList{"Model Name",
-                       "Model Identifier",
-                       "Processor Name",
-                       "Processor Speed",
-                       "Number Of Processors",
-                       "Total Number Of Cores",
-                       "L2 Cache",
-                       "Memory",
-                       "Bus Speed",
-                       "Boot ROM Version",
-                       "SMC Version (system)"}
-        << "Mac Pro";
-}
-
-void TestStandIns::systemProfiler() {
-    QFETCH(QStringList, args);
-    QFETCH(QString, heading);
-    QFETCH(QStringList, keys);
-    QFETCH(QString, firstValue);
-    const QString out =
-        QString::fromUtf8(m_sandbox.run(QStringLiteral("/usr/sbin/system_profiler"), args).out);
-    QVERIFY2(out.startsWith(heading), qPrintable(out));
-    QVERIFY(out.endsWith(QLatin1String("\n\n")));
-    const QStringList lines = out.mid(heading.size()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    QStringList seen;
-    for (const QString &line : lines) {
-        QVERIFY2(line.startsWith(QLatin1String("      ")) && line.at(6) != QLatin1Char(' '),
-                 qPrintable(line));
-        seen << line.mid(6).section(QStringLiteral(": "), 0, 0);
-    }
-    QCOMPARE(seen, keys);
-    QCOMPARE(lines.first().section(QStringLiteral(": "), 1), firstValue);
 }
 
 void TestStandIns::fileDescriptions_data() {
     QTest::addColumn<QStringList>("args");
     QTest::addColumn<QString>("expected"); // %1: the sandbox root
-    const QString ahci = QStringLiteral(
-        "/System/Library/Extensions/SandboxAHCIPort.kext/Contents/MacOS/SandboxAHCIPort");
-    QTest::newRow("universal, path on the slice lines")
-        << QStringList{"-b", ahci}
-        << "Mach-O universal binary with 2 architectures\n"
-           "%1" +
-               ahci +
-               " (for architecture x86_64):\tMach-O 64-bit kext bundle x86_64\n"
-               "%1" +
-               ahci + " (for architecture i386):\tMach-O object i386\n";
-    QTest::newRow("ppc object") << QStringList{"-b",
-                                               "/System/Library/Extensions/SandboxLegacyVideo.kext/"
-                                               "Contents/MacOS/SandboxLegacyVideo"}
-                                << "Mach-O object ppc\n";
     QTest::newRow("not Mach-O") << QStringList{"-b",
                                                "/System/Library/CoreServices/SystemVersion.plist"}
                                 << "data\n";
@@ -354,10 +220,8 @@ void TestStandIns::fileDescriptions_data() {
 void TestStandIns::fileDescriptions() {
     QFETCH(QStringList, args);
     QFETCH(QString, expected);
-    QStringList full;
-    for (const QString &arg : args)
-        full << (arg.startsWith(QLatin1Char('/')) ? m_sandbox.path(arg) : arg);
-    QCOMPARE(QString::fromUtf8(m_sandbox.run(QStringLiteral("/usr/bin/file"), full).out),
+    args.last() = m_sandbox.path(args.last());
+    QCOMPARE(QString::fromUtf8(m_sandbox.run(QStringLiteral("/usr/bin/file"), args).out),
              expected.replace(QStringLiteral("%1"), m_sandbox.root()));
 }
 
@@ -431,76 +295,23 @@ void TestStandIns::chflagsRecordsBesideTheFolder() {
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), flag.toUtf8() + '\n');
     }
-    const SandboxFixture::Run missing =
-        m_sandbox.run(QStringLiteral("/usr/bin/chflags"),
-                      {QStringLiteral("hidden"), extra + QStringLiteral("/none")});
-    QCOMPARE(missing.status, 1);
+    QCOMPARE(m_sandbox
+                 .run(QStringLiteral("/usr/bin/chflags"),
+                      {QStringLiteral("hidden"), extra + QStringLiteral("/none")})
+                 .status,
+             1);
     QCOMPARE(m_sandbox.logLines().size(), 3);
 }
 
-void TestStandIns::systemCachesAreSilent_data() {
-    QTest::addColumn<QString>("option");
-    QTest::newRow("caches") << "-system-caches";
-    QTest::newRow("prelinked kernel") << "-system-prelinked-kernel";
-}
-
-void TestStandIns::systemCachesAreSilent() {
-    QFETCH(QString, option);
-    const SandboxFixture::Run run = m_sandbox.run(QStringLiteral("/usr/sbin/kextcache"), {option});
-    QCOMPARE(run.status, 0);
-    QCOMPARE(run.out + run.err, QByteArray());
+void TestStandIns::mkextunpackMissingArchitecture() {
+    const QString mkext = m_sandbox.path(QStringLiteral("/Extra/Extensions.mkext"));
+    const QStringList args{QStringLiteral("-a"), QStringLiteral("ppc"), QStringLiteral("-d"),
+                           m_sandbox.path(QStringLiteral("/tmp")), mkext};
+    const SandboxFixture::Run run = m_sandbox.run(QStringLiteral("/usr/sbin/mkextunpack"), args);
+    QCOMPARE(run.err, QByteArray("Architecture ppc not found in mkext.\n"));
+    QCOMPARE(run.status, 1);
     QCOMPARE(m_sandbox.logLines(),
-             QStringList{m_sandbox.logLine(QStringLiteral("/usr/sbin/kextcache"), {option})});
-}
-
-void TestStandIns::mkextRoundTrip() {
-    const QString mkext = m_sandbox.path(QStringLiteral("/tmp/out 'x'.mkext"));
-    QDir().mkpath(m_sandbox.path(QStringLiteral("/tmp")));
-    const QStringList build{QStringLiteral("-v"),
-                            QStringLiteral("1"),
-                            QStringLiteral("-a"),
-                            QStringLiteral("i386"),
-                            QStringLiteral("-a"),
-                            QStringLiteral("x86_64"),
-                            QStringLiteral("-m"),
-                            mkext,
-                            m_sandbox.path(QStringLiteral("/Extra/Extensions"))};
-    const SandboxFixture::Run built = m_sandbox.run(QStringLiteral("/usr/sbin/kextcache"), build);
-    QCOMPARE(QString::fromUtf8(built.err),
-             QStringLiteral("Created mkext archive %1.\n").arg(mkext));
-    QVERIFY(QFileInfo(mkext).size() > 0);
-
-    const SandboxFixture::Run listed =
-        m_sandbox.run(QStringLiteral("/usr/sbin/mkextunpack"), {QStringLiteral("-v"), mkext});
-    // Which slice the listing reads is the mkext code's business; the heading must count
-    // the lines that follow it.
-    const QStringList lines =
-        QString::fromUtf8(listed.out).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    QVERIFY(!lines.isEmpty());
-    QCOMPARE(lines.first(), QStringLiteral("Found %1 kexts:").arg(lines.size() - 1));
-    QVERIFY(listed.out.contains(" - org.example.driver.CPUTemp (3.4.1)\n"));
-
-    const QString folder = m_sandbox.path(QStringLiteral("/tmp/unpacked Ü"));
-    QDir().mkpath(folder);
-    const QStringList unpack{QStringLiteral("-a"), QStringLiteral("x86_64"), QStringLiteral("-d"),
-                             folder, mkext};
-    const SandboxFixture::Run unpacked =
-        m_sandbox.run(QStringLiteral("/usr/sbin/mkextunpack"), unpack);
-    QCOMPARE(unpacked.err, QByteArray());
-    QVERIFY(QFileInfo::exists(folder + QStringLiteral("/ExampleSensors.kext/Contents/Info.plist")));
-
-    const SandboxFixture::Run ppc = m_sandbox.run(
-        QStringLiteral("/usr/sbin/mkextunpack"),
-        {QStringLiteral("-a"), QStringLiteral("ppc"), QStringLiteral("-d"), folder, mkext});
-    QCOMPARE(ppc.err, QByteArray("Architecture ppc not found in mkext.\n"));
-    QCOMPARE(m_sandbox.logLines(),
-             (QStringList{m_sandbox.logLine(QStringLiteral("/usr/sbin/kextcache"), build),
-                          m_sandbox.logLine(QStringLiteral("/usr/sbin/mkextunpack"),
-                                            {QStringLiteral("-v"), mkext}),
-                          m_sandbox.logLine(QStringLiteral("/usr/sbin/mkextunpack"), unpack),
-                          m_sandbox.logLine(QStringLiteral("/usr/sbin/mkextunpack"),
-                                            {QStringLiteral("-a"), QStringLiteral("ppc"),
-                                             QStringLiteral("-d"), folder, mkext})}));
+             QStringList{m_sandbox.logLine(QStringLiteral("/usr/sbin/mkextunpack"), args)});
 }
 
 QTEST_GUILESS_MAIN(TestStandIns)
