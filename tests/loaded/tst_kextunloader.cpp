@@ -68,14 +68,11 @@ void TestKextUnloader::steps_data() {
     QTest::newRow("unload, no path") << false << "" << skipped << "" << QStringList();
     QTest::newRow("unload, nothing there")
         << false << "Gone.kext" << skipped << "" << QStringList();
-    QTest::newRow("unload") << false << "Fine.kext" << done << ""
-                            << QStringList{"kextunload [@/Fine.kext]"};
     QTest::newRow("unload fails") << false << "UNLOADFAILS.kext" << failed << busy
                                   << QStringList{"kextunload [@/UNLOADFAILS.kext]"};
     QTest::newRow("unload, apostrophe and non-ASCII")
         << false << QStringLiteral("Jörg's Kext.kext") << done << ""
         << QStringList{QStringLiteral("kextunload [@/Jörg's Kext.kext]")};
-    QTest::newRow("reload, no path") << true << "" << skipped << "" << QStringList();
     QTest::newRow("reload") << true << "Fine.kext" << done << ""
                             << QStringList{"kextunload [@/Fine.kext]", "kextload [@/Fine.kext]"};
     QTest::newRow("reload, unload fails: no load")
