@@ -256,21 +256,6 @@ private slots:
                      infoXml(m_sample.folder + "/" + name + ".kext/Contents/Info.plist"));
     }
 
-    void unpackingTwiceNumbersTheDuplicates() {
-        const QString target = path(QStringLiteral("Twice"));
-        QDir().mkpath(target);
-        QVERIFY(writeFile(target + QStringLiteral("/NoCode-1.kext"), "in the way"));
-        for (int run = 0; run < 2; ++run)
-            QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("i386"), target, m_builtPath).err,
-                     QString());
-        const QStringList top =
-            QDir(target).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
-        QCOMPARE(top,
-                 (QStringList{"A Kext-1.kext", "A Kext.kext", "NoCode-1.kext", "NoCode-2.kext",
-                              "NoCode.kext", "Ünïcode Drïver's-1.kext", "Ünïcode Drïver's.kext"}));
-        QCOMPARE(readFile(target + QStringLiteral("/NoCode-1.kext")), QByteArray("in the way"));
-    }
-
     void buildReportsOmittedKextsAndEmptyArchitectures() {
         const QString folder = path(QStringLiteral("Mixed"));
         writeKext(folder, QStringLiteral("Good"), QStringLiteral("com.example.good"),
@@ -368,8 +353,6 @@ private slots:
             keepForCorpus(QStringLiteral("broken-") + safeName(QString::fromLatin1(name)), bytes);
         };
         row("empty file", QByteArray(), "x86_64", badMagic, badMagic);
-        row("not an archive", QByteArray("just some text that is long enough to read"), "x86_64",
-            badMagic, badMagic);
         QByteArray magic = thin;
         magic[0] = 'm';
         row("wrong magic", magic, "x86_64", badMagic, badMagic);
@@ -381,8 +364,6 @@ private slots:
         row("truncated", thin.left(thin.size() - 10), "x86_64",
             lengths.arg(thin.size()).arg(thin.size() - 10),
             lengths.arg(thin.size()).arg(thin.size() - 10));
-        row("trailing bytes", thin + "xyz", "x86_64", lengths.arg(thin.size()).arg(thin.size() + 3),
-            lengths.arg(thin.size()).arg(thin.size() + 3));
         QByteArray flipped = thin;
         flipped[100] = char(flipped[100] ^ 0x40);
         const QString checksum = QStringLiteral("Mkext checksum error.\n");
@@ -463,15 +444,9 @@ private slots:
         QTest::newRow("absolute path") << "/tmp/evil.kext"
                                        << "../../../../tmp/x"
                                        << "evil.kext/Contents/MacOS/x";
-        QTest::newRow("dot dot only") << ".."
-                                      << "Named"
-                                      << "Named.kext/Contents/MacOS/Named";
         QTest::newRow("empty path and executable") << ""
                                                    << ""
                                                    << "hostile.kext/Contents/MacOS/hostile";
-        QTest::newRow("trailing slash") << "/x/Evil.kext/"
-                                        << ".."
-                                        << "hostile.kext/Contents/MacOS/hostile";
     }
     void hostileNamesStayInsideTheFolder() {
         QFETCH(QString, bundlePath);
@@ -502,18 +477,17 @@ private slots:
         QVERIFY(QFile::link(elsewhere, target + QStringLiteral("/evil.kext")));
         QVERIFY(QFile::link(outer.filePath(QStringLiteral("gone")),
                             target + QStringLiteral("/evil-1.kext")));
+        QVERIFY(writeFile(target + QStringLiteral("/evil-2.kext"), "in the way"));
         const QString file = outer.filePath(QStringLiteral("a.mkext"));
         QVERIFY(writeFile(file, archiveWithNames({{"/S/evil.kext", "evil"}})));
         QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("x86_64"), target, file).err, QString());
-        QVERIFY(QFile::exists(target + QStringLiteral("/evil-2.kext/Contents/MacOS/evil")));
+        QVERIFY(QFile::exists(target + QStringLiteral("/evil-3.kext/Contents/MacOS/evil")));
+        QCOMPARE(readFile(target + QStringLiteral("/evil-2.kext")), QByteArray("in the way"));
         QCOMPARE(tree(elsewhere), QStringList());
         QVERIFY(!QFile::exists(outer.filePath(QStringLiteral("gone"))));
     }
 
-    void unreadableInputsAreReported() {
-        const QString missing = path(QStringLiteral("missing.mkext"));
-        QCOMPARE(MkextBuiltinTool::list(missing).err,
-                 QStringLiteral("Can't open file %1.\n").arg(missing));
+    void unpackIntoAMissingFolder() {
         const QString nowhere = path(QStringLiteral("no folder"));
         QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("x86_64"), nowhere, m_builtPath).err,
                  QStringLiteral("Directory %1 doesn't exist.\n").arg(nowhere));

@@ -1,10 +1,12 @@
+#include "MkextTestKexts.h"
 #include "mkext/IOKitPlist.h"
 #include "mkext/Lzss.h"
 #include "mkext/ZlibCodec.h"
 
-#include <QRandomGenerator>
 #include <QTest>
 #include <cstdlib>
+
+using MkextTestKexts::randomBytes;
 
 namespace {
 
@@ -15,14 +17,6 @@ QByteArray xmlOf(plist_t node) {
     QByteArray text(xml, qsizetype(length));
     free(xml);
     return text;
-}
-
-QByteArray randomBytes(qsizetype size, quint32 seed) {
-    QRandomGenerator generator(seed);
-    QByteArray bytes(size, Qt::Uninitialized);
-    for (char &c : bytes)
-        c = char(generator.bounded(256));
-    return bytes;
 }
 
 } // namespace

@@ -5,24 +5,20 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <unistd.h>
 
-// The stand-ins as real processes, where the end-to-end tasks do not reach: Apple's column
-// layout, the tools' error texts, library bookkeeping, and hostile names in the host tools.
+// The stand-ins as real processes, where the end-to-end tasks do not reach: the tools' error
+// texts, library bookkeeping, the volumes diskutil knows, and hostile names in the host tools.
 class TestStandIns : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase();
     void init();
-    void kextstatLayout();
     void loadAndUnload_data();
     void loadAndUnload();
     void librariesAndReferences();
     void diskutilInfo_data();
     void diskutilInfo();
-    void fileDescriptions_data();
-    void fileDescriptions();
     void kextlibs_data();
     void kextlibs();
     void hostToolsWithHostileNames();
@@ -63,23 +59,6 @@ QString TestStandIns::writeKext(const QString &name, const QString &identifier,
     dict.Set("OSBundleLibraries", libraries);
     PlistFile::writeDictionary(bundle + QStringLiteral("/Contents/Info.plist"), dict);
     return bundle;
-}
-
-void TestStandIns::kextstatLayout() {
-    const SandboxFixture::Run run = m_sandbox.run(QStringLiteral("/usr/sbin/kextstat"), {});
-    QVERIFY(run.out.endsWith('\n'));
-    const QStringList lines =
-        QString::fromUtf8(run.out).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    QCOMPARE(lines.first(), QStringLiteral("Index Refs Address            Size       Wired      "
-                                           "Name (Version) <Linked Against>"));
-    static const QRegularExpression row(
-        QStringLiteral("^ {0,4}\\d+ {1,4}\\d+ (0x[0-9a-f]+|0) +(0x[0-9a-f]+|0) +(0x[0-9a-f]+|0) +"
-                       "\\S+ \\([^)]+\\)( <\\d+( \\d+)*>)?$"));
-    // Every name starts in the header's column, where the row rule cuts.
-    for (const QString &line : lines.mid(1))
-        QVERIFY2(row.match(line).hasMatch() && line.at(51) == QLatin1Char(' ') &&
-                     line.at(52) != QLatin1Char(' '),
-                 qPrintable(line));
 }
 
 void TestStandIns::loadAndUnload_data() {
@@ -199,30 +178,6 @@ void TestStandIns::diskutilInfo() {
         QVERIFY(
             out.contains(QStringLiteral("\n   Mount Point:              ") + mountPoint + '\n'));
     }
-}
-
-void TestStandIns::fileDescriptions_data() {
-    QTest::addColumn<QStringList>("args");
-    QTest::addColumn<QString>("expected"); // %1: the sandbox root
-    QTest::newRow("not Mach-O") << QStringList{"-b",
-                                               "/System/Library/CoreServices/SystemVersion.plist"}
-                                << "data\n";
-    QTest::newRow("a folder") << QStringList{"-b", "/Extra"} << "directory\n";
-    QTest::newRow("missing") << QStringList{"-b", "/Extra/none"}
-                             << "cannot open `%1/Extra/none' (No such file or directory)\n";
-    QTest::newRow("without -b the path leads")
-        << QStringList{"/System/Library/Extensions/SandboxEthernet.kext/Contents/MacOS/"
-                       "SandboxEthernet"}
-        << "%1/System/Library/Extensions/SandboxEthernet.kext/Contents/MacOS/SandboxEthernet: "
-           "Mach-O object i386\n";
-}
-
-void TestStandIns::fileDescriptions() {
-    QFETCH(QStringList, args);
-    QFETCH(QString, expected);
-    args.last() = m_sandbox.path(args.last());
-    QCOMPARE(QString::fromUtf8(m_sandbox.run(QStringLiteral("/usr/bin/file"), args).out),
-             expected.replace(QStringLiteral("%1"), m_sandbox.root()));
 }
 
 void TestStandIns::kextlibs_data() {
