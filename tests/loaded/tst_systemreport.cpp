@@ -20,7 +20,6 @@ class TestSystemReport : public QObject {
     Q_OBJECT
 private slots:
     void wholeReport();
-    void bothExtraFoldersAbandon();
     void reportsKeepTheirOwnState();
     void unwritableFile();
     void threeHundredKexts();
@@ -123,20 +122,6 @@ void TestSystemReport::wholeReport() {
     // Both halves of the rows ran, each on its own labelled thread.
     QCOMPARE(sandbox.probes, 6);
     QCOMPARE(sandbox.probeThreads, (QSet<QString>{"LKGCD1", "LKGCD2"}));
-}
-
-void TestSystemReport::bothExtraFoldersAbandon() {
-    Sandbox sandbox;
-    sandbox.makeExtra(QStringLiteral("KextStore"));
-    const QString file = sandbox.dir.filePath(QStringLiteral("report.txt"));
-    QStringList messages;
-    const SystemReport::End end = waitFor(
-        SystemReport::start(sandbox.sources(), file,
-                            [&messages](const SystemReport::End &e) { messages << e.message; }));
-    QCOMPARE(end.outcome, SystemReport::Outcome::Abandoned);
-    QVERIFY(!end.written);
-    QCOMPARE(messages, QStringList{"Both Extra/Extensions and Extra/KextStore found."});
-    QVERIFY(!QFile::exists(file));
 }
 
 void TestSystemReport::reportsKeepTheirOwnState() {
