@@ -8,11 +8,8 @@
 class TestOptionGroups : public QObject {
     Q_OBJECT
 private slots:
-    void childClicks_data();
-    void childClicks();
-    void parentClicks_data();
-    void parentClicks();
-    void mixedParentClickedTwice();
+    void clicks_data();
+    void clicks();
     void parentClearedWhileMixed();
     void disabledChildStep_data();
     void disabledChildStep();
@@ -34,103 +31,60 @@ Group group(const WindowFixture &f, const QString &name) {
 
 } // namespace
 
-void TestOptionGroups::childClicks_data() {
+void TestOptionGroups::clicks_data() {
     QTest::addColumn<QString>("groupName");
-    QTest::addColumn<bool>("firstOn");
-    QTest::addColumn<bool>("secondOn");
-    QTest::addColumn<bool>("clickFirst");
-    QTest::addColumn<int>("parentState");
-    QTest::addColumn<bool>("parentTristate");
+    QTest::addColumn<QString>("clicks"); // from all off: 1 and 2 the children, P the parent
+    QTest::addColumn<QString>("states"); // first, second, parent
 
     for (const char *g : {"Extra", "SLE"}) {
         const QString name = QLatin1String(g);
         auto row = [&](const char *what) -> QTestData & {
             return QTest::addRow("%s: %s", g, what);
         };
-        row("first on, other off -> mixed")
-            << name << false << false << true << int(Qt::PartiallyChecked) << true;
-        row("second on, other off -> mixed")
-            << name << false << false << false << int(Qt::PartiallyChecked) << true;
-        row("both on -> on") << name << false << true << true << int(Qt::Checked) << false;
-        row("first off again -> mixed")
-            << name << true << true << true << int(Qt::PartiallyChecked) << true;
-        row("both off -> off") << name << true << false << true << int(Qt::Unchecked) << false;
-        row("second completes -> on")
-            << name << true << false << false << int(Qt::Checked) << false;
+        row("first on -> mixed") << name << "1"
+                                 << "on off mixed";
+        row("second on -> mixed") << name << "2"
+                                  << "off on mixed";
+        row("both on -> on") << name << "21"
+                             << "on on on";
+        row("second completes -> on") << name << "12"
+                                      << "on on on";
+        row("first off again -> mixed") << name << "121"
+                                        << "off on mixed";
+        row("both off -> off") << name << "11"
+                               << "off off off";
+        row("off parent turns both on") << name << "P"
+                                        << "on on on";
+        row("on parent turns both off") << name << "12P"
+                                        << "off off off";
+        row("mixed parent turns both on") << name << "1P"
+                                          << "on on on";
+        row("mixed parent (second on) turns both on") << name << "2P"
+                                                      << "on on on";
+        // Once the mixed state is no longer allowed, the next click goes to off, not mixed.
+        row("mixed parent clicked twice") << name << "2PP"
+                                          << "off off off";
     }
 }
 
-void TestOptionGroups::childClicks() {
+void TestOptionGroups::clicks() {
     QFETCH(QString, groupName);
-    QFETCH(bool, firstOn);
-    QFETCH(bool, secondOn);
-    QFETCH(bool, clickFirst);
-    QFETCH(int, parentState);
-    QFETCH(bool, parentTristate);
+    QFETCH(QString, clicks);
+    QFETCH(QString, states);
 
     WindowFixture f;
     const Group g = group(f, groupName);
-    g.first->setChecked(firstOn);
-    g.second->setChecked(secondOn);
-    (clickFirst ? g.first : g.second)->click();
+    for (const QChar click : clicks)
+        (click == '1' ? g.first : click == '2' ? g.second : g.parent)->click();
 
-    QCOMPARE(int(g.parent->checkState()), parentState);
-    QCOMPARE(g.parent->isTristate(), parentTristate);
-}
-
-void TestOptionGroups::parentClicks_data() {
-    QTest::addColumn<QString>("groupName");
-    QTest::addColumn<bool>("firstOn");
-    QTest::addColumn<bool>("secondOn");
-    QTest::addColumn<int>("childState");
-
-    for (const char *g : {"Extra", "SLE"}) {
-        const QString name = QLatin1String(g);
-        // The parent's state comes from its children, as the user left them.
-        QTest::addRow("%s: off parent turns both on", g)
-            << name << false << false << int(Qt::Checked);
-        QTest::addRow("%s: on parent turns both off", g)
-            << name << true << true << int(Qt::Unchecked);
-        QTest::addRow("%s: mixed parent turns both on", g)
-            << name << true << false << int(Qt::Checked);
-        QTest::addRow("%s: mixed parent (second on) turns both on", g)
-            << name << false << true << int(Qt::Checked);
-    }
-}
-
-void TestOptionGroups::parentClicks() {
-    QFETCH(QString, groupName);
-    QFETCH(bool, firstOn);
-    QFETCH(bool, secondOn);
-    QFETCH(int, childState);
-
-    WindowFixture f;
-    const Group g = group(f, groupName);
-    // Reach the starting state through the children, as a user would.
-    if (firstOn)
-        g.first->click();
-    if (secondOn)
-        g.second->click();
-    g.parent->click();
-
-    QCOMPARE(int(g.first->checkState()), childState);
-    QCOMPARE(int(g.second->checkState()), childState);
-    QCOMPARE(int(g.parent->checkState()), childState);
-    QVERIFY(!g.parent->isTristate());
-}
-
-void TestOptionGroups::mixedParentClickedTwice() {
-    WindowFixture f;
-    const Group g = group(f, QStringLiteral("Extra"));
-    g.second->click();
-    QCOMPARE(g.parent->checkState(), Qt::PartiallyChecked);
-    g.parent->click();
-    QCOMPARE(g.parent->checkState(), Qt::Checked);
-    // Once the mixed state is no longer allowed, the next click goes to off, not mixed.
-    g.parent->click();
-    QCOMPARE(g.parent->checkState(), Qt::Unchecked);
-    QCOMPARE(g.first->checkState(), Qt::Unchecked);
-    QCOMPARE(g.second->checkState(), Qt::Unchecked);
+    auto name = [](const QCheckBox *box) {
+        const Qt::CheckState state = box->checkState();
+        return QLatin1String(state == Qt::Checked     ? "on"
+                             : state == Qt::Unchecked ? "off"
+                                                      : "mixed");
+    };
+    QCOMPARE(QStringList({name(g.first), name(g.second), name(g.parent)}).join(' '), states);
+    QCOMPARE(g.parent->isTristate(), g.parent->checkState() == Qt::PartiallyChecked);
 }
 
 void TestOptionGroups::parentClearedWhileMixed() {

@@ -13,14 +13,11 @@ class TestVolumeSelectors : public QObject {
 private slots:
     void tables_data();
     void tables();
-    void installationChoiceMovesMaintenancePopup();
-    void maintenanceChoiceEnablesInstallationPopup();
+    void popupsFollowEachOther();
     void versionMenuFollowsChosenVolume();
-    void reevaluationLeavesVersionMenuAlone();
     void checkVer_data();
     void checkVer();
     void selectorKeepsChosenVersion();
-    void noVolumes();
     void destinationActions();
 };
 
@@ -78,6 +75,7 @@ void TestVolumeSelectors::tables_data() {
         << QStringList{"Extra/10.5/Extensions"} << "10.6" << false << false << "none";
     QTest::newRow("empty Extra folder, no S/L/E")
         << QStringList{"Extra", "System/Library"} << "" << false << false << "none";
+    QTest::newRow("no volume at all") << QStringList{} << "" << false << false << "none";
 }
 
 void TestVolumeSelectors::tables() {
@@ -88,15 +86,18 @@ void TestVolumeSelectors::tables() {
     QFETCH(QString, destination);
 
     WindowFixture f;
-    f.makeVolume(QStringLiteral("Mac HD"), folders);
-    addVolumes(f, {QStringLiteral("Mac HD")});
+    const QString title = folders.isEmpty() ? QString() : QStringLiteral("Mac HD");
+    if (!title.isEmpty()) {
+        f.makeVolume(title, folders);
+        addVolumes(f, {title});
+    }
     f.delegate->ExtraVer = extraVer;
     tickAllOptions(f);
     f.find<QRadioButton>("inDesktop")->setChecked(true);
 
     f.delegate->DiskSelectorMaintenance(f.find<QComboBox>("DiskSelMain"));
 
-    QCOMPARE(f.delegate->rp, f.paths.volumesDir() + QStringLiteral("/Mac HD"));
+    QCOMPARE(f.delegate->rp, f.paths.volumesDir() + QLatin1Char('/') + title);
     for (const char *name : sleControls)
         QVERIFY2(f.find<QWidget>(name)->isEnabled() == sleUsable, name);
     for (const char *name : extraControls)
@@ -111,41 +112,34 @@ void TestVolumeSelectors::tables() {
     QCOMPARE(::destination(f), destination);
 }
 
-void TestVolumeSelectors::installationChoiceMovesMaintenancePopup() {
+// Each popup moves the other; a running maintenance keeps its popup disabled, while the
+// desktop destination's disabling ends with a choice on the maintenance page.
+void TestVolumeSelectors::popupsFollowEachOther() {
     WindowFixture f;
     f.makeVolume(QStringLiteral("One"), {"System/Library/Extensions"});
     f.makeVolume(QStringLiteral("Two's disk"), {"Extra/Extensions"});
     addVolumes(f, {QStringLiteral("One"), QStringLiteral("Two's disk")});
     auto *main = f.find<QComboBox>("DiskSelMain");
     auto *inst = f.find<QComboBox>("DiskSelInst");
-    main->setEnabled(false); // as a running maintenance leaves it
-
+    main->setEnabled(false);
     inst->setCurrentIndex(1);
     emit inst->activated(1);
-
     QCOMPARE(main->currentText(), QStringLiteral("Two's disk"));
     QVERIFY(!main->isEnabled());
     QCOMPARE(f.delegate->rp, f.paths.volumesDir() + QStringLiteral("/Two's disk"));
     QCOMPARE(::destination(f), QStringLiteral("inExtra"));
-}
 
-void TestVolumeSelectors::maintenanceChoiceEnablesInstallationPopup() {
-    WindowFixture f;
-    f.makeVolume(QStringLiteral("One"), {"System/Library/Extensions"});
-    f.makeVolume(QStringLiteral("Zwei Ü"), {"System/Library/Extensions"});
-    addVolumes(f, {QStringLiteral("One"), QStringLiteral("Zwei Ü")});
-    auto *main = f.find<QComboBox>("DiskSelMain");
-    auto *inst = f.find<QComboBox>("DiskSelInst");
-    inst->setEnabled(false); // the desktop destination disables it
-
-    main->setCurrentIndex(1);
-    emit main->activated(1);
-
-    QCOMPARE(inst->currentText(), QStringLiteral("Zwei Ü"));
+    main->setEnabled(true);
+    inst->setEnabled(false);
+    main->setCurrentIndex(0);
+    emit main->activated(0);
+    QCOMPARE(inst->currentText(), QStringLiteral("One"));
     QVERIFY(inst->isEnabled());
     QCOMPARE(::destination(f), QStringLiteral("inSLE"));
 }
 
+// The version menu shows the chosen volume's version folders, whichever popup chose it;
+// re-evaluating without a popup (after a task) leaves it alone.
 void TestVolumeSelectors::versionMenuFollowsChosenVolume() {
     WindowFixture f;
     f.makeVolume(QStringLiteral("HD"), {"Extra/10.5", "Extra/10.7/Extensions"});
@@ -156,25 +150,17 @@ void TestVolumeSelectors::versionMenuFollowsChosenVolume() {
     f.find<QAction>("MI_VerIndpd")->setChecked(false);
 
     f.delegate->DiskSelectorMaintenance(main);
-    QCOMPARE(versionItemsVisible(f), (QList<bool>{false, true, false, true, true}));
+    const QList<bool> hd{false, true, false, true, true};
+    QCOMPARE(versionItemsVisible(f), hd);
     QVERIFY(f.find<QAction>("MI_VerIndpd")->isChecked());
     QVERIFY(!f.find<QAction>("MI_Ver105")->isChecked());
 
-    main->setCurrentIndex(1);
-    f.delegate->DiskSelectorMaintenance(main);
-    QCOMPARE(versionItemsVisible(f), (QList<bool>{false, false, false, false, false}));
-}
-
-void TestVolumeSelectors::reevaluationLeavesVersionMenuAlone() {
-    WindowFixture f;
-    f.makeVolume(QStringLiteral("HD"), {"Extra/10.4/Extensions"});
-    addVolumes(f, {QStringLiteral("HD")});
-    const QList<bool> before = versionItemsVisible(f);
     f.delegate->DiskSelectorMaintenance(nullptr);
+    f.find<QComboBox>("DiskSelInst")->setCurrentIndex(1);
     f.delegate->DiskSelectorInstallation(nullptr);
-    QCOMPARE(versionItemsVisible(f), before);
+    QCOMPARE(versionItemsVisible(f), hd);
     f.delegate->DiskSelectorInstallation(f.find<QComboBox>("DiskSelInst"));
-    QCOMPARE(versionItemsVisible(f), (QList<bool>{true, false, false, false, true}));
+    QCOMPARE(versionItemsVisible(f), (QList<bool>{false, false, false, false, false}));
 }
 
 void TestVolumeSelectors::checkVer_data() {
@@ -227,16 +213,6 @@ void TestVolumeSelectors::selectorKeepsChosenVersion() {
     QCOMPARE(f.delegate->ExtraVer, QStringLiteral("10.6"));
     QVERIFY(f.find<QAction>("MI_VerIndpd")->isChecked());
     QVERIFY(!f.find<QCheckBox>("cbERP")->isEnabled());
-}
-
-void TestVolumeSelectors::noVolumes() {
-    WindowFixture f;
-    f.delegate->DiskSelectorMaintenance(nullptr);
-    QCOMPARE(f.delegate->rp, f.paths.volumesDir() + QLatin1Char('/'));
-    for (const char *name :
-         {"cbExtra", "cbERP", "cbERM", "cbSLE", "cbSLERP", "cbSLERC", "inExtra", "inSLE"})
-        QVERIFY2(!f.find<QWidget>(name)->isEnabled(), name);
-    QCOMPARE(::destination(f), QStringLiteral("none"));
 }
 
 void TestVolumeSelectors::destinationActions() {

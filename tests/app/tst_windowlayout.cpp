@@ -1,22 +1,18 @@
 #include "WindowFixture.h"
 
 #include <QAbstractButton>
-#include <QAction>
 #include <QComboBox>
 #include <QLabel>
 #include <QTabWidget>
 #include <QTest>
 
-// The window's layout at its start size: every page's texts fit, and the toolbar items
-// carry images. Set KK_SCREENSHOT_DIR to also write one PNG per page.
+// The window's layout at its start size and a larger one: every page's texts fit. Set
+// KK_SCREENSHOT_DIR to also write one PNG per page.
 class TestWindowLayout : public QObject {
     Q_OBJECT
 private slots:
     void textsFit_data();
     void textsFit();
-    void toolbarItemsHaveIcons();
-    void everyPageControlExists_data();
-    void everyPageControlExists();
 };
 
 void TestWindowLayout::textsFit_data() {
@@ -63,58 +59,6 @@ void TestWindowLayout::textsFit() {
                                   .arg(page)
                                   .arg(size.width())
                                   .arg(size.height()));
-}
-
-void TestWindowLayout::toolbarItemsHaveIcons() {
-    WindowFixture f;
-    f.delegate->applicationDidFinishLaunching();
-    for (int page = 0; page < 5; ++page) {
-        QAction *item = f.window->action(MainWindow::toolbarIdentifier(page));
-        QVERIFY(item);
-        QVERIFY(!item->icon().isNull());
-        QVERIFY(item->isCheckable());
-    }
-}
-
-void TestWindowLayout::everyPageControlExists_data() {
-    QTest::addColumn<QString>("name");
-    const char *outlets[] = {"DiskSelMain", "cbExtra",      "cbERP",
-                             "cbERM",       "cbSLE",        "cbSLERP",
-                             "cbSLERC",     "bMainButton",  "circleMain",
-                             "lbMainTask",  "DiskSelInst",  "tbkexts",
-                             "bInstBrowse", "bInstClear",   "bInstButton",
-                             "cbBackup",    "inExtra",      "inSLE",
-                             "inDesktop",   "InstProgress", "MKPath",
-                             "MKUnPath",    "MkArch",       "tvMkext",
-                             "circleUnpck", "bSelectMkext", "bSelectFolderToUnpack",
-                             "bUnpck",      "kPath",        "kx86_64",
-                             "ki386",       "kppc",         "kppc64",
-                             "circleChck",  "kdep",         "cbcheckdep",
-                             "bCheckSel",   "bCheckDep",    "bKextLoad",
-                             "tbLoaded",    "tfKPath",      "split",
-                             "lbLdedFnd",   "tfLdedFltr",   "SVBottom",
-                             "ka64",        "ka32",         "buttonslide",
-                             "lbKname",     "bUnload",      "bReload",
-                             "bReveal",     "TBV",          "ToolBar"};
-    for (const char *outlet : outlets)
-        QTest::newRow(outlet) << QString::fromLatin1(outlet);
-    const char *actions[] = {
-        "MI_CreateEKS",     "MI_BringBackEE",  "MI_ShowExtra", "MI_HideExtra", "MI_VerIndpd",
-        "MI_Ver104",        "MI_Ver105",       "MI_Ver106",    "MI_Ver107",    "MI_VerSpacer",
-        "MI_PrelinkKernel", "MI_checkatstart", "MI_Donate",    "MI_Spacer",    "MI_Loaded",
-        "MI_CreateList",    "MI_TBCust"};
-    for (const char *action : actions)
-        QTest::newRow(action) << QString::fromLatin1(action);
-}
-
-void TestWindowLayout::everyPageControlExists() {
-    QFETCH(QString, name);
-    MainWindow window;
-    QObject *found = window.findChild<QWidget *>(name);
-    if (!found)
-        found = window.findChild<QAction *>(name);
-    QVERIFY2(found, qPrintable(name));
-    QVERIFY2(window.findChildren<QObject *>(name).size() == 1, "outlet names are unique");
 }
 
 QTEST_MAIN(TestWindowLayout)
