@@ -47,17 +47,9 @@ private slots:
     void identifiers();
     void plugInsFollowTheirKext();
     void plugInFolderNameIsLowerCase();
-    void linkedFolderLoopEnds();
-    void unreadableFolderAddsNothing();
-    void findPath();
     void rebuildScansSystemFirst();
-    void customFoldersLoadLazily();
-    void settingsWithoutKeyAreReadAgain();
+    void customFoldersLoadOnce();
     void addKextPathSavesParentFolder();
-    void addKextPathKeepsSavedFoldersAndOtherKeys();
-    void settingsFolderMadeOnDemand();
-    void repeatString_data();
-    void repeatString();
 
 private:
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -76,17 +68,26 @@ void TestKextLocationIndex::indexesEveryEntry() {
     writeFile(folder + QStringLiteral("/.DS_Store"), "junk");
     writeFile(folder + QStringLiteral("/readme.txt"), "hello");
     writeFile(folder + QStringLiteral("/.hidden"), "");
+    writeFile(root() + QStringLiteral("/plain"), "x");
 
     KextLocationIndex index(settings());
+    QCOMPARE(index.FindPath(QStringLiteral("com.example.a")), QString());
+    // A folder that is missing or a file adds nothing.
+    index.FillLists(root() + QStringLiteral("/missing"));
+    index.FillLists(root() + QStringLiteral("/plain"));
+    QVERIFY(index.pathes().isEmpty());
     index.FillLists(folder);
     QCOMPARE(index.pathes().size(), 3);
     QCOMPARE(index.idbundles().size(), 3);
     const qsizetype a = index.pathes().indexOf(folder + QStringLiteral("/A.kext"));
     const qsizetype text = index.pathes().indexOf(folder + QStringLiteral("/readme.txt"));
-    const qsizetype hidden = index.pathes().indexOf(folder + QStringLiteral("/.hidden"));
-    QVERIFY(a >= 0 && text >= 0 && hidden >= 0);
+    QVERIFY(a >= 0 && text >= 0 && index.pathes().contains(folder + QStringLiteral("/.hidden")));
     QCOMPARE(index.idbundles().at(a), QStringLiteral("com.example.a"));
     QCOMPARE(index.idbundles().at(text), QString());
+    // Only the whole identifier, with its case, finds the kext.
+    QCOMPARE(index.FindPath(QStringLiteral("com.example.a")), folder + QStringLiteral("/A.kext"));
+    QCOMPARE(index.FindPath(QStringLiteral("com.example.A")), QString());
+    QCOMPARE(index.FindPath(QStringLiteral("com.example")), QString());
 
     // A second scan appends; InitLists starts over.
     index.FillLists(folder);
@@ -148,6 +149,8 @@ void TestKextLocationIndex::plugInsFollowTheirKext() {
              QStringLiteral("p.deep"));
     makeKext(folder + QStringLiteral("/Sibling.kext"), QStringLiteral("com.example.sibling"));
     makeKext(folder + QStringLiteral("/Other.kext"), QStringLiteral("com.example.other"));
+    // Plug-ins that lead back to the scanned folder itself end the walk.
+    QVERIFY(QFile::link(folder, folder + QStringLiteral("/Other.kext/Contents/Plugins")));
 
     KextLocationIndex index(settings());
     index.FillLists(folder);
@@ -176,39 +179,6 @@ void TestKextLocationIndex::plugInFolderNameIsLowerCase() {
     KextLocationIndex index(settings());
     index.FillLists(folder);
     QCOMPARE(index.idbundles(), QStringList{QStringLiteral("a")});
-}
-
-void TestKextLocationIndex::linkedFolderLoopEnds() {
-    const QString folder = root() + QStringLiteral("/Ext");
-    makeKext(folder + QStringLiteral("/A.kext"), QStringLiteral("a"));
-    QDir().mkpath(folder + QStringLiteral("/A.kext/Contents"));
-    // Plug-ins that lead back to the scanned folder itself.
-    QVERIFY(QFile::link(folder, folder + QStringLiteral("/A.kext/Contents/Plugins")));
-    KextLocationIndex index(settings());
-    index.FillLists(folder);
-    QCOMPARE(index.pathes(), QStringList{folder + QStringLiteral("/A.kext")});
-}
-
-void TestKextLocationIndex::unreadableFolderAddsNothing() {
-    KextLocationIndex index(settings());
-    index.FillLists(root() + QStringLiteral("/missing"));
-    writeFile(root() + QStringLiteral("/plain"), "x");
-    index.FillLists(root() + QStringLiteral("/plain"));
-    QVERIFY(index.pathes().isEmpty());
-    QVERIFY(index.idbundles().isEmpty());
-}
-
-void TestKextLocationIndex::findPath() {
-    const QString folder = root() + QStringLiteral("/Ext");
-    makeKext(folder + QStringLiteral("/A.kext"), QStringLiteral("com.example.a"));
-    writeFile(folder + QStringLiteral("/notes"), "x");
-    KextLocationIndex index(settings());
-    QCOMPARE(index.FindPath(QStringLiteral("com.example.a")), QString());
-    index.FillLists(folder);
-    QCOMPARE(index.FindPath(QStringLiteral("com.example.a")), folder + QStringLiteral("/A.kext"));
-    QCOMPARE(index.FindPath(QStringLiteral("com.example.A")), QString());
-    QCOMPARE(index.FindPath(QStringLiteral("com.example")), QString());
-    QCOMPARE(index.FindPath(QStringLiteral("com.unknown")), QString());
 }
 
 void TestKextLocationIndex::rebuildScansSystemFirst() {
@@ -240,9 +210,11 @@ void TestKextLocationIndex::rebuildScansSystemFirst() {
     QCOMPARE(index.pathes(), (QStringList{sle + "/Same.kext", custom + "/Mine.kext"}));
 }
 
-void TestKextLocationIndex::customFoldersLoadLazily() {
+void TestKextLocationIndex::customFoldersLoadOnce() {
     KextLocationIndex index(settings());
     QCOMPARE(index.CountPathes(), 0u); // no file yet
+    writeFile(settings(), plist("<key>Other</key><string>x</string>"));
+    QCOMPARE(index.CountPathes(), 0u); // no key yet: asked again next time
     writeFile(settings(), customDirs({QStringLiteral("/a b"), QStringLiteral("/c'd")}));
     // Nothing but CountPathes reads the file.
     index.InitLists();
@@ -253,85 +225,43 @@ void TestKextLocationIndex::customFoldersLoadLazily() {
     // Once loaded the list is not read again.
     writeFile(settings(), customDirs({QStringLiteral("/x")}));
     QCOMPARE(index.CountPathes(), 2u);
-}
-
-void TestKextLocationIndex::settingsWithoutKeyAreReadAgain() {
-    writeFile(settings(), plist("<key>Other</key><string>x</string>"));
-    KextLocationIndex index(settings());
-    QCOMPARE(index.CountPathes(), 0u);
-    writeFile(settings(), customDirs({QStringLiteral("/later")}));
-    QCOMPARE(index.CountPathes(), 1u);
     writeFile(settings(), "not a property list at all");
     KextLocationIndex broken(settings());
     QCOMPARE(broken.CountPathes(), 0u);
 }
 
-void TestKextLocationIndex::addKextPathSavesParentFolder() {
-    const QString desktop = root() + QStringLiteral("/Desk top");
-    KextLocationIndex index(settings());
-    index.AddKextPath(desktop + QStringLiteral("/First.kext"));
-    index.AddKextPath(desktop + QStringLiteral("/Second.kext/"));
-    QCOMPARE(index.kextDirs(), QStringList{desktop});
-
-    // The file was written at once; a new run finds the folder again.
-    KextLocationIndex nextRun(settings());
-    QCOMPARE(nextRun.CountPathes(), 1u);
-    QCOMPARE(nextRun.PathAtId(0), desktop);
-
-    index.AddKextPath(QStringLiteral("/Ünïcode/It's.kext"));
-    const auto saved = PlistFile::readDictionary(settings());
-    QVERIFY(saved);
-    QCOMPARE(PlistFile::stringArray(*saved, "Custom Kext Directories").value_or(QStringList()),
-             (QStringList{desktop, QStringLiteral("/Ünïcode")}));
-}
-
 // The test load asks for the count first so that the saved folders are loaded and the
-// new one joins them instead of replacing them; other keys of the file stay.
-void TestKextLocationIndex::addKextPathKeepsSavedFoldersAndOtherKeys() {
-    writeFile(settings(),
-              customDirs({QStringLiteral("/saved")}, "<key>Other</key><string>kept</string>"));
-    KextLocationIndex index(settings());
-    QCOMPARE(index.CountPathes(), 1u);
-    index.AddKextPath(QStringLiteral("/new/X.kext"));
-    index.AddKextPath(QStringLiteral("/saved/Y.kext"));
-    const auto saved = PlistFile::readDictionary(settings());
-    QVERIFY(saved);
-    QStringList dirs =
-        PlistFile::stringArray(*saved, "Custom Kext Directories").value_or(QStringList());
-    dirs.sort();
-    QCOMPARE(dirs, (QStringList{QStringLiteral("/new"), QStringLiteral("/saved")}));
-    QCOMPARE(PlistFile::string(*saved, "Other"), std::optional<QString>(QStringLiteral("kept")));
-}
-
-void TestKextLocationIndex::settingsFolderMadeOnDemand() {
+// new one joins them instead of replacing them; other keys of the file stay, and its
+// folder is made when missing.
+void TestKextLocationIndex::addKextPathSavesParentFolder() {
     const QString file = root() + QStringLiteral("/fresh/config/CustomKextDirs.plist");
+    writeFile(file,
+              customDirs({QStringLiteral("/saved")}, "<key>Other</key><string>kept</string>"));
     KextLocationIndex index(file);
-    index.AddKextPath(QStringLiteral("/a/B.kext"));
+    QCOMPARE(index.CountPathes(), 1u);
+    const QString desktop = root() + QStringLiteral("/Dësk top");
+    index.AddKextPath(desktop + QStringLiteral("/It's.kext"));
+    index.AddKextPath(desktop + QStringLiteral("/Second.kext/"));
+    index.AddKextPath(QStringLiteral("/saved/Y.kext"));
+    QCOMPARE(index.kextDirs(), (QStringList{QStringLiteral("/saved"), desktop}));
+
+    // The file was written at once; a new run finds the folders again.
     KextLocationIndex nextRun(file);
-    QCOMPARE(nextRun.CountPathes(), 1u);
+    QCOMPARE(nextRun.CountPathes(), 2u);
+    QCOMPARE(nextRun.PathAtId(1), desktop);
+    const auto saved = PlistFile::readDictionary(file);
+    QVERIFY(saved);
+    QCOMPARE(PlistFile::string(*saved, "Other"), std::optional<QString>(QStringLiteral("kept")));
+
+    QDir(root() + QStringLiteral("/fresh")).removeRecursively();
+    index.AddKextPath(QStringLiteral("/a/B.kext"));
+    QCOMPARE(KextLocationIndex(file).CountPathes(), 3u);
 
     // Without a settings file the folders are kept for this run only.
     KextLocationIndex scratch{QString()};
     scratch.AddKextPath(QStringLiteral("/a/B.kext"));
     QCOMPARE(scratch.CountPathes(), 1u);
     QCOMPARE(scratch.PathAtId(0), QStringLiteral("/a"));
-}
-
-void TestKextLocationIndex::repeatString_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("times");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("three") << "ab" << 3 << "ababab";
-    QTest::newRow("once") << " " << 1 << " ";
-    QTest::newRow("zero") << "ab" << 0 << "";
-    QTest::newRow("negative") << "ab" << -1 << "";
-}
-
-void TestKextLocationIndex::repeatString() {
-    QFETCH(QString, text);
-    QFETCH(int, times);
-    QFETCH(QString, expected);
-    QCOMPARE(KextLocationIndex::RepeatString(text, times), expected);
 }
 
 QTEST_GUILESS_MAIN(TestKextLocationIndex)

@@ -7,16 +7,11 @@
 #include <QTest>
 
 using Archs = ArchitectureProbe::Architectures;
-using Slice = MachOWriter::Slice;
 Q_DECLARE_METATYPE(Archs)
 
 namespace {
 Archs archs(bool x86_64, bool i386, bool ppc, bool ppc64) {
     return {x86_64, i386, ppc, ppc64};
-}
-
-QByteArray executable(const QList<Slice> &slices) {
-    return slices.size() == 1 ? MachOWriter::thin(slices.first()) : MachOWriter::fat(slices);
 }
 } // namespace
 
@@ -40,8 +35,6 @@ private slots:
     void reportCell_data();
     void reportCell();
     void locatesExecutable();
-    void probesBuiltBundles_data();
-    void probesBuiltBundles();
 };
 
 void TestArchitectureProbe::checkPageMarkers_data() {
@@ -53,8 +46,6 @@ void TestArchitectureProbe::checkPageMarkers_data() {
            "/K.kext/Contents/MacOS/K (for architecture x86_64):\tMach-O 64-bit kext bundle "
            "x86_64\n/K.kext/Contents/MacOS/K (for architecture i386):\tMach-O object i386\n"
         << archs(1, 1, 0, 0);
-    QTest::newRow("thin i386 object") << "Mach-O object i386\n" << archs(0, 1, 0, 0);
-    QTest::newRow("thin x86_64 kext") << "Mach-O 64-bit kext bundle x86_64\n" << archs(1, 0, 0, 0);
     // Any 64-bit file counts as x86_64, whatever its processor.
     QTest::newRow("thin 64-bit ppc64") << "Mach-O 64-bit object ppc64\n" << archs(1, 0, 0, 0);
     // The ppc marker is part of the ppc64 one.
@@ -151,45 +142,6 @@ void TestArchitectureProbe::locatesExecutable() {
         QFile::link(dir.path() + QStringLiteral("/gone"), kext + QStringLiteral("/It's Ünique")));
     QCOMPARE(probe.probeText(kext), "text of " + kext + "/Contents/MacOS/It's Ünique");
     QCOMPARE(asked, QStringList{kext + "/Contents/MacOS/It's Ünique"});
-}
-
-void TestArchitectureProbe::probesBuiltBundles_data() {
-    QTest::addColumn<QList<Slice>>("slices");
-    QTest::addColumn<Archs>("expected");
-    QTest::newRow("universal x86_64 i386")
-        << QList<Slice>{MachOWriter::kextSlice(MachOWriter::X86_64),
-                        MachOWriter::kextSlice(MachOWriter::I386)}
-        << archs(1, 1, 0, 0);
-    QTest::newRow("thin i386") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::I386)}
-                               << archs(0, 1, 0, 0);
-    QTest::newRow("thin x86_64") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::X86_64)}
-                                 << archs(1, 0, 0, 0);
-    QTest::newRow("thin ppc") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::PPC)}
-                              << archs(0, 0, 1, 0);
-    QTest::newRow("thin ppc64") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::PPC64)}
-                                << archs(1, 0, 0, 0);
-    QTest::newRow("universal all four") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::PPC),
-                                                        MachOWriter::kextSlice(MachOWriter::PPC64),
-                                                        MachOWriter::kextSlice(MachOWriter::I386),
-                                                        MachOWriter::kextSlice(MachOWriter::X86_64)}
-                                        << archs(1, 1, 1, 1);
-}
-
-void TestArchitectureProbe::probesBuiltBundles() {
-    QFETCH(QList<Slice>, slices);
-    QFETCH(Archs, expected);
-    QTemporaryDir dir;
-    const QString kext = dir.path() + QStringLiteral("/Fake Kext.kext");
-    QVERIFY(
-        MachOWriter::write(kext + QStringLiteral("/Contents/MacOS/Fake Kext"), executable(slices)));
-    const ArchitectureProbe probe;
-    QCOMPARE(ArchitectureProbe::checkPageMarkers(probe.probeText(kext)), expected);
-
-    // An old-style bundle with its executable at the top level overrides the contents.
-    const QString oldStyle = dir.path() + QStringLiteral("/Old.kext");
-    QVERIFY(MachOWriter::write(oldStyle + QStringLiteral("/Contents/MacOS/Old"), "garbage"));
-    QVERIFY(MachOWriter::write(oldStyle + QStringLiteral("/Old"), executable(slices)));
-    QCOMPARE(ArchitectureProbe::checkPageMarkers(probe.probeText(oldStyle)), expected);
 }
 
 QTEST_GUILESS_MAIN(TestArchitectureProbe)

@@ -155,14 +155,8 @@ void TestMachODescriber::hostFileToolAgrees_data() {
     QTest::addColumn<QList<Slice>>("slices");
     QTest::addColumn<bool>("universal");
     QTest::newRow("thin i386") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::I386)} << false;
-    QTest::newRow("thin x86_64") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::X86_64)}
-                                 << false;
-    QTest::newRow("thin ppc") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::PPC)} << false;
     QTest::newRow("thin ppc64") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::PPC64)}
                                 << false;
-    QTest::newRow("fat x86_64 i386") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::X86_64),
-                                                     MachOWriter::kextSlice(MachOWriter::I386)}
-                                     << true;
     QTest::newRow("fat ppc i386") << QList<Slice>{MachOWriter::kextSlice(MachOWriter::PPC),
                                                   MachOWriter::kextSlice(MachOWriter::I386)}
                                   << true;
