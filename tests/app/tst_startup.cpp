@@ -76,7 +76,6 @@ private slots:
     void appcastParsing();
     void donateOpensPage();
     void dropDeliversLocalFilesOnly();
-    void seedsShippedDefaultsOnce();
 };
 
 // The toolbar starts on maintenance whatever page was shown; the unpack page offers the
@@ -157,6 +156,7 @@ void TestStartup::settingToggledTwice() {
     QFETCH(QString, key);
 
     WindowFixture f;
+    QDir(f.paths.contentsDir()).removeRecursively(); // seeding makes the folder
     AppSettings settings(f.paths.contentsDir());
     settings.seedDefaults();
     const QByteArray original = readFile(f.paths.infoPlist());
@@ -166,6 +166,8 @@ void TestStartup::settingToggledTwice() {
 
     action->trigger();
     QVERIFY(action->isChecked());
+    // Seeding again never replaces the user's own choices.
+    settings.seedDefaults();
     QCOMPARE(settings.boolean(key.toUtf8().constData()), true);
     QVERIFY(readFile(f.paths.infoPlist()).contains("SUFeedURL"));
 
@@ -334,21 +336,6 @@ void TestStartup::dropDeliversLocalFilesOnly() {
     QCOMPARE(spy.count(), 1);
     QCOMPARE(handled, files);
     QCOMPARE(f.window->dropTarget()->filenames(), files);
-}
-
-void TestStartup::seedsShippedDefaultsOnce() {
-    QTemporaryDir dir;
-    const QString contents = dir.path() + QStringLiteral("/new/kextkeeper");
-    AppSettings settings(contents);
-    settings.seedDefaults();
-    QVERIFY(QFile::exists(contents + QStringLiteral("/Info.plist")));
-    QVERIFY(!settings.boolean(AppSettings::checkAtStartupKey));
-    QVERIFY(!settings.boolean(AppSettings::lionCacheKey));
-    QVERIFY(!settings.string(AppSettings::feedUrlKey).isEmpty());
-    // An existing file, the user's own choices, is never replaced.
-    QVERIFY(settings.store(AppSettings::prelinkKernelKey, true));
-    settings.seedDefaults();
-    QVERIFY(settings.boolean(AppSettings::prelinkKernelKey));
 }
 
 QTEST_MAIN(TestStartup)

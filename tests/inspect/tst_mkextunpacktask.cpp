@@ -38,7 +38,6 @@ private slots:
     void alertText();
     void unpack_data();
     void unpack();
-    void listing();
     void runsTheToolBelowTheRoot();
 
 private:
@@ -144,15 +143,6 @@ void TestMkextUnpackTask::unpack() {
         ran ? QList<QStringList>{{"-a", "ppc", "-d", folder, mkext}} : QList<QStringList>{};
     QCOMPARE(fake.runs, expectedRuns);
     QCOMPARE(QFileInfo::exists(folder), folderAfter);
-}
-
-void TestMkextUnpackTask::listing() {
-    FakeTool fake;
-    const MkextUnpackTask unpacker(paths(), fake.tool());
-    QCOMPARE(unpacker.listing(QStringLiteral("/a b.mkext")), fake.listing);
-    QCOMPARE(fake.runs, (QList<QStringList>{{"-v", "/a b.mkext"}}));
-    fake.listing.clear();
-    QCOMPARE(unpacker.listing(QStringLiteral("/a b.mkext")), QString());
 }
 
 // Apple's tool is found below the system root and its standard error is the answer.
