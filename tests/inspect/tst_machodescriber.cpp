@@ -55,11 +55,6 @@ void TestMachODescriber::thinFiles_data() {
                                 << "Mach-O object ppc\n";
     QTest::newRow("ppc64 object") << uint32_t(MachOWriter::PPC64) << uint32_t(MachOWriter::Object)
                                   << "Mach-O 64-bit object ppc64\n";
-    QTest::newRow("i386 executable")
-        << uint32_t(MachOWriter::I386) << uint32_t(MachOWriter::Executable)
-        << "Mach-O executable i386\n";
-    QTest::newRow("x86_64 dylib") << uint32_t(MachOWriter::X86_64) << uint32_t(MachOWriter::Dylib)
-                                  << "Mach-O 64-bit dynamically linked shared library x86_64\n";
     QTest::newRow("ppc bundle") << uint32_t(MachOWriter::PPC) << uint32_t(MachOWriter::Bundle)
                                 << "Mach-O bundle ppc\n";
 }
