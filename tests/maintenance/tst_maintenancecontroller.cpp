@@ -1,20 +1,18 @@
 #include "../app/WindowFixture.h"
 #include "ExtraMenuController.h"
+#include "HeldExecutor.h"
 #include "MaintenanceController.h"
+#include "RecordingSheets.h"
 #include "exec/AdminAuthentication.h"
-#include "exec/Executor.h"
 #include "exec/IconAlert.h"
-#include "exec/SheetPresenter.h"
 
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QMessageBox>
-#include <QMutex>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -33,91 +31,63 @@ private slots:
     void hideNeedsAnExtraFolder();
 
 private:
+    // A volume chosen on the maintenance page, made with the given folders.
+    QString chooseVolume(const QString &title, const QStringList &folders) {
+        const QString root = f->makeVolume(title, folders);
+        f->find<QComboBox>("DiskSelMain")->addItem(title);
+        f->delegate->DiskSelectorMaintenance(nullptr);
+        return root;
+    }
+    MaintenanceController *maintenance() {
+        auto *controller = new MaintenanceController(*f->delegate);
+        controller->setExecutor(executor);
+        return controller;
+    }
+    ExtraMenuController *extraMenu() {
+        auto *controller = new ExtraMenuController(*f->delegate);
+        controller->setExecutor(executor);
+        return controller;
+    }
+
     std::unique_ptr<WindowFixture> f;
+    std::shared_ptr<HeldExecutor> executor;
+    RecordingSheets sheets;
 };
 
 namespace {
-
-class RecordingSheets final : public SheetPresenter {
-public:
-    QStringList texts;
-    void showSheet(Kind kind, const QString &, const QString &text, QObject *) override {
-        texts << (kind == Kind::Error ? "error: " : "info: ") + text;
-    }
-};
-RecordingSheets *sheets = nullptr;
-
-// Records commands from the job's thread. With holdFirst the job waits in its first
-// command until the test lets it go, so the page can be looked at mid-run.
-class PageWatchingExecutor final : public Executor {
-public:
-    bool grant = true;
-    bool holdFirst = false;
-    int authorizeCalls = 0;
-    QStringList commands;
-    QSemaphore proceed;
-    bool authorize() override {
-        ++authorizeCalls;
-        return grant;
-    }
-    void run(const Command &command) override {
-        bool hold = false;
-        {
-            QMutexLocker lock(&m_mutex);
-            commands << QFileInfo(command.tool).fileName() + ' ' + command.args.join(' ');
-            hold = holdFirst && commands.size() == 1;
-        }
-        if (hold)
-            proceed.acquire();
-    }
-    qsizetype count() {
-        QMutexLocker lock(&m_mutex);
-        return commands.size();
-    }
-
-private:
-    QMutex m_mutex;
-};
-
 const char *const pageControls[] = {"bMainButton", "cbSLE", "cbSLERP", "cbSLERC",
                                     "cbExtra",     "cbERP", "cbERM",   "DiskSelMain"};
-
 } // namespace
 
 void TestMaintenanceController::init() {
     f = std::make_unique<WindowFixture>();
-    sheets = new RecordingSheets;
+    executor = std::make_shared<HeldExecutor>();
+    sheets.texts.clear();
     IconAlert::configureDefault(f->paths, AdminAuthentication::sharedInstance(),
-                                Alerts(nullptr, sheets));
+                                Alerts(nullptr, &sheets));
 }
 
 void TestMaintenanceController::cleanup() {
     IconAlert::configureDefault(f->paths, AdminAuthentication::sharedInstance(),
                                 Alerts(nullptr, nullptr));
     f.reset();
-    delete sheets;
-    sheets = nullptr;
 }
 
 void TestMaintenanceController::jobDrivesThePage() {
-    f->makeVolume("Mac HD's", {"Extra/KextStore", "System/Library/Extensions"});
-    f->find<QComboBox>("DiskSelMain")->addItem("Mac HD's");
-    f->delegate->DiskSelectorMaintenance(nullptr);
+    chooseVolume("Mac HD's", {"Extra/KextStore", "System/Library/Extensions"});
     f->find<QCheckBox>("cbERP")->setChecked(true);
     f->find<QCheckBox>("cbSLERP")->setChecked(true);
-    auto executor = std::make_shared<PageWatchingExecutor>();
-    auto *controller = new MaintenanceController(*f->delegate);
-    controller->setExecutor(executor);
+    MaintenanceController *controller = maintenance();
     controller->setIsRoot([](const QString &) { return false; });
     auto *button = f->find<QPushButton>("bMainButton");
     auto *spinner = f->find<QProgressBar>("circleMain");
     auto *status = f->find<QLabel>("lbMainTask");
 
-    executor->holdFirst = true;
+    executor->hold = true;
     QSignalSpy finished(controller, &MaintenanceController::jobFinished);
     button->click();
     // Held in its first command: everything the job did before it reaches the page.
-    QTRY_COMPARE(executor->count(), 1);
+    QVERIFY(executor->started.tryAcquire(1, 5000));
     QTRY_COMPARE(status->text(), "Repairing Extra permissions...");
     QVERIFY(f->delegate->workingMain);
     QVERIFY(!spinner->isHidden());
@@ -125,12 +95,12 @@ void TestMaintenanceController::jobDrivesThePage() {
     for (const char *name : pageControls)
         QVERIFY2(!f->find<QWidget>(name)->isEnabled(), name);
     button->click(); // disabled, and a job runs: no second job
-    executor->proceed.release();
+    executor->release.release();
 
     QVERIFY(finished.wait(10000));
     QCOMPARE(finished.count(), 1);
-    QCOMPARE(executor->count(), 5);
-    QCOMPARE(sheets->texts, QStringList{"info: Selected tasks were finished."});
+    QCOMPARE(executor->commands().size(), 5);
+    QCOMPARE(sheets.texts, QStringList{"info: Selected tasks were finished."});
     QVERIFY(!f->delegate->workingMain);
     QVERIFY(spinner->isHidden());
     QCOMPARE(status->text(), QString());
@@ -145,19 +115,14 @@ void TestMaintenanceController::abortRestoresThePage() {
     // The kexts went away after the volume was chosen (another program, a person in a
     // terminal). Without S/L/E either, the closing re-evaluation must switch off again
     // what the job re-enabled.
-    const QString root = f->makeVolume("Boot", {"Extra/Extensions"});
-    f->find<QComboBox>("DiskSelMain")->addItem("Boot");
-    f->delegate->DiskSelectorMaintenance(nullptr);
+    const QString root = chooseVolume("Boot", {"Extra/Extensions"});
     f->find<QCheckBox>("cbERM")->setChecked(true);
     QVERIFY(QDir(root + "/Extra/Extensions").removeRecursively());
-    auto executor = std::make_shared<PageWatchingExecutor>();
-    auto *controller = new MaintenanceController(*f->delegate);
-    controller->setExecutor(executor);
-    QSignalSpy finished(controller, &MaintenanceController::jobFinished);
+    QSignalSpy finished(maintenance(), &MaintenanceController::jobFinished);
     f->find<QPushButton>("bMainButton")->click();
     QVERIFY(finished.wait(10000));
-    QCOMPARE(sheets->texts, QStringList{"error: No Extra/Extensions or Extra/KextStore found."});
-    QVERIFY(executor->commands.isEmpty());
+    QCOMPARE(sheets.texts, QStringList{"error: No Extra/Extensions or Extra/KextStore found."});
+    QVERIFY(executor->commands().isEmpty());
     QVERIFY(f->find<QPushButton>("bMainButton")->isEnabled());
     QVERIFY(!f->find<QCheckBox>("cbERM")->isEnabled());
     QVERIFY(!f->find<QCheckBox>("cbSLERP")->isEnabled());
@@ -196,9 +161,7 @@ void TestMaintenanceController::sheetAnswers() {
     // The command works from any page with the maintenance page's volume.
     f->window->showPage(PageLoaded);
     f->window->show();
-    auto executor = std::make_shared<PageWatchingExecutor>();
-    auto *controller = new ExtraMenuController(*f->delegate);
-    controller->setExecutor(executor);
+    ExtraMenuController *controller = extraMenu();
 
     f->window->action(action)->trigger();
     QMessageBox *box = controller->openQuestion();
@@ -207,36 +170,27 @@ void TestMaintenanceController::sheetAnswers() {
     QCOMPARE(box->informativeText(), informative);
     QCOMPARE(box->windowModality(), Qt::WindowModal);
     QCOMPARE(box->buttons().size(), 2);
-    QVERIFY(executor->commands.isEmpty());
-    if (answer == "escape") {
+    QVERIFY(executor->commands().isEmpty());
+    if (answer == "escape")
         QTest::keyClick(box, Qt::Key_Escape);
-    } else {
-        QAbstractButton *button = nullptr;
-        for (QAbstractButton *candidate : box->buttons())
-            if (candidate->text() == answer)
-                button = candidate;
-        QVERIFY(button);
-        button->click();
-    }
+    else
+        for (QAbstractButton *button : box->buttons())
+            if (button->text() == answer)
+                button->click();
     QTRY_VERIFY(!controller->openQuestion());
-    QStringList ran;
-    for (QString line : executor->commands)
-        ran << line.replace(root + "/Extra/", QString());
-    QCOMPARE(ran, commands);
-    QVERIFY(sheets->texts.isEmpty());
+    QCOMPARE(executor->commands().replaceInStrings(root + "/Extra/", QString()), commands);
+    QVERIFY(sheets.texts.isEmpty());
 }
 
 void TestMaintenanceController::hideNeedsAnExtraFolder() {
     f->makeVolume("HD", {"System/Library/Extensions"});
     f->find<QComboBox>("DiskSelMain")->addItem("HD");
-    auto executor = std::make_shared<PageWatchingExecutor>();
-    auto *controller = new ExtraMenuController(*f->delegate);
-    controller->setExecutor(executor);
+    ExtraMenuController *controller = extraMenu();
     f->window->action("MI_HideExtra")->trigger();
-    QCOMPARE(sheets->texts, QStringList{"error: No Extra folder on selected disk."});
+    QCOMPARE(sheets.texts, QStringList{"error: No Extra folder on selected disk."});
     QCOMPARE(executor->authorizeCalls, 0);
     QVERIFY(!controller->openQuestion());
-    QVERIFY(executor->commands.isEmpty());
+    QVERIFY(executor->commands().isEmpty());
 }
 
 QTEST_MAIN(TestMaintenanceController)
