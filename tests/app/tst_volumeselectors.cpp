@@ -21,17 +21,9 @@ private slots:
 };
 
 namespace {
-const char *const extraControls[] = {"cbExtra", "cbERP", "cbERM", "inExtra"};
-const char *const sleControls[] = {"cbSLE", "cbSLERP", "cbSLERC", "inSLE"};
-
 void addVolumes(WindowFixture &f, const QStringList &titles) {
     f.find<QComboBox>("DiskSelMain")->addItems(titles);
     f.find<QComboBox>("DiskSelInst")->addItems(titles);
-}
-
-void tickAllOptions(WindowFixture &f) {
-    for (const char *name : {"cbExtra", "cbERP", "cbERM", "cbSLE", "cbSLERP", "cbSLERC"})
-        f.find<QCheckBox>(name)->setChecked(true);
 }
 
 QString destination(const WindowFixture &f) {
@@ -68,10 +60,6 @@ void TestVolumeSelectors::tables_data() {
     QTest::newRow("version folder without kexts")
         << QStringList{"Extra/Extensions", "Extra/10.6/Themes", "System/Library/Extensions"}
         << "10.6" << true << false << "inSLE";
-    QTest::newRow("version folder with KextStore")
-        << QStringList{"Extra/10.6/KextStore"} << "10.6" << false << true << "inExtra";
-    QTest::newRow("kexts only outside the chosen version")
-        << QStringList{"Extra/10.5/Extensions"} << "10.6" << false << false << "none";
     QTest::newRow("empty Extra folder, no S/L/E")
         << QStringList{"Extra", "System/Library"} << "" << false << false << "none";
     QTest::newRow("no volume at all") << QStringList{} << "" << false << false << "none";
@@ -91,23 +79,23 @@ void TestVolumeSelectors::tables() {
         addVolumes(f, {title});
     }
     f.delegate->ExtraVer = extraVer;
-    tickAllOptions(f);
+    for (const char *name : {"cbExtra", "cbERP", "cbERM", "cbSLE", "cbSLERP", "cbSLERC"})
+        f.find<QCheckBox>(name)->setChecked(true);
     f.find<QRadioButton>("inDesktop")->setChecked(true);
 
     f.delegate->DiskSelectorMaintenance(f.find<QComboBox>("DiskSelMain"));
 
     QCOMPARE(f.delegate->rp, f.paths.volumesDir() + QLatin1Char('/') + title);
-    for (const char *name : sleControls)
-        QVERIFY2(f.find<QWidget>(name)->isEnabled() == sleUsable, name);
-    for (const char *name : extraControls)
-        QVERIFY2(f.find<QWidget>(name)->isEnabled() == extraUsable, name);
+    for (const char *name :
+         {"cbSLE", "cbSLERP", "cbSLERC", "inSLE", "cbExtra", "cbERP", "cbERM", "inExtra"}) {
+        const bool usable = QByteArray(name).contains("SLE") ? sleUsable : extraUsable;
+        auto *box = f.find<QAbstractButton>(name);
+        QVERIFY2(box->isEnabled() == usable, name);
+        // Ticked options stay ticked where they apply and are cleared where they don't.
+        QVERIFY2(qobject_cast<QRadioButton *>(box) || box->isChecked() == usable, name);
+    }
     QCOMPARE(f.find<QAction>("MI_HideExtra")->isEnabled(), extraUsable);
     QCOMPARE(f.find<QAction>("MI_ShowExtra")->isEnabled(), extraUsable);
-    // Ticked options stay ticked where they apply and are cleared where they don't.
-    for (const char *name : {"cbSLE", "cbSLERP", "cbSLERC"})
-        QVERIFY2(f.find<QCheckBox>(name)->isChecked() == sleUsable, name);
-    for (const char *name : {"cbExtra", "cbERP", "cbERM"})
-        QVERIFY2(f.find<QCheckBox>(name)->isChecked() == extraUsable, name);
     QCOMPARE(::destination(f), destination);
 }
 
@@ -144,11 +132,10 @@ void TestVolumeSelectors::versionMenuFollowsChosenVolume() {
     f.makeVolume(QStringLiteral("HD"), {"Extra/10.5", "Extra/10.7/Extensions"});
     f.makeVolume(QStringLiteral("Plain"), {"Extra/Extensions"});
     addVolumes(f, {QStringLiteral("HD"), QStringLiteral("Plain")});
-    auto *main = f.find<QComboBox>("DiskSelMain");
     f.find<QAction>("MI_Ver105")->setChecked(true);
     f.find<QAction>("MI_VerIndpd")->setChecked(false);
 
-    f.delegate->DiskSelectorMaintenance(main);
+    f.delegate->DiskSelectorMaintenance(f.find<QComboBox>("DiskSelMain"));
     const QList<bool> hd{false, true, false, true, true};
     QCOMPARE(versionItemsVisible(f), hd);
     QVERIFY(f.find<QAction>("MI_VerIndpd")->isChecked());
@@ -159,19 +146,16 @@ void TestVolumeSelectors::versionMenuFollowsChosenVolume() {
     f.delegate->DiskSelectorInstallation(nullptr);
     QCOMPARE(versionItemsVisible(f), hd);
     f.delegate->DiskSelectorInstallation(f.find<QComboBox>("DiskSelInst"));
-    QCOMPARE(versionItemsVisible(f), (QList<bool>{false, false, false, false, false}));
+    QCOMPARE(versionItemsVisible(f), QList<bool>(5, false));
 }
 
 void TestVolumeSelectors::checkVer_data() {
     QTest::addColumn<QString>("item");
     QTest::addColumn<QString>("extraVer");
     QTest::addColumn<bool>("extraUsable");
-    QTest::newRow("10.6 without kexts") << "MI_Ver106"
-                                        << "10.6" << false;
-    QTest::newRow("10.7 with KextStore") << "MI_Ver107"
-                                         << "10.7" << true;
-    QTest::newRow("version independent") << "MI_VerIndpd"
-                                         << "" << true;
+    QTest::newRow("10.6 without kexts") << QString("MI_Ver106") << QString("10.6") << false;
+    QTest::newRow("10.7 with KextStore") << QString("MI_Ver107") << QString("10.7") << true;
+    QTest::newRow("version independent") << QString("MI_VerIndpd") << QString() << true;
 }
 
 void TestVolumeSelectors::checkVer() {
@@ -202,26 +186,18 @@ void TestVolumeSelectors::checkVer() {
     QCOMPARE(f.find<QCheckBox>("cbERM")->isEnabled(), extraUsable);
 }
 
+// Only the desktop destination disables the volume popup; clicking the chosen destination
+// again keeps it chosen.
 void TestVolumeSelectors::destinationActions() {
     WindowFixture f;
     f.makeVolume(QStringLiteral("HD"), {"Extra/Extensions", "System/Library/Extensions"});
     addVolumes(f, {QStringLiteral("HD")});
     f.delegate->DiskSelectorMaintenance(nullptr);
-    auto *inst = f.find<QComboBox>("DiskSelInst");
-
-    f.find<QRadioButton>("inDesktop")->click();
-    QCOMPARE(::destination(f), QStringLiteral("inDesktop"));
-    QVERIFY(!inst->isEnabled());
-    f.find<QRadioButton>("inSLE")->click();
-    QCOMPARE(::destination(f), QStringLiteral("inSLE"));
-    QVERIFY(inst->isEnabled());
-    f.find<QRadioButton>("inDesktop")->click();
-    f.find<QRadioButton>("inExtra")->click();
-    QCOMPARE(::destination(f), QStringLiteral("inExtra"));
-    QVERIFY(inst->isEnabled());
-    // Clicking the chosen destination again keeps it chosen.
-    f.find<QRadioButton>("inExtra")->click();
-    QCOMPARE(::destination(f), QStringLiteral("inExtra"));
+    for (const char *click : {"inDesktop", "inSLE", "inDesktop", "inExtra", "inExtra"}) {
+        f.find<QRadioButton>(click)->click();
+        QCOMPARE(::destination(f), QString::fromLatin1(click));
+        QCOMPARE(f.find<QComboBox>("DiskSelInst")->isEnabled(), qstrcmp(click, "inDesktop") != 0);
+    }
 }
 
 QTEST_MAIN(TestVolumeSelectors)
