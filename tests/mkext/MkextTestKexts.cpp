@@ -7,7 +7,6 @@
 #include <QRandomGenerator>
 #include <QtEndian>
 #include <cstdlib>
-#include <plist/plist.h>
 #include <zlib.h>
 
 namespace MkextTestKexts {
@@ -108,17 +107,22 @@ void reseal(QByteArray &bytes, qsizetype base) {
     setWord(bytes, base + 12, uint32_t(sum));
 }
 
+QByteArray xmlOf(plist_t node) {
+    char *xml = nullptr;
+    uint32_t length = 0;
+    plist_to_xml(node, &xml, &length);
+    QByteArray text(xml, qsizetype(length));
+    free(xml);
+    return text;
+}
+
 QByteArray infoXml(const QString &plistPath) {
     const QByteArray bytes = readFile(plistPath);
     plist_t root = nullptr;
     plist_from_memory(bytes.constData(), uint32_t(bytes.size()), &root);
     if (!root)
         return QByteArray("unreadable");
-    char *xml = nullptr;
-    uint32_t length = 0;
-    plist_to_xml(root, &xml, &length);
-    QByteArray text(xml, qsizetype(length));
-    free(xml);
+    const QByteArray text = xmlOf(root);
     plist_free(root);
     return text;
 }

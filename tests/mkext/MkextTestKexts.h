@@ -5,6 +5,7 @@
 #include <QPair>
 #include <QString>
 #include <cstdint>
+#include <plist/plist.h>
 
 // Test material written from the formats' own rules, independent of the code under
 // test: Mach-O files, kext folders, and raw archive surgery.
@@ -33,7 +34,9 @@ uint32_t word(const QByteArray &bytes, qsizetype at);
 void setWord(QByteArray &bytes, qsizetype at, uint32_t value);
 void reseal(QByteArray &bytes, qsizetype base = 0);
 
-// The Info.plist of a bundle as libplist's XML (key order kept), for comparisons.
+// A tree, or the Info.plist of a bundle, as libplist's XML (key order kept), for
+// comparisons.
+QByteArray xmlOf(plist_t node);
 QByteArray infoXml(const QString &plistPath);
 // Every file below `folder`, relative, sorted.
 QStringList tree(const QString &folder);
