@@ -9,6 +9,16 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+namespace {
+const QString volume = QStringLiteral("Boot's Ü");
+const QDateTime fixedTime(QDate(2011, 3, 5), QTime(14, 7, 9));
+
+QByteArray plist(const QByteArray &body) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n" + body +
+           "</dict>\n</plist>\n";
+}
+} // namespace
+
 // The installation plan on real folder trees: the root commands it runs, in order, and
 // what the page is shown while it runs.
 class TestInstallPlan : public QObject {
@@ -22,8 +32,6 @@ private slots:
     void prepare_data();
     void prepare();
     void bundleFromItsOwnDestinationIsKept();
-    void backupFolderName_data();
-    void backupFolderName();
     void backupBeforeReplacing_data();
     void backupBeforeReplacing();
     void copyTreeKeepsLinksAndRefusesExistingTarget();
@@ -32,11 +40,34 @@ private:
     // Folders and files below the sandbox: "V/..." is the volume "Boot's Ü", "S/..."
     // the folder the bundles come from, "D/..." the desktop, "C/..." settings, "R/..."
     // the system root itself.
-    QString place(const QString &word) const;
+    QString place(const QString &word) const {
+        const QString base = word.startsWith(QLatin1String("V/"))   ? m_paths->volumeRoot(volume)
+                             : word.startsWith(QLatin1String("S/")) ? m_dir->path() + "/my kexts"
+                             : word.startsWith(QLatin1String("D/")) ? m_paths->desktop()
+                             : word.startsWith(QLatin1String("C/")) ? m_paths->contentsDir()
+                             : word.startsWith(QLatin1String("R/")) ? m_root
+                                                                    : QString();
+        return base.isNull() ? word : base + word.mid(1);
+    }
+    QStringList expand(QStringList words) const {
+        for (QString &word : words)
+            word = place(word);
+        return words;
+    }
     void make(const QStringList &entries) const;
-    QByteArray read(const QString &word) const;
-    QStringList expand(const QStringList &words) const;
-    InstallOptions options(const QString &destination, const QStringList &bundles) const;
+    QByteArray read(const QString &word) const {
+        QFile file(place(word));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+    }
+    InstallOptions options(const QString &destination, const QStringList &bundles) const {
+        InstallOptions o;
+        o.bundles = expand(bundles);
+        o.volume = volume;
+        o.toExtra = destination == QLatin1String("extra");
+        o.toSle = destination == QLatin1String("sle");
+        o.toDesktop = destination == QLatin1String("desktop");
+        return o;
+    }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_root;
@@ -44,15 +75,6 @@ private:
 };
 
 namespace {
-const QString volume = QStringLiteral("Boot's Ü");
-
-QByteArray plist(const QByteArray &body) {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n" + body +
-           "</dict>\n</plist>\n";
-}
-
-const QDateTime fixedTime(QDate(2011, 3, 5), QTime(14, 7, 9));
-
 // Does what rm -Rf and cp -R would do as root, so a backup taken too late (or not at
 // all) shows up as lost content.
 class FileExecutor final : public Executor {
@@ -70,11 +92,6 @@ public:
         }
     }
 };
-
-// One command as words: tool, then arguments.
-QStringList words(const Command &command) {
-    return QStringList{command.tool} + command.args;
-}
 } // namespace
 
 void TestInstallPlan::init() {
@@ -89,20 +106,6 @@ void TestInstallPlan::init() {
     QDir().mkpath(m_paths->system(QStringLiteral("/usr/sbin")));
     writeScript(QDir(m_paths->system(QStringLiteral("/usr/sbin"))), QStringLiteral("kextcache"),
                 "exit 0\n");
-}
-
-QString TestInstallPlan::place(const QString &word) const {
-    if (word.startsWith(QLatin1String("V/")))
-        return m_paths->volumeRoot(volume) + word.mid(1);
-    if (word.startsWith(QLatin1String("S/")))
-        return m_dir->path() + QStringLiteral("/my kexts") + word.mid(1);
-    if (word.startsWith(QLatin1String("D/")))
-        return m_paths->desktop() + word.mid(1);
-    if (word.startsWith(QLatin1String("C/")))
-        return m_paths->contentsDir() + word.mid(1);
-    if (word.startsWith(QLatin1String("R/")))
-        return m_root + word.mid(1);
-    return word;
 }
 
 // "V/Extra/Extensions/A.kext" makes a folder; "C/Info.plist=<xml body>" a plist file.
@@ -121,29 +124,6 @@ void TestInstallPlan::make(const QStringList &entries) const {
     }
 }
 
-QByteArray TestInstallPlan::read(const QString &word) const {
-    QFile file(place(word));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-QStringList TestInstallPlan::expand(const QStringList &list) const {
-    QStringList out;
-    for (const QString &word : list)
-        out << place(word);
-    return out;
-}
-
-InstallOptions TestInstallPlan::options(const QString &destination,
-                                        const QStringList &bundles) const {
-    InstallOptions o;
-    o.bundles = expand(bundles);
-    o.volume = volume;
-    o.toExtra = destination == QLatin1String("extra");
-    o.toSle = destination == QLatin1String("sle");
-    o.toDesktop = destination == QLatin1String("desktop");
-    return o;
-}
-
 using Expected = QList<QStringList>;
 Q_DECLARE_METATYPE(Expected)
 
@@ -156,110 +136,82 @@ void TestInstallPlan::commands_data() {
     QTest::addColumn<QStringList>("bundles");
     QTest::addColumn<Expected>("expected");
 
-    const QString ext = QStringLiteral("V/Extra/Extensions");
-    const QString rebuild[] = {QStringLiteral("R/usr/sbin/kextcache"),
-                               QStringLiteral("-v"),
-                               QStringLiteral("1"),
-                               QStringLiteral("-a"),
-                               QStringLiteral("i386"),
-                               QStringLiteral("-a"),
-                               QStringLiteral("x86_64"),
-                               QStringLiteral("-m")};
-    auto mkext = [&](const QString &archive, const QString &folder) {
-        QStringList command(std::begin(rebuild), std::end(rebuild));
-        return command << archive << folder;
+    using L = QStringList;
+    const auto rm = [](const QString &path) { return L{"R/bin/rm", "-Rf", path}; };
+    const auto cp = [](const QString &from, const QString &to) {
+        return L{"R/bin/cp", "-R", from, to};
     };
-    const QStringList two{QStringLiteral("S/A.kext"), QStringLiteral("S/Drïver's B.kext")};
-    const QStringList sources{QStringLiteral("S/A.kext"), QStringLiteral("S/Drïver's B.kext")};
+    const auto own = [](const QString &path) { return L{"R/usr/sbin/chown", "-R", "0:0", path}; };
+    const auto mode = [](const QString &path) { return L{"R/bin/chmod", "-R", "755", path}; };
+    const auto touch = [](const QString &path) { return L{"R/usr/bin/touch", path}; };
+    const auto mkext = [](const QString &archive, const QString &folder) {
+        return L{
+            "R/usr/sbin/kextcache", "-v", "1", "-a", "i386", "-a", "x86_64", "-m", archive, folder};
+    };
+    const QString a = QStringLiteral("S/A.kext");
+    const QString b = QStringLiteral("S/Drïver's B.kext");
+    const QStringList two{a, b};
 
-    QTest::newRow("extra: both bundles replaced, mkext rebuilt")
-        << QStringList{ext + "/A.kext", ext + "/Drïver's B.kext", "V/Extra/Extensions.mkext"}
-        << "extra"
+    // Extra/Extensions with an mkext is run end to end; here the branches around it.
+    const QString ext = QStringLiteral("V/Extra/Extensions");
+    QTest::newRow("extra: no mkext, no touch and no rebuild; only the old copy removed")
+        << L{ext + "/Drïver's B.kext"} << "extra"
         << "" << false << false << two
-        << Expected{{"R/bin/rm", "-Rf", ext + "/A.kext"},
-                    {"R/bin/cp", "-R", "S/A.kext", ext},
-                    {"R/bin/rm", "-Rf", ext + "/Drïver's B.kext"},
-                    {"R/bin/cp", "-R", "S/Drïver's B.kext", ext},
-                    {"R/usr/sbin/chown", "-R", "0:0", ext},
-                    {"R/bin/chmod", "-R", "755", ext},
-                    {"R/usr/bin/touch", ext},
-                    mkext("V/Extra/Extensions.mkext", ext)};
-    QTest::newRow("extra: no mkext, no touch and no rebuild; new bundle only copied")
-        << QStringList{ext + "/A.kext"} << "extra"
-        << "" << false << false << two
-        << Expected{{"R/bin/rm", "-Rf", ext + "/A.kext"},
-                    {"R/bin/cp", "-R", "S/A.kext", ext},
-                    {"R/bin/cp", "-R", "S/Drïver's B.kext", ext},
-                    {"R/usr/sbin/chown", "-R", "0:0", ext},
-                    {"R/bin/chmod", "-R", "755", ext}};
+        << Expected{cp(a, ext), rm(ext + "/Drïver's B.kext"), cp(b, ext), own(ext), mode(ext)};
+    const QString store = QStringLiteral("V/Extra/KextStore");
     QTest::newRow("extra: KextStore only always rebuilds, without touch")
-        << QStringList{"V/Extra/KextStore"} << "extra"
-        << "" << false << false << QStringList{"S/A.kext"}
-        << Expected{{"R/bin/cp", "-R", "S/A.kext", "V/Extra/KextStore"},
-                    {"R/usr/sbin/chown", "-R", "0:0", "V/Extra/KextStore"},
-                    {"R/bin/chmod", "-R", "755", "V/Extra/KextStore"},
-                    mkext("V/Extra/Extensions.mkext", "V/Extra/KextStore")};
+        << L{store} << "extra"
+        << "" << false << false << L{a}
+        << Expected{cp(a, store), own(store), mode(store),
+                    mkext("V/Extra/Extensions.mkext", store)};
+    const QString v106 = QStringLiteral("V/Extra/10.6/Extensions");
     QTest::newRow("extra: version folder 10.6 is used, plain Extra left alone")
-        << QStringList{ext + "/A.kext", "V/Extra/Extensions.mkext", "V/Extra/10.6/Extensions",
-                       "V/Extra/10.6/Extensions.mkext"}
-        << "extra"
-        << "10.6" << false << false << QStringList{"S/A.kext"}
-        << Expected{{"R/bin/cp", "-R", "S/A.kext", "V/Extra/10.6/Extensions"},
-                    {"R/usr/sbin/chown", "-R", "0:0", "V/Extra/10.6/Extensions"},
-                    {"R/bin/chmod", "-R", "755", "V/Extra/10.6/Extensions"},
-                    {"R/usr/bin/touch", "V/Extra/10.6/Extensions"},
-                    mkext("V/Extra/10.6/Extensions.mkext", "V/Extra/10.6/Extensions")};
+        << L{ext + "/A.kext", "V/Extra/Extensions.mkext", v106, v106 + ".mkext"} << "extra"
+        << "10.6" << false << false << L{a}
+        << Expected{cp(a, v106), own(v106), mode(v106), touch(v106), mkext(v106 + ".mkext", v106)};
+    QTest::newRow("extra: folders only outside the chosen version")
+        << L{ext} << "extra"
+        << "10.5" << false << false << two << Expected{};
 
     const QString sle = QStringLiteral("V/System/Library/Extensions");
-    const Expected sleInstall{{"R/bin/rm", "-Rf", sle + "/A.kext"},
-                              {"R/bin/cp", "-R", "S/A.kext", sle},
-                              {"R/usr/sbin/chown", "-R", "0:0", sle + "/A.kext"},
-                              {"R/bin/chmod", "-R", "755", sle + "/A.kext"},
-                              {"R/bin/cp", "-R", "S/Drïver's B.kext", sle},
-                              {"R/usr/sbin/chown", "-R", "0:0", sle + "/Drïver's B.kext"},
-                              {"R/bin/chmod", "-R", "755", sle + "/Drïver's B.kext"},
-                              {"R/usr/bin/touch", sle}};
+    const QString sleB = sle + "/Drïver's B.kext";
+    const Expected sleInstall{
+        rm(sle + "/A.kext"), cp(a, sle), own(sle + "/A.kext"), mode(sle + "/A.kext"),
+        cp(b, sle),          own(sleB),  mode(sleB),           touch(sle)};
     const Expected systemCaches{{"R/usr/sbin/kextcache", "-system-caches"},
                                 {"R/usr/sbin/kextcache", "-system-prelinked-kernel"}};
+    const L sleTree{sle + "/A.kext"};
     QTest::newRow("sle: started system with prelink rebuilds the system caches")
-        << QStringList{sle + "/A.kext"} << "sle"
+        << sleTree << "sle"
         << "" << true << true << two << sleInstall + systemCaches;
     QTest::newRow("sle: started system without prelink")
-        << QStringList{sle + "/A.kext"} << "sle"
+        << sleTree << "sle"
         << "" << true << false << two << sleInstall;
-    QTest::newRow("sle: other volume with prelink") << QStringList{sle + "/A.kext"} << "sle"
+    QTest::newRow("sle: other volume with prelink") << sleTree << "sle"
                                                     << "" << false << true << two << sleInstall;
+    const QString lionKey = QStringLiteral("C/Info.plist=<key>Manually recreate Lion cache</key>");
+    const QString version = QStringLiteral("V/System/Library/CoreServices/SystemVersion.plist="
+                                           "<key>ProductVersion</key><string>%1</string>");
     QTest::newRow("sle: Lion cache rebuilt by hand on 10.7")
-        << QStringList{sle + "/A.kext",
-                       "C/Info.plist=<key>Manually recreate Lion cache</key><true/>",
-                       "V/System/Library/CoreServices/SystemVersion.plist="
-                       "<key>ProductVersion</key><string>10.7.5</string>"}
-        << "sle"
+        << sleTree + L{lionKey + "<true/>", version.arg("10.7.5")} << "sle"
         << "" << false << false << two
         << sleInstall +
                Expected{mkext(
                    "V/System/Library/Caches/com.apple.kext.caches/Startup/Extensions.mkext", sle)};
     QTest::newRow("sle: Lion volume but the setting is off")
-        << QStringList{sle + "/A.kext",
-                       "C/Info.plist=<key>Manually recreate Lion cache</key><false/>",
-                       "V/System/Library/CoreServices/SystemVersion.plist="
-                       "<key>ProductVersion</key><string>10.7</string>"}
-        << "sle"
+        << sleTree + L{lionKey + "<false/>", version.arg("10.7")} << "sle"
         << "" << false << false << two << sleInstall;
 
+    const QString pack = QStringLiteral("D/.mkext_pack");
     QTest::newRow("desktop: staging folder packed into Extensions.mkext")
-        << QStringList{ext} << "desktop"
+        << L{ext} << "desktop"
         << "" << true << true << two
-        << Expected{{"R/bin/cp", "-R", "S/A.kext", "D/.mkext_pack"},
-                    {"R/bin/cp", "-R", "S/Drïver's B.kext", "D/.mkext_pack"},
-                    {"R/usr/sbin/chown", "-R", "0:0", "D/.mkext_pack"},
-                    {"R/bin/chmod", "-R", "755", "D/.mkext_pack"},
-                    mkext("D/Extensions.mkext", "D/.mkext_pack"),
-                    {"R/bin/rm", "-R", "D/.mkext_pack"}};
-
-    QTest::newRow("extra: folders only outside the chosen version")
-        << QStringList{ext} << "extra"
-        << "10.5" << false << false << two << Expected{};
+        << Expected{cp(a, pack),
+                    cp(b, pack),
+                    own(pack),
+                    mode(pack),
+                    mkext("D/Extensions.mkext", pack),
+                    L{"R/bin/rm", "-R", pack}};
 }
 
 void TestInstallPlan::commands() {
@@ -290,7 +242,7 @@ void TestInstallPlan::commands() {
     QList<QStringList> ran;
     for (const Command &command : executor.commands) {
         QVERIFY2(command.asRoot, qPrintable(command.toShellLine()));
-        ran << words(command);
+        ran << QStringList{command.tool} + command.args;
     }
     Expected want;
     for (const QStringList &command : expected)
@@ -310,6 +262,7 @@ void TestInstallPlan::viewSequence_data() {
     QTest::addColumn<QStringList>("expected");
     const QString rp = QStringLiteral("state %1/|");
     const QStringList start{"max 1", "disable", "working 1"};
+    const QString done = QStringLiteral("info Selected tasks were finished.");
     QTest::newRow("extra finished") << QStringList{"V/Extra/Extensions"} << "extra"
                                     << start + QStringList{rp,
                                                            "bundle 0/2",
@@ -319,7 +272,7 @@ void TestInstallPlan::viewSequence_data() {
                                                            "enable",
                                                            "reevaluate",
                                                            "working 0",
-                                                           "info Selected tasks were finished.",
+                                                           done,
                                                            "reset"};
     QTest::newRow("extra both folders")
         << QStringList{"V/Extra/Extensions", "V/Extra/KextStore"} << "extra"
@@ -358,7 +311,6 @@ void TestInstallPlan::prepare_data() {
     QTest::addColumn<bool>("prepared");
     QTest::addColumn<int>("authorizeCalls");
     QTest::addColumn<QStringList>("events");
-    QTest::newRow("one entry") << 1 << true << true << 1 << QStringList{"max 0"};
     QTest::newRow("four entries") << 4 << true << true << 1 << QStringList{"max 3"};
     QTest::newRow("empty list, no password asked")
         << 0 << true << false << 0 << QStringList{"error No selected kexts to install."};
@@ -395,20 +347,6 @@ void TestInstallPlan::bundleFromItsOwnDestinationIsKept() {
     QCOMPARE(executor.commands,
              (QList<Command>{{m_root + "/usr/sbin/chown", {"-R", "0:0", ext}, true},
                              {m_root + "/bin/chmod", {"-R", "755", ext}, true}}));
-}
-
-void TestInstallPlan::backupFolderName_data() {
-    QTest::addColumn<QDateTime>("when");
-    QTest::addColumn<QString>("name");
-    QTest::newRow("padded day, month and time") << fixedTime << "05-03 14_07_09";
-    QTest::newRow("24-hour clock, no year")
-        << QDateTime(QDate(1999, 12, 31), QTime(23, 59, 58)) << "31-12 23_59_58";
-}
-
-void TestInstallPlan::backupFolderName() {
-    QFETCH(QDateTime, when);
-    QFETCH(QString, name);
-    QCOMPARE(KextBackup::folderName(when), name);
 }
 
 void TestInstallPlan::backupBeforeReplacing_data() {
