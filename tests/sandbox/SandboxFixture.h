@@ -58,10 +58,7 @@ public:
         QFile log(StandInScripts::logPath(m_root));
         if (!log.open(QIODevice::ReadOnly))
             return {};
-        QStringList lines = QString::fromUtf8(log.readAll()).split(QLatin1Char('\n'));
-        if (!lines.isEmpty() && lines.last().isEmpty())
-            lines.removeLast();
-        return lines;
+        return QString::fromUtf8(log.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     }
 
     void clearLog() const { QFile::remove(StandInScripts::logPath(m_root)); }
