@@ -11,18 +11,10 @@ class TestVolumesVerb : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase();
-    void listing_data();
-    void listing();
-    void badVersionIsUsageError_data();
-    void badVersionIsUsageError();
+    void run_data();
+    void run();
 
 private:
-    struct Result {
-        int status;
-        QString out;
-        QString err;
-    };
-    Result run(const QStringList &args);
     QTemporaryDir m_dir;
     QString m_root;
 };
@@ -44,58 +36,49 @@ void TestVolumesVerb::initTestCase() {
                     "info-other-volume.txt' ;;\nesac\n");
 }
 
-TestVolumesVerb::Result TestVolumesVerb::run(const QStringList &args) {
+void TestVolumesVerb::run_data() {
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QStringList>("lines"); // the Macintosh HD line, then Boot's
+    QTest::addColumn<QString>("err");
+
+    QTest::newRow("version independent")
+        << QStringList{} << 0
+        << QStringList{"Macintosh HD\tstarted system\tS/L/E: yes\tExtra: yes",
+                       "Boot's Ü\t-\tS/L/E: no\tExtra: yes"}
+        << "";
+    QTest::newRow("10.6") << QStringList{"--extra-version", "10.6"} << 0
+                          << QStringList{"Macintosh HD\tstarted system\tS/L/E: yes\tExtra: no",
+                                         "Boot's Ü\t-\tS/L/E: no\tExtra: yes"}
+                          << "";
+    QTest::newRow("unknown version")
+        << QStringList{"--extra-version", "10.8"} << 2 << QStringList()
+        << "kextkeeper volumes: --extra-version must be one of 10.4, 10.5, 10.6, 10.7\n";
+    QTest::newRow("missing value") << QStringList{"--extra-version"} << 2 << QStringList()
+                                   << "kextkeeper volumes: --extra-version needs a value\n";
+    QTest::newRow("stray word") << QStringList{"Macintosh HD"} << 2 << QStringList()
+                                << "kextkeeper volumes: unexpected words\n";
+}
+
+void TestVolumesVerb::run() {
+    QFETCH(QStringList, args);
+    QFETCH(int, status);
+    QFETCH(QStringList, lines);
+    QFETCH(QString, err);
+
     QProcess process;
     process.start(QStringLiteral(KK_BINARY),
                   QStringList{QStringLiteral("--root"), m_root, QStringLiteral("volumes")} + args);
-    process.waitForFinished(30000);
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
-}
-
-void TestVolumesVerb::listing_data() {
-    QTest::addColumn<QStringList>("args");
-    QTest::addColumn<QString>("macLine");
-    QTest::addColumn<QString>("bootLine");
-
-    QTest::newRow("version independent")
-        << QStringList{} << "Macintosh HD\tstarted system\tS/L/E: yes\tExtra: yes"
-        << "Boot's Ü\t-\tS/L/E: no\tExtra: yes";
-    QTest::newRow("10.6") << QStringList{"--extra-version", "10.6"}
-                          << "Macintosh HD\tstarted system\tS/L/E: yes\tExtra: no"
-                          << "Boot's Ü\t-\tS/L/E: no\tExtra: yes";
-}
-
-void TestVolumesVerb::listing() {
-    QFETCH(QStringList, args);
-    QFETCH(QString, macLine);
-    QFETCH(QString, bootLine);
-
-    const Result result = run(args);
-    QCOMPARE(result.status, 0);
-    QCOMPARE(result.err, QString());
+    QVERIFY(process.waitForFinished(30000));
+    QCOMPARE(process.exitCode(), status);
+    QCOMPARE(QString::fromUtf8(process.readAllStandardError()), err);
     // One line per listed volume, in the order of the volume list.
-    const QStringList order = VolumeList::build(SystemPaths(m_root).volumesDir());
-    QStringList expected;
-    for (const QString &title : order)
-        expected << (title == QLatin1String("Macintosh HD") ? macLine : bootLine);
-    QCOMPARE(result.out, expected.join(QLatin1Char('\n')) + QLatin1Char('\n'));
-    QCOMPARE(order.size(), 2);
-}
-
-void TestVolumesVerb::badVersionIsUsageError_data() {
-    QTest::addColumn<QStringList>("args");
-    QTest::newRow("unknown version") << QStringList{"--extra-version", "10.8"};
-    QTest::newRow("missing value") << QStringList{"--extra-version"};
-    QTest::newRow("stray word") << QStringList{"Macintosh HD"};
-}
-
-void TestVolumesVerb::badVersionIsUsageError() {
-    QFETCH(QStringList, args);
-    const Result result = run(args);
-    QCOMPARE(result.status, 2);
-    QVERIFY(result.out.isEmpty());
-    QVERIFY(!result.err.isEmpty());
+    QString out;
+    for (const QString &title : VolumeList::build(SystemPaths(m_root).volumesDir())) {
+        if (!lines.isEmpty())
+            out += lines.at(title == QLatin1String("Macintosh HD") ? 0 : 1) + QLatin1Char('\n');
+    }
+    QCOMPARE(QString::fromUtf8(process.readAllStandardOutput()), out);
 }
 
 QTEST_GUILESS_MAIN(TestVolumesVerb)
