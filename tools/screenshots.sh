@@ -18,5 +18,5 @@ mkdir -p "$home/Desktop" "$home/Downloads"
 # A home and settings of its own: the pictures never show the user's own choices.
 HOME="$home" XDG_CONFIG_HOME="$home/.config" \
     xvfb-run -a -s "-screen 0 1280x900x24" \
-    "$build/tests/e2e/kk_screenshots" "$work/sandbox" docs/screenshots
+    "$build/tools/screenshots/kk_screenshots" "$work/sandbox" docs/screenshots
 ls docs/screenshots/*.png
