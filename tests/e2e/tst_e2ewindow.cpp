@@ -3,11 +3,11 @@
 #include "InstallController.h"
 #include "LoadedPageController.h"
 #include "MaintenanceController.h"
+#include "RecordingSheets.h"
 #include "ReportController.h"
 #include "UnpackController.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/IconAlert.h"
-#include "exec/SheetPresenter.h"
 #include "filesdrop.h"
 #include "maintenance/MkextRebuild.h"
 #include "sandbox/LoadedKextState.h"
@@ -36,280 +36,252 @@
 // its message on the window.
 class TestE2eWindow : public QObject {
     Q_OBJECT
-private slots:
-    void cleanup();
-    void maintenanceWithAllFourOptions_data();
-    void maintenanceWithAllFourOptions();
-    void installTwoDroppedKextsWithBackup();
-    void convertToKextStore_data();
-    void convertToKextStore();
-    void testLoad_data();
-    void testLoad();
-    void unloadFromTheLoadedPage();
-    void unpack();
-    void savedReport();
-
-private:
-    // Builds the sandbox and the window on it; the start-up's own diskutil questions are
-    // taken out of the log so that it holds only what the task ran.
-    void start(bool prelink = false, const QString &fixedRoot = {});
-    template <typename T> T *find(const char *name) const {
-        return m_app->window.findChild<T *>(QLatin1String(name));
-    }
-    template <typename T> T *controller() const { return m_app->delegate.findChild<T *>(); }
-    // Files dropped on the window, as the file manager delivers them.
-    void dropOnWindow(const QStringList &files) const;
-    // Answers the "Continue?" sheet that the Extra menu opened.
-    void answerContinue(const QString &button) const;
-
-    class RecordingSheets final : public SheetPresenter {
-    public:
-        QStringList texts;
-        void showSheet(Kind kind, const QString &, const QString &text, QObject *) override {
-            texts << (kind == Kind::Error ? "error: " : "info: ") + text;
-        }
-    };
 
     std::unique_ptr<E2eSandbox> m_mac;
     std::unique_ptr<AssembledWindow> m_app;
     RecordingSheets m_sheets;
-};
 
-void TestE2eWindow::start(bool prelink, const QString &fixedRoot) {
-    m_mac = std::make_unique<E2eSandbox>();
-    QVERIFY(m_mac->create(fixedRoot));
-    QVERIFY(m_mac->writeSettings(prelink));
-    const SystemPaths paths(m_mac->sandbox.root(), m_mac->home(), m_mac->settingsFolder());
-    SystemPaths::setCurrent(paths);
-    // On a sandbox root commands run directly, as `--root` makes them.
-    AdminAuthentication::Config config;
-    config.direct = true;
-    config.environment = paths.rootEnvironment();
-    AdminAuthentication::configureShared(config, nullptr);
-    m_sheets.texts.clear();
-    IconAlert::configureDefault(paths, AdminAuthentication::sharedInstance(),
-                                Alerts(nullptr, &m_sheets));
-    m_app = std::make_unique<AssembledWindow>(paths);
-    m_app->window.resize(800, 600);
-    m_app->window.show();
-    m_app->delegate.applicationDidFinishLaunching();
-    QCOMPARE(find<QComboBox>("DiskSelMain")->currentText(), QStringLiteral("Macintosh HD"));
-    m_mac->sandbox.clearLog();
-}
-
-void TestE2eWindow::cleanup() {
-    m_app.reset();
-    IconAlert::configureDefault(SystemPaths(), AdminAuthentication::sharedInstance(),
-                                Alerts(nullptr, nullptr));
-    m_mac.reset();
-}
-
-void TestE2eWindow::dropOnWindow(const QStringList &files) const {
-    QList<QUrl> urls;
-    for (const QString &file : files)
-        urls << QUrl::fromLocalFile(file);
-    auto *data = new QMimeData;
-    data->setUrls(urls);
-    QWidget *target = m_app->window.dropTarget();
-    const QPoint at = target->rect().center();
-    QDragEnterEvent enter(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(target, &enter);
-    QDropEvent drop(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(target, &drop);
-    delete data;
-}
-
-void TestE2eWindow::answerContinue(const QString &button) const {
-    QMessageBox *box = nullptr;
-    QTRY_VERIFY((box = m_app->window.findChild<QMessageBox *>()) && box->isVisible());
-    QCOMPARE(box->text(), QStringLiteral("Continue?"));
-    for (QAbstractButton *choice : box->buttons()) {
-        if (choice->text() == button) {
-            choice->click();
-            return;
-        }
+    template <typename T> T *find(const char *name) const {
+        return m_app->window.findChild<T *>(QLatin1String(name));
     }
-    QFAIL("no such button on the sheet");
-}
+    template <typename T> T *controller() const { return m_app->delegate.findChild<T *>(); }
+    // Builds the sandbox and the window on it; the start-up's own diskutil questions are
+    // taken out of the log so that it holds only what the task ran.
+    void start(bool prelink = false, const QString &fixedRoot = {}) {
+        m_mac = std::make_unique<E2eSandbox>();
+        QVERIFY(m_mac->create(fixedRoot));
+        QVERIFY(m_mac->writeSettings(prelink));
+        const SystemPaths paths(m_mac->sandbox.root(), m_mac->home(), m_mac->settingsFolder());
+        SystemPaths::setCurrent(paths);
+        // On a sandbox root commands run directly, as `--root` makes them.
+        AdminAuthentication::Config config;
+        config.direct = true;
+        config.environment = paths.rootEnvironment();
+        AdminAuthentication::configureShared(config, nullptr);
+        m_sheets.texts.clear();
+        IconAlert::configureDefault(paths, AdminAuthentication::sharedInstance(),
+                                    Alerts(nullptr, &m_sheets));
+        m_app = std::make_unique<AssembledWindow>(paths);
+        m_app->window.resize(800, 600);
+        m_app->window.show();
+        m_app->delegate.applicationDidFinishLaunching();
+        QCOMPARE(find<QComboBox>("DiskSelMain")->currentText(), QStringLiteral("Macintosh HD"));
+        m_mac->sandbox.clearLog();
+    }
 
-void TestE2eWindow::maintenanceWithAllFourOptions_data() {
-    QTest::addColumn<bool>("prelink");
-    QTest::newRow("prelink off") << false;
-    QTest::newRow("prelink on") << true;
-}
+    // Files dropped on the window, as the file manager delivers them.
+    void dropOnWindow(const QStringList &files) const {
+        QList<QUrl> urls;
+        for (const QString &file : files)
+            urls << QUrl::fromLocalFile(file);
+        auto *data = new QMimeData;
+        data->setUrls(urls);
+        QWidget *target = m_app->window.dropTarget();
+        const QPoint at = target->rect().center();
+        QDragEnterEvent enter(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(target, &enter);
+        QDropEvent drop(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(target, &drop);
+        delete data;
+    }
 
-void TestE2eWindow::maintenanceWithAllFourOptions() {
-    QFETCH(bool, prelink);
-    start(prelink);
-    // The parents' boxes tick their children: all four options.
-    find<QCheckBox>("cbExtra")->click();
-    find<QCheckBox>("cbSLE")->click();
-    QVERIFY(find<QCheckBox>("cbERP")->isChecked() && find<QCheckBox>("cbERM")->isChecked() &&
-            find<QCheckBox>("cbSLERP")->isChecked() && find<QCheckBox>("cbSLERC")->isChecked());
-    QSignalSpy finished(controller<MaintenanceController>(), &MaintenanceController::jobFinished);
-    find<QPushButton>("bMainButton")->click();
-    QVERIFY(finished.wait(30000));
-    QCOMPARE(m_sheets.texts, QStringList{"info: Selected tasks were finished."});
-    QCOMPARE(m_mac->sandbox.logLines(), m_mac->maintenanceCommands(prelink));
-    QVERIFY(find<QPushButton>("bMainButton")->isEnabled());
-    QVERIFY(QFileInfo(m_mac->r(QStringLiteral("Extra/Extensions.mkext"))).size() > 0);
-}
+    // Answers the "Continue?" sheet that the Extra menu opened.
+    void answerContinue(const QString &button) const {
+        QMessageBox *box = nullptr;
+        QTRY_VERIFY((box = m_app->window.findChild<QMessageBox *>()) && box->isVisible());
+        QCOMPARE(box->text(), QStringLiteral("Continue?"));
+        for (QAbstractButton *choice : box->buttons()) {
+            if (choice->text() == button) {
+                choice->click();
+                return;
+            }
+        }
+        QFAIL("no such button on the sheet");
+    }
 
-void TestE2eWindow::installTwoDroppedKextsWithBackup() {
-    start();
-    const QStringList bundles = m_mac->makeBundlesToInstall();
-    m_app->window.findChild<QAction *>(QStringLiteral("ti_i"))->trigger();
-    // Dropped on the install list, with a file the list does not take between them.
-    auto *table = find<QTableView>("tbkexts");
-    auto *data = new QMimeData;
-    data->setUrls({QUrl::fromLocalFile(bundles[0]),
-                   QUrl::fromLocalFile(m_mac->home() + QStringLiteral("/notes.txt")),
-                   QUrl::fromLocalFile(bundles[1])});
-    QVERIFY(table->model()->dropMimeData(data, Qt::CopyAction, 0, 0, {}));
-    delete data;
-    QCOMPARE(table->model()->rowCount(), 2);
-    QVERIFY(find<QCheckBox>("cbBackup")->isChecked());
+private slots:
+    void cleanup() {
+        m_app.reset();
+        IconAlert::configureDefault(SystemPaths(), AdminAuthentication::sharedInstance(),
+                                    Alerts(nullptr, nullptr));
+        m_mac.reset();
+    }
 
-    QSignalSpy ended(controller<InstallController>(), &InstallController::installationEnded);
-    find<QPushButton>("bInstButton")->click();
-    QVERIFY(ended.wait(30000));
-    QCOMPARE(m_sheets.texts, QStringList{"info: Selected tasks were finished."});
-    QCOMPARE(m_mac->sandbox.logLines(), m_mac->installCommands(bundles));
-    QVERIFY(m_mac->installedWithBackup());
-}
+    void maintenanceWithAllFourOptions_data() {
+        QTest::addColumn<bool>("prelink");
+        QTest::newRow("prelink off") << false;
+        QTest::newRow("prelink on") << true;
+    }
 
-void TestE2eWindow::convertToKextStore_data() {
-    QTest::addColumn<bool>("kextcache");
-    QTest::newRow("with kextcache") << true;
-    QTest::newRow("without kextcache") << false;
-}
+    void maintenanceWithAllFourOptions() {
+        QFETCH(bool, prelink);
+        start(prelink);
+        // The parents' boxes tick their children: all four options.
+        find<QCheckBox>("cbExtra")->click();
+        find<QCheckBox>("cbSLE")->click();
+        QVERIFY(find<QCheckBox>("cbERP")->isChecked() && find<QCheckBox>("cbERM")->isChecked() &&
+                find<QCheckBox>("cbSLERP")->isChecked() && find<QCheckBox>("cbSLERC")->isChecked());
+        QSignalSpy finished(controller<MaintenanceController>(),
+                            &MaintenanceController::jobFinished);
+        find<QPushButton>("bMainButton")->click();
+        QVERIFY(finished.wait(30000));
+        QCOMPARE(m_sheets.texts, QStringList{"info: Selected tasks were finished."});
+        QCOMPARE(m_mac->sandbox.logLines(), m_mac->maintenanceCommands(prelink));
+        QVERIFY(find<QPushButton>("bMainButton")->isEnabled());
+        QVERIFY(QFileInfo(m_mac->r(QStringLiteral("Extra/Extensions.mkext"))).size() > 0);
+    }
 
-void TestE2eWindow::convertToKextStore() {
-    QFETCH(bool, kextcache);
-    start();
-    const QString tool = m_mac->sandbox.path(QStringLiteral("/usr/sbin/kextcache"));
-    if (!kextcache)
-        QVERIFY(QFile::remove(tool));
-    // The archive must come from this run.
-    const QString mkext = m_mac->r(QStringLiteral("Extra/Extensions.mkext"));
-    QVERIFY(QFile::remove(mkext));
-    setKextkeeperExecutable(QStringLiteral(KK_BINARY));
-    m_app->window.findChild<QAction *>(QStringLiteral("MI_CreateEKS"))->trigger();
-    answerContinue(QStringLiteral("Yes"));
-    // Our own builder writes no line in the log: only the move is there without kextcache.
-    QStringList expected = m_mac->kextStoreCommands();
-    if (!kextcache)
-        expected.removeLast();
-    QTRY_COMPARE_WITH_TIMEOUT(m_mac->sandbox.logLines(), expected, 30000);
-    QVERIFY(m_mac->convertedToKextStore());
-    QTRY_VERIFY(QFileInfo(mkext).size() > 0);
-    QVERIFY(m_sheets.texts.isEmpty());
-    QCOMPARE(m_app->window.statusBar()->currentMessage(),
-             kextcache ? QString()
-                       : tool + QStringLiteral(" is missing: the built-in mkext builder is used "
-                                               "instead."));
-}
+    void installTwoDroppedKextsWithBackup() {
+        start();
+        const QStringList bundles = m_mac->makeBundlesToInstall();
+        find<QAction>("ti_i")->trigger();
+        // Dropped on the install list, with a file the list does not take between them.
+        auto *table = find<QTableView>("tbkexts");
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(bundles[0]),
+                      QUrl::fromLocalFile(m_mac->home() + QStringLiteral("/notes.txt")),
+                      QUrl::fromLocalFile(bundles[1])});
+        QVERIFY(table->model()->dropMimeData(&data, Qt::CopyAction, 0, 0, {}));
+        QCOMPARE(table->model()->rowCount(), 2);
+        QVERIFY(find<QCheckBox>("cbBackup")->isChecked());
 
-void TestE2eWindow::testLoad_data() {
-    E2eSandbox::testLoadRows();
-}
+        QSignalSpy ended(controller<InstallController>(), &InstallController::installationEnded);
+        find<QPushButton>("bInstButton")->click();
+        QVERIFY(ended.wait(30000));
+        QCOMPARE(m_sheets.texts, QStringList{"info: Selected tasks were finished."});
+        QCOMPARE(m_mac->sandbox.logLines(), m_mac->installCommands(bundles));
+        QVERIFY(m_mac->installedWithBackup());
+    }
 
-void TestE2eWindow::testLoad() {
-    QFETCH(QString, bundle);
-    QFETCH(QString, identifier);
-    QFETCH(QString, error);
-    start();
-    const QString kext = m_mac->r(bundle);
-    m_app->window.findChild<QAction *>(QStringLiteral("ti_c"))->trigger();
-    dropOnWindow({kext});
-    QCOMPARE(find<QLineEdit>("kPath")->text(), kext);
-    find<QPushButton>("bKextLoad")->click();
-    QCOMPARE(m_mac->sandbox.logLines(), m_mac->testLoadCommands(kext));
-    QCOMPARE(m_sheets.texts,
-             error.isEmpty() ? QStringList{} : QStringList{"error: " + error.arg(kext)});
-    const QList<LoadedKext> kexts = LoadedKextState(m_mac->sandbox.root()).read();
-    QCOMPARE(LoadedKextState::find(kexts, identifier) != nullptr, error.isEmpty());
-}
+    void convertToKextStore_data() {
+        QTest::addColumn<bool>("kextcache");
+        QTest::newRow("with kextcache") << true;
+        QTest::newRow("without kextcache") << false;
+    }
 
-void TestE2eWindow::unloadFromTheLoadedPage() {
-    start();
-    m_app->window.findChild<QAction *>(QStringLiteral("ti_l"))->trigger();
-    auto *table = find<QTableView>("tbLoaded");
-    const QStringList before = qobject_cast<QStringListModel *>(table->model())->stringList();
-    const qsizetype row = before.indexOf(QStringLiteral("org.example.driver.AudioPatch (1.2)"));
-    QVERIFY2(row >= 0, qPrintable(before.join('\n')));
-    // The details pane opens, the kext is found in the index, and it is unloaded.
-    find<QToolButton>("buttonslide")->click();
-    table->selectRow(int(row));
-    // The index has the started system's own path, not the one through /Volumes.
-    const QString kext =
-        m_mac->sandbox.path(QStringLiteral("/Extra/Extensions/ExampleAudioPatch.kext"));
-    QCOMPARE(find<QLineEdit>("tfKPath")->text(), kext);
-    find<QPushButton>("bUnload")->click();
+    void convertToKextStore() {
+        QFETCH(bool, kextcache);
+        start();
+        const QString tool = m_mac->sandbox.path(QStringLiteral("/usr/sbin/kextcache"));
+        if (!kextcache)
+            QVERIFY(QFile::remove(tool));
+        // The archive must come from this run.
+        const QString mkext = m_mac->r(QStringLiteral("Extra/Extensions.mkext"));
+        QVERIFY(QFile::remove(mkext));
+        setKextkeeperExecutable(QStringLiteral(KK_BINARY));
+        find<QAction>("MI_CreateEKS")->trigger();
+        answerContinue(QStringLiteral("Yes"));
+        // Our own builder writes no line in the log: only the move is there without kextcache.
+        QStringList expected = m_mac->kextStoreCommands();
+        if (!kextcache)
+            expected.removeLast();
+        QTRY_COMPARE_WITH_TIMEOUT(m_mac->sandbox.logLines(), expected, 30000);
+        QVERIFY(m_mac->convertedToKextStore());
+        QTRY_VERIFY(QFileInfo(mkext).size() > 0);
+        QVERIFY(m_sheets.texts.isEmpty());
+        QCOMPARE(m_app->window.statusBar()->currentMessage(),
+                 kextcache
+                     ? QString()
+                     : tool + QStringLiteral(" is missing: the built-in mkext builder is used "
+                                             "instead."));
+    }
 
-    const QString kextstat = m_mac->tool(QStringLiteral("/usr/sbin/kextstat"), {});
-    QCOMPARE(
-        m_mac->sandbox.logLines(),
-        (QStringList{kextstat, m_mac->tool(QStringLiteral("/sbin/kextunload"), {kext}), kextstat}));
-    QVERIFY(m_sheets.texts.isEmpty());
-    const QStringList after = qobject_cast<QStringListModel *>(table->model())->stringList();
-    QCOMPARE(after.size(), before.size() - 1);
-    QVERIFY(!after.contains(before.at(row)));
-    QCOMPARE(find<QLabel>("lbLdedFnd")->text(), QStringLiteral("Found: %1").arg(after.size()));
-    QVERIFY(find<QLineEdit>("tfKPath")->text().isEmpty());
-}
+    void testLoad_data() { E2eSandbox::testLoadRows(); }
 
-void TestE2eWindow::unpack() {
-    start();
-    const QString mkext = m_mac->r(QStringLiteral("Extra/Extensions.mkext"));
-    const QString folder = m_mac->desktop() + QStringLiteral("/Mkext Contents");
-    QVERIFY(QDir().mkpath(folder));
-    m_app->window.findChild<QAction *>(QStringLiteral("ti_u"))->trigger();
-    dropOnWindow({mkext});
-    QVERIFY(
-        find<QPlainTextEdit>("tvMkext")->toPlainText().startsWith(QLatin1String("Found 4 kexts:")));
-    find<QComboBox>("MkArch")->setCurrentText(QStringLiteral("i386"));
-    QCOMPARE(find<QLineEdit>("MKUnPath")->text(), folder);
-    find<QPushButton>("bUnpck")->click();
+    void testLoad() {
+        QFETCH(QString, bundle);
+        QFETCH(QString, identifier);
+        QFETCH(QString, error);
+        start();
+        const QString kext = m_mac->r(bundle);
+        find<QAction>("ti_c")->trigger();
+        dropOnWindow({kext});
+        QCOMPARE(find<QLineEdit>("kPath")->text(), kext);
+        find<QPushButton>("bKextLoad")->click();
+        QCOMPARE(m_mac->sandbox.logLines(), m_mac->testLoadCommands(kext));
+        QCOMPARE(m_sheets.texts,
+                 error.isEmpty() ? QStringList{} : QStringList{"error: " + error.arg(kext)});
+        const QList<LoadedKext> kexts = LoadedKextState(m_mac->sandbox.root()).read();
+        QCOMPARE(LoadedKextState::find(kexts, identifier) != nullptr, error.isEmpty());
+    }
 
-    const QString tool = QStringLiteral("/usr/sbin/mkextunpack");
-    QCOMPARE(m_mac->sandbox.logLines(),
-             (QStringList{m_mac->tool(tool, {"-v", mkext}),
-                          m_mac->tool(tool, {"-a", "i386", "-d", folder, mkext})}));
-    QStringList unpacked = QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    unpacked.sort();
-    QCOMPARE(unpacked,
-             (QStringList{"ExampleAudioPatch.kext", "ExampleCPUTemp.kext", "ExampleDiskShim.kext",
-                          "ExampleEthernet.kext", "ExampleSensors.kext"}));
-    QCOMPARE(m_sheets.texts.size(), 1);
-    QVERIFY2(m_sheets.texts.first().startsWith(QLatin1String("info: ")),
-             qPrintable(m_sheets.texts.first()));
-}
+    void unloadFromTheLoadedPage() {
+        start();
+        find<QAction>("ti_l")->trigger();
+        auto *table = find<QTableView>("tbLoaded");
+        const QStringList before = qobject_cast<QStringListModel *>(table->model())->stringList();
+        const qsizetype row = before.indexOf(QStringLiteral("org.example.driver.AudioPatch (1.2)"));
+        QVERIFY2(row >= 0, qPrintable(before.join('\n')));
+        // The details pane opens, the kext is found in the index, and it is unloaded.
+        find<QToolButton>("buttonslide")->click();
+        table->selectRow(int(row));
+        // The index has the started system's own path, not the one through /Volumes.
+        const QString kext =
+            m_mac->sandbox.path(QStringLiteral("/Extra/Extensions/ExampleAudioPatch.kext"));
+        QCOMPARE(find<QLineEdit>("tfKPath")->text(), kext);
+        find<QPushButton>("bUnload")->click();
 
-void TestE2eWindow::savedReport() {
-    const QString root = E2eSandbox::reportRoot(QStringLiteral("win"));
-    start(false, root);
-    QString offered;
-    const QString file = m_mac->desktop() + QStringLiteral("/report.txt");
-    auto *report = m_app->loaded.reportController();
-    report->setSavePanel([&offered, file](const QString &name, auto done) {
-        offered = name;
-        done(1, file);
-    });
-    QSignalSpy ended(report, &ReportController::reportEnded);
-    m_app->window.findChild<QAction *>(QStringLiteral("MI_CreateList"))->trigger();
-    QVERIFY(ended.wait(30000));
-    QCOMPARE(offered, QStringLiteral("Sandbox Mac"));
-    QCOMPARE(m_sheets.texts, QStringList{"info: Saved."});
-    QFile saved(file);
-    QVERIFY(saved.open(QIODevice::ReadOnly));
-    QCOMPARE(QString::fromUtf8(saved.readAll()), E2eSandbox::expectedReport(root));
-    QStringList log = m_mac->sandbox.logLines();
-    QVERIFY(!log.isEmpty());
-    QCOMPARE(log.takeFirst(), m_mac->software());
-    log.sort();
-    QCOMPARE(log, m_mac->reportCommands());
-}
+        const QString kextstat = m_mac->tool(QStringLiteral("/usr/sbin/kextstat"), {});
+        QCOMPARE(m_mac->sandbox.logLines(),
+                 (QStringList{kextstat, m_mac->tool(QStringLiteral("/sbin/kextunload"), {kext}),
+                              kextstat}));
+        QVERIFY(m_sheets.texts.isEmpty());
+        const QStringList after = qobject_cast<QStringListModel *>(table->model())->stringList();
+        QCOMPARE(after.size(), before.size() - 1);
+        QVERIFY(!after.contains(before.at(row)));
+        QCOMPARE(find<QLabel>("lbLdedFnd")->text(), QStringLiteral("Found: %1").arg(after.size()));
+        QVERIFY(find<QLineEdit>("tfKPath")->text().isEmpty());
+    }
+
+    void unpack() {
+        start();
+        const QString mkext = m_mac->r(QStringLiteral("Extra/Extensions.mkext"));
+        const QString folder = m_mac->desktop() + QStringLiteral("/Mkext Contents");
+        QVERIFY(QDir().mkpath(folder));
+        find<QAction>("ti_u")->trigger();
+        dropOnWindow({mkext});
+        QVERIFY(find<QPlainTextEdit>("tvMkext")->toPlainText().startsWith(
+            QLatin1String("Found 4 kexts:")));
+        find<QComboBox>("MkArch")->setCurrentText(QStringLiteral("i386"));
+        QCOMPARE(find<QLineEdit>("MKUnPath")->text(), folder);
+        find<QPushButton>("bUnpck")->click();
+
+        const QString tool = QStringLiteral("/usr/sbin/mkextunpack");
+        QCOMPARE(m_mac->sandbox.logLines(),
+                 (QStringList{m_mac->tool(tool, {"-v", mkext}),
+                              m_mac->tool(tool, {"-a", "i386", "-d", folder, mkext})}));
+        QCOMPARE(QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
+                 E2eSandbox::unpackedKexts());
+        QCOMPARE(m_sheets.texts.size(), 1);
+        QVERIFY2(m_sheets.texts.first().startsWith(QLatin1String("info: ")),
+                 qPrintable(m_sheets.texts.first()));
+    }
+
+    void savedReport() {
+        const QString root = E2eSandbox::reportRoot(QStringLiteral("win"));
+        start(false, root);
+        QString offered;
+        const QString file = m_mac->desktop() + QStringLiteral("/report.txt");
+        auto *report = m_app->loaded.reportController();
+        report->setSavePanel([&offered, file](const QString &name, auto done) {
+            offered = name;
+            done(1, file);
+        });
+        QSignalSpy ended(report, &ReportController::reportEnded);
+        find<QAction>("MI_CreateList")->trigger();
+        QVERIFY(ended.wait(30000));
+        QCOMPARE(offered, QStringLiteral("Sandbox Mac"));
+        QCOMPARE(m_sheets.texts, QStringList{"info: Saved."});
+        QFile saved(file);
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(saved.readAll()), E2eSandbox::expectedReport(root));
+        QStringList log = m_mac->sandbox.logLines();
+        QVERIFY(!log.isEmpty());
+        QCOMPARE(log.takeFirst(), m_mac->software());
+        log.sort();
+        QCOMPARE(log, m_mac->reportCommands());
+    }
+};
 
 QTEST_MAIN(TestE2eWindow)
 #include "tst_e2ewindow.moc"
