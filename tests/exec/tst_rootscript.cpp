@@ -30,9 +30,8 @@ private slots:
     void init();
     void scriptLine_data();
     void scriptLine();
-    void argumentReachesTheToolAsOneWord_data();
-    void argumentReachesTheToolAsOneWord();
-    void errorTextIsTheAnswer();
+    void run_data();
+    void run();
     void refusedAuthorizationLeavesTheScript();
 
 private:
@@ -64,65 +63,60 @@ void TestRootScript::init() {
 
 void TestRootScript::scriptLine_data() {
     QTest::addColumn<QString>("home");
-    QTest::addColumn<QString>("command");
     QTest::addColumn<QString>("argument");
-    QTest::addColumn<QString>("line");
-    QTest::newRow("empty argument") << "/Users/user"
-                                    << "kextload"
-                                    << ""
-                                    << "kextload '' 2> /Users/user/qz_log.txt";
+    QTest::addColumn<QString>("line"); // its first word is the command
+    QTest::newRow("empty argument")
+        << QString("/Users/user") << QString() << QString("kextload '' 2> /Users/user/qz_log.txt");
     QTest::newRow("apostrophe cannot end the quoting")
-        << "/Users/user"
-        << "kextload"
-        << "/x/It's.kext"
-        << "kextload '/x/It'\\''s.kext' 2> /Users/user/qz_log.txt";
+        << QString("/Users/user") << QString("/x/It's.kext")
+        << QString("kextload '/x/It'\\''s.kext' 2> /Users/user/qz_log.txt");
     QTest::newRow("home with a blank is quoted")
-        << "/Users/Jo Doe"
-        << "kextunload"
-        << "/a.kext"
-        << "kextunload '/a.kext' 2> '/Users/Jo Doe/qz_log.txt'";
+        << QString("/Users/Jo Doe") << QString("/a.kext")
+        << QString("kextunload '/a.kext' 2> '/Users/Jo Doe/qz_log.txt'");
 }
 
 void TestRootScript::scriptLine() {
     QFETCH(QString, home);
-    QFETCH(QString, command);
     QFETCH(QString, argument);
     QFETCH(QString, line);
     AdminAuthentication auth(directConfig(), nullptr, nullptr);
     RootScript script(auth, home);
-    QCOMPARE(script.scriptLine(command, argument), line);
+    QCOMPARE(script.scriptLine(line.section(' ', 0, 0), argument), line);
     QCOMPARE(script.scriptPath(), home + "/qz_scr.sh");
 }
 
-void TestRootScript::argumentReachesTheToolAsOneWord_data() {
+void TestRootScript::run_data() {
+    QTest::addColumn<QString>("tool");
     QTest::addColumn<QString>("argument");
-    QTest::newRow("empty") << "";
-    QTest::newRow("hostile") << "/tmp/it's $(touch pwned) `id` ; rm -rf x.kext";
-    QTest::newRow("non-ASCII") << "/Volumes/Données/Ünï.kext";
+    QTest::addColumn<QString>("received"); // by the recording tool, one word per line
+    QTest::addColumn<QString>("answer");   // the tool's error output
+    const QString record = QStringLiteral("kextrecord");
+    const QString hostile = QStringLiteral("/tmp/it's $(touch pwned) `id` ; rm -rf x.kext");
+    const QString nonAscii = QStringLiteral("/Volumes/Données/Ünï.kext");
+    QTest::newRow("empty argument") << record << QString() << "[]\n" << QString();
+    QTest::newRow("hostile argument") << record << hostile << "[" + hostile + "]\n" << QString();
+    QTest::newRow("non-ASCII argument") << record << nonAscii << "[" + nonAscii + "]\n"
+                                        << QString();
+    QTest::newRow("error text is the answer")
+        << QStringLiteral("kextfail") << QStringLiteral("/x/A.kext") << QString()
+        << QStringLiteral("/x/A.kext failed to load - (libkern/kext) not loadable\nsecond line\n");
 }
 
-void TestRootScript::argumentReachesTheToolAsOneWord() {
+// The argument reaches the tool as one word, never as shell code; the tool's error output
+// is the answer; neither the script nor its log is left behind.
+void TestRootScript::run() {
+    QFETCH(QString, tool);
     QFETCH(QString, argument);
+    QFETCH(QString, received);
+    QFETCH(QString, answer);
     const QString record = m_dir->filePath("record.txt");
     qputenv("RECORD", record.toLocal8Bit());
     RecordingLog log;
     AdminAuthentication auth(directConfig(), nullptr, &log);
     RootScript script(auth, m_home);
-    const std::optional<QString> answer = script.run("kextrecord", argument);
-    QCOMPARE(answer.value_or("absent"), QString());
-    QCOMPARE(QString::fromUtf8(readFile(record)), "[" + argument + "]\n");
+    QCOMPARE(script.run(tool, argument).value_or("absent"), answer);
+    QCOMPARE(QString::fromUtf8(readFile(record)), received);
     QVERIFY(!QFile::exists(m_dir->filePath("pwned")));
-    QVERIFY(!QFile::exists(script.scriptPath()));
-    QVERIFY(!QFile::exists(script.logPath()));
-}
-
-void TestRootScript::errorTextIsTheAnswer() {
-    AdminAuthentication auth(directConfig(), nullptr, nullptr);
-    RootScript script(auth, m_home);
-    const std::optional<QString> answer = script.run("kextfail", "/x/A.kext");
-    QCOMPARE(answer.value_or("absent"),
-             QStringLiteral("/x/A.kext failed to load - (libkern/kext) not loadable\nsecond "
-                            "line\n"));
     QVERIFY(!QFile::exists(script.scriptPath()));
     QVERIFY(!QFile::exists(script.logPath()));
 }
