@@ -40,11 +40,7 @@ public:
     }
     void writeProductVersion(const QString &version) const {
         writeFile(QStringLiteral("System/Library/CoreServices/SystemVersion.plist"),
-                  "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                  "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-                  "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-                  "<plist version=\"1.0\"><dict>\n"
-                  "<key>ProductName</key><string>Mac OS X</string>\n"
+                  "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>\n"
                   "<key>ProductVersion</key><string>" +
                       version.toUtf8() + "</string>\n</dict></plist>\n");
     }
