@@ -1,11 +1,12 @@
+#include "ChildWidget.h"
 #include "LoadedDelegate.h"
 #include "LoadedPageController.h"
 #include "MainWindow.h"
+#include "RecordingSheets.h"
 #include "ReportController.h"
 #include "TestScripts.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/IconAlert.h"
-#include "exec/SheetPresenter.h"
 #include "pages/LoadedPage.h"
 
 #include <QAction>
@@ -15,6 +16,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QStringListModel>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
@@ -27,29 +29,17 @@ class TestLoadedPage : public QObject {
 private slots:
     void init();
     void cleanup();
+    void refreshFromAnotherPage_data();
     void refreshFromAnotherPage();
-    void menuSelectsToolbarItem();
     void filterAndClear();
     void selectionWaitsForTheOpenPane();
-    void unloadFailureShowsTheToolsText();
-    void reloadKeepsListAndPane();
+    void unloadFailsReloadWorks();
     void reportNotSaved_data();
     void reportNotSaved();
 
 private:
-    class RecordingSheets final : public SheetPresenter {
-    public:
-        QStringList shown;
-        void showSheet(Kind kind, const QString &, const QString &text, QObject *) override {
-            shown << (kind == Kind::Error ? "error: " : "info: ") + text;
-        }
-    };
-
     template <typename T> T *find(const char *name) const {
-        T *widget = m_window->findChild<T *>(QLatin1String(name));
-        if (!widget)
-            qFatal("no %s in the window", name);
-        return widget;
+        return childWidget<T>(*m_window, name);
     }
     QLineEdit *tfLdedFltr() const { return find<QLineEdit>("tfLdedFltr"); }
     QString found() const { return find<QLabel>("lbLdedFnd")->text(); }
@@ -61,7 +51,11 @@ private:
         QTest::mouseClick(find<QAbstractButton>(name), Qt::LeftButton);
     }
     void trigger(const char *action) const { m_window->action(QLatin1String(action))->trigger(); }
-    QStringList rows() const { return m_delegate->pageController()->aLoaded(); }
+    // What the table shows.
+    QStringList rows() const {
+        const auto *model = qobject_cast<QStringListModel *>(find<QTableView>("tbLoaded")->model());
+        return model ? model->stringList() : QStringList{"no string list model"};
+    }
     QString root() const { return m_dir->filePath(QStringLiteral("root")); }
     void makeKext(const QString &name, const QString &identifier) const;
     void selectRow(const QString &text) const;
@@ -119,7 +113,7 @@ void TestLoadedPage::init() {
     config.direct = true;
     config.environment = paths.rootEnvironment();
     m_session = std::make_unique<AdminAuthentication>(config, nullptr, nullptr);
-    m_sheets.shown.clear();
+    m_sheets.texts.clear();
     IconAlert::configureDefault(paths, *m_session, Alerts(nullptr, &m_sheets));
 
     m_window = std::make_unique<MainWindow>();
@@ -159,14 +153,23 @@ void TestLoadedPage::expandPane() const {
     QVERIFY(!find<QToolButton>("buttonslide")->isChecked());
 }
 
+// The toolbar item and the menu item both refresh the page and leave the toolbar on it.
+void TestLoadedPage::refreshFromAnotherPage_data() {
+    QTest::addColumn<QString>("action");
+    QTest::newRow("toolbar") << "ti_l";
+    QTest::newRow("menu") << "MI_Loaded";
+}
+
 void TestLoadedPage::refreshFromAnotherPage() {
+    QFETCH(QString, action);
     m_window->showPage(PageChecking);
+    m_window->selectToolbarItem(QStringLiteral("ti_c"));
     tfLdedFltr()->setText(QStringLiteral("old filter"));
-    trigger("ti_l");
+    trigger(qPrintable(action));
 
     QCOMPARE(m_window->currentPage(), int(PageLoaded));
+    QCOMPARE(m_window->selectedToolbarItem(), QStringLiteral("ti_l"));
     QCOMPARE(rows(), (QStringList{iokit, acpi, voodoo}));
-    QCOMPARE(find<QTableView>("tbLoaded")->model()->rowCount(), 3);
     QCOMPARE(found(), QStringLiteral("Found: 3"));
     QCOMPARE(tfLdedFltr()->text(), QString());
     QVERIFY(find<QToolButton>("buttonslide")->isChecked());
@@ -175,25 +178,15 @@ void TestLoadedPage::refreshFromAnotherPage() {
     // On the page itself an open pane keeps its height; the toggle reads collapsed.
     expandPane();
     QTRY_COMPARE(paneHeight(), LoadedPageController::expandedHeight);
-    trigger("ti_l");
+    trigger(qPrintable(action));
     QVERIFY(find<QToolButton>("buttonslide")->isChecked());
     QCOMPARE(paneHeight(), LoadedPageController::expandedHeight);
-}
-
-void TestLoadedPage::menuSelectsToolbarItem() {
-    m_window->showPage(PageMaintenance);
-    m_window->selectToolbarItem(QStringLiteral("ti_m"));
-    trigger("MI_Loaded");
-    QCOMPARE(m_window->currentPage(), int(PageLoaded));
-    QCOMPARE(m_window->selectedToolbarItem(), QStringLiteral("ti_l"));
-    QCOMPARE(found(), QStringLiteral("Found: 3"));
 }
 
 void TestLoadedPage::filterAndClear() {
     trigger("ti_l");
     QTest::keyClicks(tfLdedFltr(), QStringLiteral("IOKIT"));
     QCOMPARE(rows(), (QStringList{iokit, acpi}));
-    QCOMPARE(find<QTableView>("tbLoaded")->model()->rowCount(), 2);
     QCOMPARE(found(), QStringLiteral("Found: 2"));
     // Clearing the field brings every row of the last refresh back.
     tfLdedFltr()->selectAll();
@@ -225,7 +218,7 @@ void TestLoadedPage::selectionWaitsForTheOpenPane() {
     QCOMPARE(find<QLineEdit>("tfKPath")->text(), QString());
     QVERIFY(!ka64() && !ka32());
     click("bUnload");
-    QVERIFY(m_sheets.shown.isEmpty());
+    QVERIFY(m_sheets.texts.isEmpty());
     QCOMPARE(found(), QStringLiteral("Found: 3"));
     click("buttonslide");
     QTRY_COMPARE(paneHeight(), LoadedPageController::collapsedHeight);
@@ -234,28 +227,25 @@ void TestLoadedPage::selectionWaitsForTheOpenPane() {
     QTRY_COMPARE(paneHeight(), LoadedPageController::expandedHeight);
 }
 
-void TestLoadedPage::unloadFailureShowsTheToolsText() {
+// A failed unload shows the tool's own words; a reload shows the list of before (the
+// stand-in unload did take VoodooHDA out of the listing). Both keep the pane.
+void TestLoadedPage::unloadFailsReloadWorks() {
     makeKext(QStringLiteral("Extra/Extensions/Busy.kext"), QStringLiteral("com.apple.kpi.iokit"));
     trigger("ti_l");
     expandPane();
     selectRow(iokit);
     QCOMPARE(kname(), QStringLiteral("Busy.kext"));
     click("bUnload");
-    QCOMPARE(m_sheets.shown,
+    QCOMPARE(m_sheets.texts,
              QStringList{"error: Failed to unload com.example.Busy - (libkern/kext) kext is in "
                          "use or retained (cannot unload).\n"});
     QCOMPARE(found(), QStringLiteral("Found: 3"));
     QCOMPARE(kname(), QStringLiteral("Busy.kext"));
-}
 
-void TestLoadedPage::reloadKeepsListAndPane() {
-    trigger("ti_l");
-    expandPane();
+    m_sheets.texts.clear();
     selectRow(voodoo);
     click("bReload");
-    QVERIFY(m_sheets.shown.isEmpty());
-    // The stand-in unload did take the kext out of the listing, but a reload shows the
-    // list of before and keeps the pane.
+    QVERIFY(m_sheets.texts.isEmpty());
     QCOMPARE(found(), QStringLiteral("Found: 3"));
     QCOMPARE(kname(), QStringLiteral("VoodooHDA.kext"));
 }
@@ -284,7 +274,7 @@ void TestLoadedPage::reportNotSaved() {
     trigger("MI_CreateList");
     // A cancelled panel ends nothing; an abandoned report ends with its error.
     QCOMPARE(ended.wait(sheets.isEmpty() ? 500 : 20000), !sheets.isEmpty());
-    QCOMPARE(m_sheets.shown, sheets);
+    QCOMPARE(m_sheets.texts, sheets);
     QVERIFY(!QFile::exists(file));
 }
 
