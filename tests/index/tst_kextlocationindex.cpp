@@ -54,40 +54,40 @@ private slots:
 private:
     std::unique_ptr<QTemporaryDir> m_dir;
     QString root() const { return m_dir->path(); }
-    QString settings() const { return root() + QStringLiteral("/Contents/CustomKextDirs.plist"); }
+    QString settings() const { return root() + "/Contents/CustomKextDirs.plist"; }
 };
 
 void TestKextLocationIndex::init() {
     m_dir = std::make_unique<QTemporaryDir>();
-    QDir().mkpath(root() + QStringLiteral("/Contents"));
+    QDir().mkpath(root() + "/Contents");
 }
 
 void TestKextLocationIndex::indexesEveryEntry() {
-    const QString folder = root() + QStringLiteral("/Ext");
-    makeKext(folder + QStringLiteral("/A.kext"), QStringLiteral("com.example.a"));
-    writeFile(folder + QStringLiteral("/.DS_Store"), "junk");
-    writeFile(folder + QStringLiteral("/readme.txt"), "hello");
-    writeFile(folder + QStringLiteral("/.hidden"), "");
-    writeFile(root() + QStringLiteral("/plain"), "x");
+    const QString folder = root() + "/Ext";
+    makeKext(folder + "/A.kext", "com.example.a");
+    writeFile(folder + "/.DS_Store", "junk");
+    writeFile(folder + "/readme.txt", "hello");
+    writeFile(folder + "/.hidden", "");
+    writeFile(root() + "/plain", "x");
 
     KextLocationIndex index(settings());
-    QCOMPARE(index.FindPath(QStringLiteral("com.example.a")), QString());
+    QCOMPARE(index.FindPath("com.example.a"), QString());
     // A folder that is missing or a file adds nothing.
-    index.FillLists(root() + QStringLiteral("/missing"));
-    index.FillLists(root() + QStringLiteral("/plain"));
+    index.FillLists(root() + "/missing");
+    index.FillLists(root() + "/plain");
     QVERIFY(index.pathes().isEmpty());
     index.FillLists(folder);
     QCOMPARE(index.pathes().size(), 3);
     QCOMPARE(index.idbundles().size(), 3);
-    const qsizetype a = index.pathes().indexOf(folder + QStringLiteral("/A.kext"));
-    const qsizetype text = index.pathes().indexOf(folder + QStringLiteral("/readme.txt"));
-    QVERIFY(a >= 0 && text >= 0 && index.pathes().contains(folder + QStringLiteral("/.hidden")));
-    QCOMPARE(index.idbundles().at(a), QStringLiteral("com.example.a"));
+    const qsizetype a = index.pathes().indexOf(folder + "/A.kext");
+    const qsizetype text = index.pathes().indexOf(folder + "/readme.txt");
+    QVERIFY(a >= 0 && text >= 0 && index.pathes().contains(folder + "/.hidden"));
+    QCOMPARE(index.idbundles().at(a), "com.example.a");
     QCOMPARE(index.idbundles().at(text), QString());
     // Only the whole identifier, with its case, finds the kext.
-    QCOMPARE(index.FindPath(QStringLiteral("com.example.a")), folder + QStringLiteral("/A.kext"));
-    QCOMPARE(index.FindPath(QStringLiteral("com.example.A")), QString());
-    QCOMPARE(index.FindPath(QStringLiteral("com.example")), QString());
+    QCOMPARE(index.FindPath("com.example.a"), folder + "/A.kext");
+    QCOMPARE(index.FindPath("com.example.A"), QString());
+    QCOMPARE(index.FindPath("com.example"), QString());
 
     // A second scan appends; InitLists starts over.
     index.FillLists(folder);
@@ -101,9 +101,8 @@ void TestKextLocationIndex::identifiers_data() {
     QTest::addColumn<QString>("contentsPlist");
     QTest::addColumn<QString>("topPlist");
     QTest::addColumn<QString>("expected");
-    const QString a = QString::fromUtf8(infoPlist(QStringLiteral("com.example.contents")));
-    const QString b = QString::fromUtf8(infoPlist(QStringLiteral("com.example.top")));
-    QTest::newRow("contents") << a << QString() << "com.example.contents";
+    const QString a = QString::fromUtf8(infoPlist("com.example.contents"));
+    const QString b = QString::fromUtf8(infoPlist("com.example.top"));
     QTest::newRow("old style top level") << QString() << b << "com.example.top";
     QTest::newRow("contents first") << a << b << "com.example.contents";
     // A broken Contents/Info.plist does not fall back to the top-level one.
@@ -126,31 +125,30 @@ void TestKextLocationIndex::identifiers() {
     QFETCH(QString, contentsPlist);
     QFETCH(QString, topPlist);
     QFETCH(QString, expected);
-    const QString kext = root() + QStringLiteral("/Ext/It's A.kext");
+    const QString kext = root() + "/Ext/It's A.kext";
     QDir().mkpath(kext);
     if (!contentsPlist.isNull())
-        writeFile(kext + QStringLiteral("/Contents/Info.plist"), contentsPlist.toUtf8());
+        writeFile(kext + "/Contents/Info.plist", contentsPlist.toUtf8());
     if (!topPlist.isNull())
-        writeFile(kext + QStringLiteral("/Info.plist"), topPlist.toUtf8());
+        writeFile(kext + "/Info.plist", topPlist.toUtf8());
     KextLocationIndex index(settings());
-    index.FillLists(root() + QStringLiteral("/Ext"));
+    index.FillLists(root() + "/Ext");
     QCOMPARE(index.pathes(), QStringList{kext});
     QCOMPARE(index.idbundles(), QStringList{expected});
 }
 
 void TestKextLocationIndex::plugInsFollowTheirKext() {
-    const QString folder = root() + QStringLiteral("/Ext");
-    const QString parent = folder + QStringLiteral("/Parent.kext");
-    makeKext(parent, QStringLiteral("com.example.parent"));
-    makeKext(parent + QStringLiteral("/Contents/Plugins/One.kext"), QStringLiteral("p.one"));
-    makeKext(parent + QStringLiteral("/Contents/Plugins/Two.kext"), QStringLiteral("p.two"));
+    const QString folder = root() + "/Ext";
+    const QString parent = folder + "/Parent.kext";
+    makeKext(parent, "com.example.parent");
+    makeKext(parent + "/Contents/Plugins/One.kext", "p.one");
+    makeKext(parent + "/Contents/Plugins/Two.kext", "p.two");
     // A plug-in with plug-ins of its own, at the old top-level place.
-    makeKext(parent + QStringLiteral("/Contents/Plugins/One.kext/Plugins/Deep.kext"),
-             QStringLiteral("p.deep"));
-    makeKext(folder + QStringLiteral("/Sibling.kext"), QStringLiteral("com.example.sibling"));
-    makeKext(folder + QStringLiteral("/Other.kext"), QStringLiteral("com.example.other"));
+    makeKext(parent + "/Contents/Plugins/One.kext/Plugins/Deep.kext", "p.deep");
+    makeKext(folder + "/Sibling.kext", "com.example.sibling");
+    makeKext(folder + "/Other.kext", "com.example.other");
     // Plug-ins that lead back to the scanned folder itself end the walk.
-    QVERIFY(QFile::link(folder, folder + QStringLiteral("/Other.kext/Contents/Plugins")));
+    QVERIFY(QFile::link(folder, folder + "/Other.kext/Contents/Plugins"));
 
     KextLocationIndex index(settings());
     index.FillLists(folder);
@@ -158,54 +156,52 @@ void TestKextLocationIndex::plugInsFollowTheirKext() {
     QCOMPARE(ids.size(), 6);
     // Whatever order the folder lists its kexts in, a kext's plug-ins (and theirs) come
     // right after it, before the next sibling.
-    const qsizetype p = ids.indexOf(QStringLiteral("com.example.parent"));
-    const qsizetype one = ids.indexOf(QStringLiteral("p.one"));
-    const qsizetype two = ids.indexOf(QStringLiteral("p.two"));
-    const qsizetype deep = ids.indexOf(QStringLiteral("p.deep"));
+    const qsizetype p = ids.indexOf("com.example.parent");
+    const qsizetype one = ids.indexOf("p.one");
+    const qsizetype two = ids.indexOf("p.two");
+    const qsizetype deep = ids.indexOf("p.deep");
     QCOMPARE(QList<qsizetype>({one, two, deep}).count(-1), 0);
     QCOMPARE(std::min(one, two), p + 1);
     QCOMPARE(deep, one + 1);
     QCOMPARE(std::max({one, two, deep}), p + 3);
-    QCOMPARE(index.pathes().at(deep),
-             parent + QStringLiteral("/Contents/Plugins/One.kext/Plugins/Deep.kext"));
+    QCOMPARE(index.pathes().at(deep), parent + "/Contents/Plugins/One.kext/Plugins/Deep.kext");
 }
 
 void TestKextLocationIndex::plugInFolderNameIsLowerCase() {
-    const QString folder = root() + QStringLiteral("/Ext");
-    makeKext(folder + QStringLiteral("/A.kext"), QStringLiteral("a"));
-    makeKext(folder + QStringLiteral("/A.kext/Contents/PlugIns/P.kext"), QStringLiteral("p"));
-    if (QFileInfo::exists(folder + QStringLiteral("/A.kext/Contents/Plugins")))
+    const QString folder = root() + "/Ext";
+    makeKext(folder + "/A.kext", "a");
+    makeKext(folder + "/A.kext/Contents/PlugIns/P.kext", "p");
+    if (QFileInfo::exists(folder + "/A.kext/Contents/Plugins"))
         QSKIP("the temporary folder's file system ignores case");
     KextLocationIndex index(settings());
     index.FillLists(folder);
-    QCOMPARE(index.idbundles(), QStringList{QStringLiteral("a")});
+    QCOMPARE(index.idbundles(), QStringList{"a"});
 }
 
 void TestKextLocationIndex::rebuildScansSystemFirst() {
-    const SystemPaths paths(root(), root() + QStringLiteral("/home"),
-                            root() + QStringLiteral("/Contents"));
-    const QString sle = root() + QStringLiteral("/System/Library/Extensions");
-    const QString extra = root() + QStringLiteral("/Extra/Extensions");
-    const QString store = root() + QStringLiteral("/Extra/KextStore");
-    const QString custom = root() + QStringLiteral("/home/Desktop");
-    makeKext(extra + QStringLiteral("/Same.kext"), QStringLiteral("com.example.same"));
-    makeKext(sle + QStringLiteral("/Same.kext"), QStringLiteral("com.example.same"));
-    makeKext(store + QStringLiteral("/Stored.kext"), QStringLiteral("com.example.stored"));
-    makeKext(custom + QStringLiteral("/Mine.kext"), QStringLiteral("com.example.mine"));
-    writeFile(settings(), customDirs({root() + QStringLiteral("/gone"), custom}));
+    const SystemPaths paths(root(), root() + "/home", root() + "/Contents");
+    const QString sle = root() + "/System/Library/Extensions";
+    const QString extra = root() + "/Extra/Extensions";
+    const QString store = root() + "/Extra/KextStore";
+    const QString custom = root() + "/home/Desktop";
+    makeKext(extra + "/Same.kext", "com.example.same");
+    makeKext(sle + "/Same.kext", "com.example.same");
+    makeKext(store + "/Stored.kext", "com.example.stored");
+    makeKext(custom + "/Mine.kext", "com.example.mine");
+    writeFile(settings(), customDirs({root() + "/gone", custom}));
 
     KextLocationIndex index(settings());
-    index.FillLists(root() + QStringLiteral("/Extra")); // stale entries from an earlier use
+    index.FillLists(root() + "/Extra"); // stale entries from an earlier use
     index.rebuild(paths);
     QCOMPARE(index.pathes(), (QStringList{sle + "/Same.kext", extra + "/Same.kext",
                                           store + "/Stored.kext", custom + "/Mine.kext"}));
-    QCOMPARE(index.FindPath(QStringLiteral("com.example.same")), sle + "/Same.kext");
-    QCOMPARE(index.FindPath(QStringLiteral("com.example.mine")), custom + "/Mine.kext");
+    QCOMPARE(index.FindPath("com.example.same"), sle + "/Same.kext");
+    QCOMPARE(index.FindPath("com.example.mine"), custom + "/Mine.kext");
     // A custom folder that is gone is skipped but stays in the list.
     QCOMPARE(index.kextDirs().size(), 2);
 
     // Without the Extra folders only the system's kexts and the custom ones are found.
-    QDir(root() + QStringLiteral("/Extra")).removeRecursively();
+    QDir(root() + "/Extra").removeRecursively();
     index.rebuild(paths);
     QCOMPARE(index.pathes(), (QStringList{sle + "/Same.kext", custom + "/Mine.kext"}));
 }
@@ -215,15 +211,15 @@ void TestKextLocationIndex::customFoldersLoadOnce() {
     QCOMPARE(index.CountPathes(), 0u); // no file yet
     writeFile(settings(), plist("<key>Other</key><string>x</string>"));
     QCOMPARE(index.CountPathes(), 0u); // no key yet: asked again next time
-    writeFile(settings(), customDirs({QStringLiteral("/a b"), QStringLiteral("/c'd")}));
+    writeFile(settings(), customDirs({"/a b", "/c'd"}));
     // Nothing but CountPathes reads the file.
     index.InitLists();
     QVERIFY(index.kextDirs().isEmpty());
     QCOMPARE(index.CountPathes(), 2u);
-    QCOMPARE(index.PathAtId(0), QStringLiteral("/a b"));
-    QCOMPARE(index.PathAtId(1), QStringLiteral("/c'd"));
+    QCOMPARE(index.PathAtId(0), "/a b");
+    QCOMPARE(index.PathAtId(1), "/c'd");
     // Once loaded the list is not read again.
-    writeFile(settings(), customDirs({QStringLiteral("/x")}));
+    writeFile(settings(), customDirs({"/x"}));
     QCOMPARE(index.CountPathes(), 2u);
     writeFile(settings(), "not a property list at all");
     KextLocationIndex broken(settings());
@@ -234,16 +230,15 @@ void TestKextLocationIndex::customFoldersLoadOnce() {
 // new one joins them instead of replacing them; other keys of the file stay, and its
 // folder is made when missing.
 void TestKextLocationIndex::addKextPathSavesParentFolder() {
-    const QString file = root() + QStringLiteral("/fresh/config/CustomKextDirs.plist");
-    writeFile(file,
-              customDirs({QStringLiteral("/saved")}, "<key>Other</key><string>kept</string>"));
+    const QString file = root() + "/fresh/config/CustomKextDirs.plist";
+    writeFile(file, customDirs({"/saved"}, "<key>Other</key><string>kept</string>"));
     KextLocationIndex index(file);
     QCOMPARE(index.CountPathes(), 1u);
     const QString desktop = root() + QStringLiteral("/Dësk top");
-    index.AddKextPath(desktop + QStringLiteral("/It's.kext"));
-    index.AddKextPath(desktop + QStringLiteral("/Second.kext/"));
-    index.AddKextPath(QStringLiteral("/saved/Y.kext"));
-    QCOMPARE(index.kextDirs(), (QStringList{QStringLiteral("/saved"), desktop}));
+    index.AddKextPath(desktop + "/It's.kext");
+    index.AddKextPath(desktop + "/Second.kext/");
+    index.AddKextPath("/saved/Y.kext");
+    QCOMPARE(index.kextDirs(), (QStringList{"/saved", desktop}));
 
     // The file was written at once; a new run finds the folders again.
     KextLocationIndex nextRun(file);
@@ -251,17 +246,17 @@ void TestKextLocationIndex::addKextPathSavesParentFolder() {
     QCOMPARE(nextRun.PathAtId(1), desktop);
     const auto saved = PlistFile::readDictionary(file);
     QVERIFY(saved);
-    QCOMPARE(PlistFile::string(*saved, "Other"), std::optional<QString>(QStringLiteral("kept")));
+    QCOMPARE(PlistFile::string(*saved, "Other"), std::optional<QString>("kept"));
 
-    QDir(root() + QStringLiteral("/fresh")).removeRecursively();
-    index.AddKextPath(QStringLiteral("/a/B.kext"));
+    QDir(root() + "/fresh").removeRecursively();
+    index.AddKextPath("/a/B.kext");
     QCOMPARE(KextLocationIndex(file).CountPathes(), 3u);
 
     // Without a settings file the folders are kept for this run only.
     KextLocationIndex scratch{QString()};
-    scratch.AddKextPath(QStringLiteral("/a/B.kext"));
+    scratch.AddKextPath("/a/B.kext");
     QCOMPARE(scratch.CountPathes(), 1u);
-    QCOMPARE(scratch.PathAtId(0), QStringLiteral("/a"));
+    QCOMPARE(scratch.PathAtId(0), "/a");
 }
 
 QTEST_GUILESS_MAIN(TestKextLocationIndex)

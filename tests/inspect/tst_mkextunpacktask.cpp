@@ -67,8 +67,6 @@ void TestMkextUnpackTask::alertText_data() {
                                     << "Architecture ppc not found in mkext.\n\n";
     QTest::newRow("other architecture") << "Architecture arm not found in mkext.\n"
                                         << "Architecture arm not found in mkext.\n";
-    QTest::newRow("bad magic") << "Bad mkext magic/signature.\n"
-                               << "Bad mkext magic/signature.\n";
     QTest::newRow("warning and missing arch")
         << "warning: odd\nArchitecture i386 not found in mkext.\n"
         << "warning: odd\nArchitecture i386 not found in mkext.\n";
