@@ -31,8 +31,8 @@ void TestVolumesVerb::initTestCase() {
     QDir().mkpath(paths.system(QStringLiteral("/usr/sbin")));
     const QByteArray fixtures = KK_FIXTURES "/diskutil/";
     writeScript(QDir(paths.system(QStringLiteral("/usr/sbin"))), QStringLiteral("diskutil"),
-                "case \"$2\" in\n  */Macintosh\\ HD) cat '" + fixtures +
-                    "info-startup.txt' ;;\n  *) cat '" + fixtures +
+                "[ \"$1\" = info ] || exit 1\ncase \"$2\" in\n  */Macintosh\\ HD) cat '" +
+                    fixtures + "info-startup.txt' ;;\n  *) cat '" + fixtures +
                     "info-other-volume.txt' ;;\nesac\n");
 }
 
