@@ -322,8 +322,6 @@ private slots:
                  code);
         QCOMPARE(tree(target + QStringLiteral("/codeless.kext")),
                  (QStringList{"Contents", "Contents/Info.plist"}));
-        QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("x86_64"), target, file).err,
-                 QStringLiteral("Architecture x86_64 not found in mkext.\n"));
     }
 
     void brokenArchivesGiveTheToolsMessages_data() {
@@ -412,15 +410,14 @@ private slots:
         QTest::addColumn<QString>("bundlePath");
         QTest::addColumn<QString>("executable");
         QTest::addColumn<QString>("writtenExecutable");
-        QTest::newRow("parent steps") << "../../evil.kext"
-                                      << "evil"
-                                      << "evil.kext/Contents/MacOS/evil";
-        QTest::newRow("absolute path") << "/tmp/evil.kext"
-                                       << "../../../../tmp/x"
-                                       << "evil.kext/Contents/MacOS/x";
-        QTest::newRow("empty path and executable") << ""
-                                                   << ""
-                                                   << "hostile.kext/Contents/MacOS/hostile";
+        auto row = [](const char *name, const char *path, const char *executable,
+                      const char *written) {
+            QTest::newRow(name) << QString::fromLatin1(path) << QString::fromLatin1(executable)
+                                << QString::fromLatin1(written);
+        };
+        row("parent steps", "../../evil.kext", "evil", "evil.kext/Contents/MacOS/evil");
+        row("absolute path", "/tmp/evil.kext", "../../../../tmp/x", "evil.kext/Contents/MacOS/x");
+        row("empty path and executable", "", "", "hostile.kext/Contents/MacOS/hostile");
     }
     void hostileNamesStayInsideTheFolder() {
         QFETCH(QString, bundlePath);

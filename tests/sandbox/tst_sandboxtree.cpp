@@ -50,24 +50,21 @@ private slots:
         QTest::addColumn<QString>("identifier");
         QTest::addColumn<QString>("executable"); // relative to the bundle; empty when codeless
         QTest::addColumn<QString>("description");
-        const QString sle = QStringLiteral("/System/Library/Extensions/");
-        QTest::newRow("thin i386 object") << sle + "SandboxEthernet.kext"
-                                          << "com.sandboxmac.driver.Ethernet"
-                                          << "Contents/MacOS/SandboxEthernet"
-                                          << "Mach-O object i386\n";
-        QTest::newRow("thin ppc object") << sle + "SandboxLegacyVideo.kext"
-                                         << "com.sandboxmac.driver.LegacyVideo"
-                                         << "Contents/MacOS/SandboxLegacyVideo"
-                                         << "Mach-O object ppc\n";
-        QTest::newRow("old-style bundle") << sle + "SandboxOldSerial.kext"
-                                          << "com.sandboxmac.driver.OldSerial"
-                                          << "SandboxOldSerial"
-                                          << "Mach-O object i386\n";
-        QTest::newRow("codeless plug-in")
-            << sle + "KernelInterfaces.kext/Contents/PlugIns/Libkern.kext"
-            << "com.sandboxmac.kpi.libkern"
-            << ""
-            << "";
+        auto row = [](const char *name, const char *bundle, const char *identifier,
+                      const char *executable, const char *description) {
+            QTest::newRow(name) << "/System/Library/Extensions/" + QString::fromLatin1(bundle)
+                                << QString::fromLatin1(identifier)
+                                << QString::fromLatin1(executable)
+                                << QString::fromLatin1(description);
+        };
+        row("thin i386 object", "SandboxEthernet.kext", "com.sandboxmac.driver.Ethernet",
+            "Contents/MacOS/SandboxEthernet", "Mach-O object i386\n");
+        row("thin ppc object", "SandboxLegacyVideo.kext", "com.sandboxmac.driver.LegacyVideo",
+            "Contents/MacOS/SandboxLegacyVideo", "Mach-O object ppc\n");
+        row("old-style bundle", "SandboxOldSerial.kext", "com.sandboxmac.driver.OldSerial",
+            "SandboxOldSerial", "Mach-O object i386\n");
+        row("codeless plug-in", "KernelInterfaces.kext/Contents/PlugIns/Libkern.kext",
+            "com.sandboxmac.kpi.libkern", "", "");
     }
 
     void kextBundles() {

@@ -113,12 +113,11 @@ private slots:
     void diskutilInfo_data() {
         QTest::addColumn<QString>("path");
         QTest::addColumn<QString>("mountPoint"); // empty: diskutil knows no such disk
-        QTest::newRow("Lion backup") << "/Volumes/Lion Backup"
-                                     << "/Volumes/Lion Backup";
-        QTest::newRow("a folder inside a volume") << "/Volumes/Data/Documents"
-                                                  << "";
-        QTest::newRow("missing volume") << "/Volumes/Gone"
-                                        << "";
+        QTest::newRow("Lion backup")
+            << QStringLiteral("/Volumes/Lion Backup") << QStringLiteral("/Volumes/Lion Backup");
+        QTest::newRow("a folder inside a volume")
+            << QStringLiteral("/Volumes/Data/Documents") << QString();
+        QTest::newRow("missing volume") << QStringLiteral("/Volumes/Gone") << QString();
     }
 
     void diskutilInfo() {
