@@ -22,8 +22,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-using Slice = MachOWriter::Slice;
-
 // The check and unpack pages in a real window: what each button does to the page's own
 // controls and which texts it shows. The happy test load and the unpack with Apple's tool
 // run end to end elsewhere.
@@ -47,7 +45,7 @@ private:
             on << w<QCheckBox>(name)->isChecked();
         return on;
     }
-    QString makeKext(const QString &name, const QList<Slice> &slices) const;
+    QString makeKext(const QString &name, const QByteArray &executable) const;
     // What the kextlibs and kextload scripts were asked, one line per run.
     QString toolCalls() const {
         QFile file(m_dir->filePath("tools.log"));
@@ -104,36 +102,33 @@ void TestInspectPages::cleanup() {
     m_window.reset();
 }
 
-QString TestInspectPages::makeKext(const QString &name, const QList<Slice> &slices) const {
+QString TestInspectPages::makeKext(const QString &name, const QByteArray &executable) const {
     const QString kext = m_paths->desktop() + '/' + name + ".kext";
-    const QByteArray bytes =
-        slices.size() == 1 ? MachOWriter::thin(slices.first()) : MachOWriter::fat(slices);
-    MachOWriter::write(kext + "/Contents/MacOS/" + name, bytes);
+    MachOWriter::write(kext + "/Contents/MacOS/" + name, executable);
     return kext;
 }
 
 void TestInspectPages::probeSetsAllFourBoxes_data() {
     QTest::addColumn<int>("panelCode");
-    QTest::addColumn<QList<Slice>>("slices");
+    QTest::addColumn<QByteArray>("executable");
     QTest::addColumn<QList<bool>>("boxes");
-    const Slice x86_64 = MachOWriter::kextSlice(MachOWriter::X86_64);
-    const Slice i386 = MachOWriter::kextSlice(MachOWriter::I386);
-    const Slice ppc = MachOWriter::kextSlice(MachOWriter::PPC);
+    using W = MachOWriter;
+    const W::Slice x86_64 = W::kextSlice(W::X86_64);
     QTest::newRow("universal x86_64 i386")
-        << 1 << QList<Slice>{x86_64, i386} << QList<bool>{true, true, false, false};
-    QTest::newRow("thin ppc") << 1 << QList<Slice>{ppc} << QList<bool>{false, false, true, false};
+        << 1 << W::fat({x86_64, W::kextSlice(W::I386)}) << QList<bool>{true, true, false, false};
+    QTest::newRow("thin ppc") << 1 << W::thin(W::kextSlice(W::PPC))
+                              << QList<bool>{false, false, true, false};
     // A cancelled panel leaves the earlier kext's path, marks and listing.
-    QTest::newRow("cancelled") << 0 << QList<Slice>{x86_64}
-                               << QList<bool>{true, false, false, true};
+    QTest::newRow("cancelled") << 0 << W::thin(x86_64) << QList<bool>{true, false, false, true};
 }
 
 // Every probe sets all four boxes from the new kext and empties the dependency pane; the
 // two kexts between them turn every box away from the earlier marks.
 void TestInspectPages::probeSetsAllFourBoxes() {
     QFETCH(int, panelCode);
-    QFETCH(QList<Slice>, slices);
+    QFETCH(QByteArray, executable);
     QFETCH(QList<bool>, boxes);
-    const QString kext = makeKext("It's Ünique", slices);
+    const QString kext = makeKext("It's Ünique", executable);
     w<QLineEdit>("kPath")->setText("/earlier.kext");
     const char *names[] = {"kx86_64", "ki386", "kppc", "kppc64"};
     for (int i = 0; i < 4; ++i)
@@ -150,7 +145,8 @@ void TestInspectPages::probeSetsAllFourBoxes() {
 }
 
 void TestInspectPages::dependenciesFollowTheProbeWhenAsked() {
-    const QString kext = makeKext("Deps", {MachOWriter::kextSlice(MachOWriter::X86_64)});
+    const QString kext =
+        makeKext("Deps", MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::X86_64)));
     w<QCheckBox>("cbcheckdep")->setChecked(true);
     QSignalSpy shown(m_check, &CheckController::dependenciesShown);
     m_check->setOpenPanel([kext](auto done) { done(1, kext); });
@@ -183,7 +179,8 @@ void TestInspectPages::nothingChosen() {
 // A refused authorization runs nothing and says nothing; a load remembers the kext's folder
 // in the index the loaded kexts page looks paths up in.
 void TestInspectPages::testLoadRemembersTheFolder() {
-    const QString kext = makeKext("Good", {MachOWriter::kextSlice(MachOWriter::X86_64)});
+    const QString kext =
+        makeKext("Good", MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::X86_64)));
     w<QLineEdit>("kPath")->setText(kext);
     m_executor.grant = false;
     w<QPushButton>("bKextLoad")->click();
