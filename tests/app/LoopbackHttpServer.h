@@ -26,10 +26,11 @@ public:
 
 private:
     void answer(QTcpSocket *socket) {
-        m_buffers[socket] += socket->readAll();
-        const QByteArray &request = m_buffers[socket];
+        // The request stays in the socket until its header is complete.
+        const QByteArray request = socket->peek(socket->bytesAvailable());
         if (!request.contains("\r\n\r\n"))
             return;
+        socket->readAll();
         const QString path = QString::fromLatin1(request.split(' ').value(1));
         requested << path;
         const bool found = m_pages.contains(path);
@@ -38,11 +39,9 @@ private:
                       QByteArray("Content-Length: ") + QByteArray::number(body.size()) +
                       "\r\nConnection: close\r\n\r\n" + body);
         socket->disconnectFromHost();
-        m_buffers.remove(socket);
         connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
     }
 
     QTcpServer m_server;
     QHash<QString, QByteArray> m_pages;
-    QHash<QTcpSocket *, QByteArray> m_buffers;
 };

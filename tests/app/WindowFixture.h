@@ -22,9 +22,8 @@ struct WindowFixture {
     WindowFixture()
         : paths(dir.path() + QStringLiteral("/root"), dir.path() + QStringLiteral("/home"),
                 dir.path() + QStringLiteral("/contents")) {
-        QDir().mkpath(paths.volumesDir());
-        QDir().mkpath(paths.home());
-        QDir().mkpath(paths.contentsDir());
+        for (const QString &folder : {paths.volumesDir(), paths.home(), paths.contentsDir()})
+            QDir().mkpath(folder);
         window = std::make_unique<MainWindow>();
         delegate = std::make_unique<TovrelAppDelegate>(*window, paths);
         delegate->setIsRootProbe([this](const QString &path) {

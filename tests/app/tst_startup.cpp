@@ -185,8 +185,6 @@ void TestStartup::checksAtStartup_data() {
         << on << QStringList{"0.1"} << false << feed << true << QStringList();
     QTest::newRow("updates off, donation page reachable")
         << off << newer << true << page << true << QStringList();
-    QTest::newRow("updates off, donation page missing")
-        << off << newer << false << page << false << QStringList();
     QTest::newRow("no key, donation page missing")
         << QString() << newer << false << page << false << QStringList();
 }
