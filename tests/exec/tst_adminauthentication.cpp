@@ -1,5 +1,6 @@
 #include "FakeSudo.h"
 #include "RecordingLog.h"
+#include "ScriptedPrompt.h"
 #include "exec/AdminAuthentication.h"
 
 #include <QFile>
@@ -7,16 +8,6 @@
 #include <QTest>
 
 namespace {
-class ScriptedPrompt final : public PasswordPrompt {
-public:
-    std::optional<QString> answer;
-    int asked = 0;
-    std::optional<QString> askPassword(const QString &) override {
-        ++asked;
-        return answer;
-    }
-};
-
 class CountingDelegate final : public AuthenticationDelegate {
 public:
     int authorized = 0, deauthorized = 0, executed = 0, failed = 0;

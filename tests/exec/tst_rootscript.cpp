@@ -1,5 +1,6 @@
 #include "FakeSudo.h"
 #include "RecordingLog.h"
+#include "ScriptedPrompt.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/RootScript.h"
 
@@ -8,15 +9,6 @@
 #include <QTest>
 
 namespace {
-class NoPrompt final : public PasswordPrompt {
-public:
-    int asked = 0;
-    std::optional<QString> askPassword(const QString &) override {
-        ++asked;
-        return std::nullopt;
-    }
-};
-
 QByteArray readFile(const QString &path) {
     QFile file(path);
     file.open(QIODevice::ReadOnly);
@@ -126,7 +118,7 @@ void TestRootScript::refusedAuthorizationLeavesTheScript() {
     qputenv("FAKE_SUDO_STATE", m_dir->filePath("granted").toLocal8Bit());
     const QString record = m_dir->filePath("record.txt");
     qputenv("RECORD", record.toLocal8Bit());
-    NoPrompt prompt;
+    ScriptedPrompt prompt; // cancelled
     AdminAuthentication::Config config;
     config.sudo = sudo;
     AdminAuthentication auth(config, &prompt, nullptr);
