@@ -1,5 +1,5 @@
+#include "CliRun.h"
 #include "TestScripts.h"
-#include "VerbProcess.h"
 #include "exec/Command.h"
 #include "volumes/SystemPaths.h"
 
@@ -17,8 +17,9 @@ private slots:
     void statuses();
 
 private:
-    VerbResult run(const QStringList &args) {
-        return runVerb(m_paths->root(), m_paths->home(), QStringList{"install"} + args);
+    CliRun run(const QStringList &args) {
+        return runKextKeeper(m_paths->root(), m_paths->home(),
+                             QStringList{"--dry-run", "install"} + args);
     }
     QString bundle(const QString &name) {
         const QString path = m_dir->path() + QStringLiteral("/my kexts/") + name;
@@ -57,7 +58,7 @@ void TestInstallVerb::dryRunPrintsStepsAndCommands() {
         return Command{m_paths->system(QLatin1String(path)), args, true}.toShellLine();
     };
     // A bundle given with a trailing slash is named and copied without it.
-    const VerbResult result =
+    const CliRun result =
         run({"--volume", "Macintosh HD", "--to", "extra", "--backup", a, b + '/'});
     QCOMPARE(result.err, QString());
     QCOMPARE(result.status, 0);
@@ -117,7 +118,7 @@ void TestInstallVerb::statuses() {
     for (const QString &folder : folders)
         QDir().mkpath(volume(folder));
     args.replaceInStrings(QRegularExpression(QStringLiteral("^B$")), bundle("A.kext"));
-    const VerbResult result = run(args);
+    const CliRun result = run(args);
     QCOMPARE(result.status, status);
     QVERIFY2(result.err.contains(message), qPrintable(result.err));
     if (printed.isEmpty())

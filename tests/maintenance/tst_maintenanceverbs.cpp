@@ -1,5 +1,5 @@
+#include "CliRun.h"
 #include "TestScripts.h"
-#include "VerbProcess.h"
 #include "exec/Command.h"
 #include "volumes/SystemPaths.h"
 
@@ -23,8 +23,8 @@ private slots:
     void extraAnswersOnTheTerminal();
 
 private:
-    VerbResult run(const QStringList &args, const QByteArray &input = {}) {
-        return runVerb(m_root, m_dir->path(), args, input);
+    CliRun run(const QStringList &args, const QByteArray &input = {}) {
+        return runKextKeeper(m_root, m_dir->path(), QStringList{"--dry-run"} + args, input);
     }
     void makeFolders(const QStringList &folders) {
         for (const QString &folder : folders)
@@ -60,8 +60,7 @@ void TestMaintenanceVerbs::init() {
 
 void TestMaintenanceVerbs::maintainPrintsStepsAndCommands() {
     makeFolders({"Extra/Extensions", "System/Library/Extensions"});
-    const VerbResult result =
-        run({"maintain", "--volume", title, "--repair-extra", "--repair-sle"});
+    const CliRun result = run({"maintain", "--volume", title, "--repair-extra", "--repair-sle"});
     QCOMPARE(result.err, QString());
     QCOMPARE(result.status, 0);
     // Each step's status line comes before its commands.
@@ -99,7 +98,7 @@ void TestMaintenanceVerbs::maintainSettings() {
     QVERIFY(writePlist(m_volume + "System/Library/CoreServices/SystemVersion.plist",
                        "<key>ProductVersion</key><string>10.7</string>"));
     QVERIFY(writePlist(m_dir->path() + "/.config/kextkeeper/Info.plist", settings));
-    const VerbResult result = run({"maintain", "--volume", title, "--rebuild-caches"});
+    const CliRun result = run({"maintain", "--volume", title, "--rebuild-caches"});
     QCOMPARE(result.status, 0);
     QCOMPARE(result.out.contains("Startup/Extensions.mkext"), lionCache);
     QCOMPARE(result.out.contains("-system-caches"), systemCaches);
@@ -137,7 +136,7 @@ void TestMaintenanceVerbs::maintainFailures() {
     QFETCH(QString, out);
     QFETCH(QString, error);
     makeFolders({"Extra/Themes", "System/Library/Extensions"});
-    const VerbResult result = run(QStringList{"maintain"} + args);
+    const CliRun result = run(QStringList{"maintain"} + args);
     QCOMPARE(result.status, status);
     QCOMPARE(result.err, error);
     QCOMPARE(result.out, out);
@@ -170,7 +169,7 @@ void TestMaintenanceVerbs::extraCommands() {
     QFETCH(QString, first);
     QFETCH(QString, error);
     makeFolders(folders);
-    const VerbResult result = run({"extra", command, "--volume", title, "--yes"});
+    const CliRun result = run({"extra", command, "--volume", title, "--yes"});
     QCOMPARE(result.err, error);
     QCOMPARE(result.status, status);
     QStringList words = first.split(' ', Qt::SkipEmptyParts);
@@ -193,7 +192,7 @@ void TestMaintenanceVerbs::extraAnswersOnTheTerminal() {
     QFETCH(QByteArray, input);
     QFETCH(bool, runs);
     makeFolders({"Extra/Extensions"});
-    const VerbResult result = run({"extra", "to-kextstore", "--volume", title}, input);
+    const CliRun result = run({"extra", "to-kextstore", "--volume", title}, input);
     QCOMPARE(result.status, 0);
     QVERIFY2(result.out.startsWith(
                  "Do you want to create Extra/KextStore from Extra/Extensions on selected disk?\n"
