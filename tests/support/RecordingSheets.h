@@ -10,6 +10,7 @@ class RecordingSheets final : public SheetPresenter {
 public:
     QStringList texts;
     void showSheet(Kind kind, const QString &, const QString &text, QObject *) override {
-        texts << (kind == Kind::Error ? QStringLiteral("error: ") : QStringLiteral("info: ")) + text;
+        texts << (kind == Kind::Error ? QStringLiteral("error: ") : QStringLiteral("info: ")) +
+                     text;
     }
 };
