@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mkext/MachOSlices.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -10,12 +12,7 @@
 // executables, so the architecture probe has real headers to read.
 class MachOWriter {
 public:
-    enum CpuType : uint32_t {
-        I386 = 7,
-        X86_64 = 0x01000007,
-        PPC = 18,
-        PPC64 = 0x01000012,
-    };
+    using enum MachOSlices::CpuType;
     enum FileType : uint32_t {
         Object = 1,
         Executable = 2,
