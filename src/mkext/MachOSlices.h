@@ -30,7 +30,8 @@ public:
     static QString archName(uint32_t cputype);
     // The "all" subtype the tools write for a processor.
     static uint32_t subtypeAll(uint32_t cputype);
-    // The processor this program runs on, the one a fat archive is read for by default.
+    // The processor this program runs on, the one a fat archive is read for by default;
+    // x86_64 on processors no mkext archive ever held (arm64), as on an Intel Mac.
     static uint32_t hostCpuType();
 
     static bool isFat(const QByteArray &bytes);
