@@ -36,7 +36,7 @@ public:
 
     QString home() const { return m_home.path(); }
     QString desktop() const { return home() + QStringLiteral("/Desktop"); }
-    QString settingsFolder() const { return home() + QStringLiteral("/config/kextkeeper"); }
+    QString settingsFolder() const { return home() + QStringLiteral("/.config/kextkeeper"); }
     // A path on the started system, "Macintosh HD".
     QString r(const QString &relative = {}) const {
         return sandbox.volume(QStringLiteral("Macintosh HD/")) + relative;
@@ -153,19 +153,6 @@ public:
     }
     QStringList testLoadCommands(const QString &kext) const {
         return {tool("/usr/sbin/chown", {"-R", "0:0", kext}), tool("/sbin/kextload", {kext})};
-    }
-
-    // Unloading runs the bare tool name in a root shell; the sandbox's comes first in its
-    // search path.
-    QStringList unloadCommands(const QString &kext) const {
-        return {tool("/sbin/kextunload", {kext})};
-    }
-
-    // What an unpack of the Extra mkext gives: plug-ins come out beside their containers,
-    // as with Apple's tool.
-    static QStringList unpackedKexts() {
-        return {"ExampleAudioPatch.kext", "ExampleCPUTemp.kext", "ExampleDiskShim.kext",
-                "ExampleEthernet.kext", "ExampleSensors.kext"};
     }
 
     // The report's jobs run side by side, so their commands are compared in sorted order:

@@ -1,11 +1,9 @@
 #include "AssembledWindow.h"
 #include "E2eSandbox.h"
 #include "InstallController.h"
-#include "LoadedPageController.h"
 #include "MaintenanceController.h"
 #include "RecordingSheets.h"
 #include "ReportController.h"
-#include "UnpackController.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/IconAlert.h"
 #include "filesdrop.h"
@@ -26,7 +24,6 @@
 #include <QStringListModel>
 #include <QTableView>
 #include <QTest>
-#include <QTextEdit>
 #include <QToolButton>
 #include <QUrl>
 
@@ -248,11 +245,12 @@ private slots:
         QCOMPARE(m_mac->sandbox.logLines(),
                  (QStringList{m_mac->tool(tool, {"-v", mkext}),
                               m_mac->tool(tool, {"-a", "i386", "-d", folder, mkext})}));
-        QCOMPARE(QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
-                 E2eSandbox::unpackedKexts());
-        QCOMPARE(m_sheets.texts.size(), 1);
-        QVERIFY2(m_sheets.texts.first().startsWith(QLatin1String("info: ")),
-                 qPrintable(m_sheets.texts.first()));
+        // Plug-ins come out beside their containers, as with Apple's tool.
+        QCOMPARE(
+            QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
+            (QStringList{"ExampleAudioPatch.kext", "ExampleCPUTemp.kext", "ExampleDiskShim.kext",
+                         "ExampleEthernet.kext", "ExampleSensors.kext"}));
+        QCOMPARE(m_sheets.texts, QStringList{"info: Mkext was unpacked to selected directory."});
     }
 
     void savedReport() {
