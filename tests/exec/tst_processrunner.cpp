@@ -4,18 +4,15 @@
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTest>
-#include <dirent.h>
-#include <unistd.h>
+#include <sys/wait.h>
 
 class TestProcessRunner : public QObject {
     Q_OBJECT
 private slots:
     void streamsAreSeparated_data();
     void streamsAreSeparated();
-    void missingToolIsNotLaunched();
     void returnsWhenOutputClosesNotAtExit();
     void leavesNoZombie();
-    void chunksAndInputReachTheTool();
 
 private:
     QTemporaryDir m_dir;
@@ -49,14 +46,6 @@ void TestProcessRunner::streamsAreSeparated() {
     QCOMPARE(ProcessRunner::errorOutput(tool, {}).value_or("<absent>"), err);
 }
 
-void TestProcessRunner::missingToolIsNotLaunched() {
-    ProcessRunner::Request request;
-    request.program = m_dir.filePath("no-such-tool");
-    const ProcessRunner::Result result = ProcessRunner::run(request);
-    QVERIFY(!result.launched);
-    QVERIFY(result.launchError != 0);
-}
-
 void TestProcessRunner::returnsWhenOutputClosesNotAtExit() {
     const QString tool = writeScript(QDir(m_dir.path()), QStringLiteral("linger.sh"),
                                      "echo done\nexec >&- 2>&-\nsleep 5\n");
@@ -66,50 +55,17 @@ void TestProcessRunner::returnsWhenOutputClosesNotAtExit() {
     QVERIFY2(timer.elapsed() < 3000, "the runner waited for the tool's exit");
 }
 
-static int zombieChildren() {
-    int zombies = 0;
-    DIR *proc = ::opendir("/proc");
-    if (!proc)
-        return 0;
-    const QByteArray self = QByteArray::number(::getpid());
-    while (dirent *entry = ::readdir(proc)) {
-        QFile stat(QStringLiteral("/proc/%1/stat").arg(QString::fromLatin1(entry->d_name)));
-        if (!stat.open(QIODevice::ReadOnly))
-            continue;
-        const QList<QByteArray> fields = stat.readAll().split(' ');
-        // Field 3 is the state, field 4 the parent's pid (names without blanks here).
-        if (fields.size() > 3 && fields[2] == "Z" && fields[3] == self)
-            ++zombies;
-    }
-    ::closedir(proc);
-    return zombies;
+// A child that ended and was never waited for; looked at without reaping it.
+static bool zombieLeft() {
+    siginfo_t info{};
+    return ::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid != 0;
 }
 
 void TestProcessRunner::leavesNoZombie() {
     const QString tool = writeScript(QDir(m_dir.path()), QStringLiteral("quick.sh"), "echo hi\n");
     for (int i = 0; i < 5; ++i)
         QVERIFY(ProcessRunner::output(tool, {}).has_value());
-    QTRY_COMPARE_WITH_TIMEOUT(zombieChildren(), 0, 3000);
-}
-
-void TestProcessRunner::chunksAndInputReachTheTool() {
-    const QString tool =
-        writeScript(QDir(m_dir.path()), QStringLiteral("cat.sh"), "cat; printf '%s' \"$1\"\n");
-    ProcessRunner::Request request;
-    request.program = tool;
-    request.args = {QStringLiteral("it's $(one) word")};
-    request.input = ProcessRunner::Input::Data;
-    request.inputData = QByteArray(3000, 'x');
-    request.chunkSize = 1024;
-    QList<qsizetype> sizes;
-    request.onChunk = [&](const QByteArray &chunk) { sizes << chunk.size(); };
-    request.waitForExit = true;
-    const ProcessRunner::Result result = ProcessRunner::run(request);
-    QCOMPARE(result.exitStatus, 0);
-    QCOMPARE(result.bytes, QByteArray(3000, 'x') + "it's $(one) word");
-    for (qsizetype size : sizes)
-        QVERIFY(size <= 1024);
-    QVERIFY(sizes.size() >= 3);
+    QTRY_VERIFY_WITH_TIMEOUT(!zombieLeft(), 3000);
 }
 
 QTEST_GUILESS_MAIN(TestProcessRunner)
