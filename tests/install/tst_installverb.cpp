@@ -49,8 +49,7 @@ void TestInstallVerb::init() {
 }
 
 void TestInstallVerb::dryRunPrintsStepsAndCommands() {
-    QDir().mkpath(volume(QStringLiteral("Extra/Extensions/A.kext")));
-    QDir().mkpath(volume(QStringLiteral("Extra/Extensions.mkext")));
+    QDir().mkpath(volume(QStringLiteral("Extra/Extensions/Drïver's B.kext")));
     const QString a = bundle(QStringLiteral("A.kext"));
     const QString b = bundle(QStringLiteral("Drïver's B.kext"));
     const QString ext = volume(QStringLiteral("Extra/Extensions"));
@@ -64,13 +63,10 @@ void TestInstallVerb::dryRunPrintsStepsAndCommands() {
     QCOMPARE(result.status, 0);
     QCOMPARE(
         result.out.split('\n'),
-        (QStringList{"[1/2] A.kext", line("/bin/rm", {"-Rf", ext + "/A.kext"}),
-                     line("/bin/cp", {"-R", a, ext}), "[2/2] Drïver's B.kext",
+        (QStringList{"[1/2] A.kext", line("/bin/cp", {"-R", a, ext}), "[2/2] Drïver's B.kext",
+                     line("/bin/rm", {"-Rf", ext + "/Drïver's B.kext"}),
                      line("/bin/cp", {"-R", b, ext}), line("/usr/sbin/chown", {"-R", "0:0", ext}),
-                     line("/bin/chmod", {"-R", "755", ext}), line("/usr/bin/touch", {ext}),
-                     line("/usr/sbin/kextcache",
-                          {"-v", "1", "-a", "i386", "-a", "x86_64", "-m", ext + ".mkext", ext}),
-                     "Selected tasks were finished.", ""}));
+                     line("/bin/chmod", {"-R", "755", ext}), "Selected tasks were finished.", ""}));
     // A dry run changes nothing: no backup.
     QVERIFY(!QFileInfo::exists(m_paths->desktop() + QStringLiteral("/Kext Backups")));
 }
@@ -79,52 +75,46 @@ void TestInstallVerb::statuses_data() {
     QTest::addColumn<QStringList>("folders");
     QTest::addColumn<QStringList>("args"); // "B": a bundle
     QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("message");
-    QTest::addColumn<QString>("printed"); // part of a printed command; empty: none printed
+    QTest::addColumn<QString>("expected"); // part of the error, or of the output if it worked
     const QStringList hd{"--volume", "Macintosh HD"};
     const QStringList none;
     QTest::newRow("unknown destination")
-        << none << hd + QStringList{"--to", "usb", "B"} << 2 << "--to" << QString();
+        << none << hd + QStringList{"--to", "usb", "B"} << 2 << "--to";
     QTest::newRow("extra without volume")
-        << none << QStringList{"--to", "extra", "B"} << 2 << "--volume" << QString();
+        << none << QStringList{"--to", "extra", "B"} << 2 << "--volume";
     QTest::newRow("unknown version")
         << none << hd + QStringList{"--to", "extra", "--extra-version", "10.8", "B"} << 2
-        << "--extra-version" << QString();
+        << "--extra-version";
     QTest::newRow("not a bundle") << none << hd + QStringList{"--to", "sle", "/etc/hosts"} << 2
-                                  << "/etc/hosts" << QString();
-    QTest::newRow("missing bundle") << none << hd + QStringList{"--to", "sle", "/nowhere/X.kext"}
-                                    << 1 << "no such bundle" << QString();
+                                  << "/etc/hosts";
+    QTest::newRow("missing bundle")
+        << none << hd + QStringList{"--to", "sle", "/nowhere/X.kext"} << 1 << "no such bundle";
     QTest::newRow("empty list") << QStringList{"System/Library/Extensions"}
                                 << hd + QStringList{"--to", "sle"} << 1
-                                << "No selected kexts to install." << QString();
-    QTest::newRow("both Extra folders")
-        << QStringList{"Extra/Extensions", "Extra/KextStore"}
-        << hd + QStringList{"--to", "extra", "B"} << 1
-        << "Both Extra/Extensions and Extra/KextStore found." << QString();
+                                << "No selected kexts to install.";
+    QTest::newRow("both Extra folders") << QStringList{"Extra/Extensions", "Extra/KextStore"}
+                                        << hd + QStringList{"--to", "extra", "B"} << 1
+                                        << "Both Extra/Extensions and Extra/KextStore found.";
     QTest::newRow("desktop needs no volume")
-        << none << QStringList{"--to", "desktop", "B"} << 0 << QString() << "/.mkext_pack";
+        << none << QStringList{"--to", "desktop", "B"} << 0 << "/.mkext_pack";
     // diskutil says "Macintosh HD" is the started system, and the settings ask for prelinking.
     QTest::newRow("sle on the started system with prelink")
         << QStringList{"System/Library/Extensions"} << hd + QStringList{"--to", "sle", "B"} << 0
-        << QString() << "kextcache -system-prelinked-kernel";
+        << "kextcache -system-prelinked-kernel";
 }
 
 void TestInstallVerb::statuses() {
     QFETCH(QStringList, folders);
     QFETCH(QStringList, args);
     QFETCH(int, status);
-    QFETCH(QString, message);
-    QFETCH(QString, printed);
+    QFETCH(QString, expected);
     for (const QString &folder : folders)
         QDir().mkpath(volume(folder));
     args.replaceInStrings(QRegularExpression(QStringLiteral("^B$")), bundle("A.kext"));
     const CliRun result = run(args);
     QCOMPARE(result.status, status);
-    QVERIFY2(result.err.contains(message), qPrintable(result.err));
-    if (printed.isEmpty())
-        QVERIFY2(!result.out.contains(QStringLiteral("/bin/")), qPrintable(result.out));
-    else
-        QVERIFY2(result.out.contains(printed), qPrintable(result.out));
+    const QString &shown = status == 0 ? result.out : result.err;
+    QVERIFY2(shown.contains(expected), qPrintable(result.out + result.err));
 }
 
 QTEST_GUILESS_MAIN(TestInstallVerb)
