@@ -1,5 +1,5 @@
+#include "CliRun.h"
 #include "SandboxFixture.h"
-#include "plist/PlistFile.h"
 #include "sandbox/LoadedKextState.h"
 #include "volumes/DiskInfo.h"
 
@@ -20,25 +20,25 @@ class TestStandIns : public QObject {
         return LoadedKextState::find(m_loaded, identifier);
     }
 
-    // A kext of the test's own, in a folder with a hostile name outside the system folders.
-    QString writeKext(const QString &name, const QString &identifier, const QString &library) {
-        const QString bundle = m_sandbox.path(QStringLiteral("/tmp/it's Ü/") + name + ".kext");
-        QDir().mkpath(bundle + QStringLiteral("/Contents"));
-        PList::Dictionary dict;
-        dict.Set("CFBundleIdentifier", PList::String(identifier.toStdString()));
-        dict.Set("CFBundleVersion", PList::String("1.0"));
-        PList::Dictionary libraries;
-        libraries.Set(library.toStdString(), PList::String("1.0.0"));
-        dict.Set("OSBundleLibraries", libraries);
-        PlistFile::writeDictionary(bundle + QStringLiteral("/Contents/Info.plist"), dict);
+    // A kext of the test's own, org.test.<name without blanks>, in a folder with a hostile
+    // name outside the system folders.
+    QString writeKext(QString name, const QByteArray &entries) {
+        const QString bundle = m_sandbox.path("/tmp/it's Ü/" + name + ".kext");
+        writePlist(bundle + "/Contents/Info.plist",
+                   "<key>CFBundleIdentifier</key><string>org.test." + name.remove(' ').toUtf8() +
+                       "</string><key>CFBundleVersion</key><string>1.0</string>" + entries);
         return bundle;
+    }
+    static QByteArray needs(const QByteArray &library) {
+        return "<key>OSBundleLibraries</key><dict><key>" + library +
+               "</key><string>1.0.0</string></dict>";
     }
 
 private slots:
     void initTestCase() {
         QVERIFY(m_sandbox.create());
-        writeKext(QStringLiteral("Orphan"), QStringLiteral("org.test.Orphan"),
-                  QStringLiteral("org.test.NoSuchLibrary"));
+        writeKext("Orphan", needs("org.test.NoSuchLibrary"));
+        writeKext("Hollow", "<key>CFBundleExecutable</key><string>Hollow</string>");
     }
 
     void init() {
@@ -46,126 +46,98 @@ private slots:
         m_sandbox.clearLog();
     }
 
-    void loadAndUnload_data() {
+    void toolsAnswerAsOnAMac_data() {
         QTest::addColumn<QString>("tool");
-        QTest::addColumn<QString>("bundle");
-        QTest::addColumn<QString>("error"); // %1: the bundle's path
-        QTest::addColumn<QString>("identifier");
-        QTest::addColumn<bool>("loadedAfter");
-        auto row = [](const char *name, const char *tool, const char *bundle, const QString &error,
-                      const char *identifier, bool loadedAfter) {
-            QTest::newRow(name) << QString::fromLatin1(tool) << QString::fromUtf8(bundle) << error
-                                << QString::fromLatin1(identifier) << loadedAfter;
+        QTest::addColumn<QStringList>("args"); // words from "/" on lie inside the sandbox
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("out");
+        QTest::addColumn<QString>("err");    // %1: the last word
+        QTest::addColumn<int>("moreLoaded"); // kexts loaded afterwards, less those before
+        auto row = [](const char *name, const QString &tool, const QStringList &args, int status,
+                      const QString &out, const QString &err, int moreLoaded = 0) {
+            QTest::newRow(name) << tool << args << status << out << err << moreLoaded;
         };
-        const QString failed =
-            QStringLiteral("%1 failed to load - (libkern/kext) %2; check the "
-                           "system/kernel logs for errors or try kextutil(8).\n");
-        row("load a codeless kext", "/sbin/kextload",
-            "/System/Library/Extensions/SandboxNVRAM.kext", {}, "com.sandboxmac.driver.NVRAM",
-            true);
-        row("load a folder that is no kext", "/sbin/kextload", "/Volumes/Data/Documents",
-            failed.arg("%1", "not a kext"), "", false);
-        row("load one already loaded", "/sbin/kextload",
-            "/System/Library/Extensions/SandboxRTC.kext", {}, "com.sandboxmac.driver.RTC", true);
-        row("load with a library nowhere", "/sbin/kextload", "/tmp/it's Ü/Orphan.kext",
-            failed.arg("%1", "dependency resolution failure"), "org.test.Orphan", false);
-        row("unload one not loaded", "/sbin/kextunload",
-            "/System/Library/Extensions/SandboxFireWireFamily.kext",
-            "Failed to unload com.sandboxmac.iokit.FireWireFamily - (libkern/kext) not found.\n",
-            "com.sandboxmac.iokit.FireWireFamily", false);
-        row("unload a folder that is no kext", "/sbin/kextunload", "/Volumes/Data/Documents",
-            "Failed to unload %1 - (libkern/kext) not a kext.\n", "", false);
+        const QString load = "/sbin/kextload", unload = "/sbin/kextunload";
+        const QString libs = "/usr/sbin/kextlibs", diskutil = "/usr/sbin/diskutil";
+        const QString sle = "/System/Library/Extensions/";
+        const QString failed = "%1 failed to load - (libkern/kext) %2; check the "
+                               "system/kernel logs for errors or try kextutil(8).\n";
+        row("load a codeless kext", load, {sle + "SandboxNVRAM.kext"}, 0, "", "", 1);
+        row("load one already loaded", load, {sle + "SandboxRTC.kext"}, 0, "", "");
+        row("load a folder that is no kext", load, {"/Volumes/Data/Documents"}, 1, "",
+            failed.arg("%1", "not a kext"));
+        row("load with a library nowhere", load, {"/tmp/it's Ü/Orphan.kext"}, 1, "",
+            failed.arg("%1", "dependency resolution failure"));
+        row("load without its executable", load, {"/tmp/it's Ü/Hollow.kext"}, 1, "",
+            failed.arg("%1", "validation failure (plist/executable)"));
+        row("load without a path", load, {}, 1, "",
+            "No kernel extensions specified; name kernel extension bundles\n"
+            "    following the -- option or as command-line arguments.\n");
+        row("unload one not loaded", unload, {sle + "SandboxFireWireFamily.kext"}, 1, "",
+            "Failed to unload com.sandboxmac.iokit.FireWireFamily - (libkern/kext) not found.\n");
+        row("unload a folder that is no kext", unload, {"/Volumes/Data/Documents"}, 1, "",
+            "Failed to unload %1 - (libkern/kext) not a kext.\n");
+        const QString noLibraries = "    No libraries found.\n";
+        row("libraries found, sorted", libs, {"/Extra/Extensions/ExampleSensors.kext"}, 0,
+            "    com.sandboxmac.driver.ACPIPlatform = 1.3.6\n"
+            "    com.sandboxmac.kpi.iokit = 10.8.0\n    com.sandboxmac.kpi.libkern = 10.8.0\n",
+            "For all architectures:\n\n");
+        row("no libraries", libs, {sle + "SandboxNVRAM.kext"}, 0, noLibraries,
+            "For all architectures:\n\n");
+        row("a library nowhere", libs, {"/tmp/it's Ü/Orphan.kext"}, 0, noLibraries,
+            "For all architectures:\nFor x86_64:\n    3 symbols not found in any library "
+            "kext.\n\n");
+        row("diskutil on a folder inside a volume", diskutil, {"info", "/Volumes/Data/Documents"},
+            1, "", "Could not find disk: %1\n");
+        row("diskutil on a missing volume", diskutil, {"info", "/Volumes/Gone"}, 1, "",
+            "Could not find disk: %1\n");
+        row("mkextunpack of a missing architecture", "/usr/sbin/mkextunpack",
+            {"-a", "ppc", "-d", "/tmp", "/Extra/Extensions.mkext"}, 1, "",
+            "Architecture ppc not found in mkext.\n");
     }
 
-    void loadAndUnload() {
+    void toolsAnswerAsOnAMac() {
         QFETCH(QString, tool);
-        QFETCH(QString, bundle);
-        QFETCH(QString, error);
-        QFETCH(QString, identifier);
-        QFETCH(bool, loadedAfter);
-        const QString path = m_sandbox.path(bundle);
-        const SandboxFixture::Run run = m_sandbox.run(tool, {path});
-        QCOMPARE(QString::fromUtf8(run.err), QString(error).replace(QStringLiteral("%1"), path));
-        QCOMPARE(run.out, QByteArray());
-        QCOMPARE(run.status, error.isEmpty() ? 0 : 1);
-        if (!identifier.isEmpty())
-            QCOMPARE(loaded(identifier) != nullptr, loadedAfter);
-        QCOMPARE(m_sandbox.logLines(), QStringList{m_sandbox.logLine(tool, {path})});
+        QFETCH(QStringList, args);
+        QFETCH(int, status);
+        QFETCH(QString, out);
+        QFETCH(QString, err);
+        QFETCH(int, moreLoaded);
+        for (QString &arg : args)
+            if (arg.startsWith('/'))
+                arg = m_sandbox.path(arg);
+        const qsizetype before = LoadedKextState(m_sandbox.root()).read().size();
+        const SandboxFixture::Run run = m_sandbox.run(tool, args);
+        QCOMPARE(QString::fromUtf8(run.out), out);
+        QCOMPARE(QString::fromUtf8(run.err), err.replace("%1", args.value(args.size() - 1)));
+        QCOMPARE(run.status, status);
+        QCOMPARE(LoadedKextState(m_sandbox.root()).read().size(), before + moreLoaded);
+        QCOMPARE(m_sandbox.logLines(), QStringList{m_sandbox.logLine(tool, args)});
     }
 
     void librariesAndReferences() {
-        const QString family = QStringLiteral("com.sandboxmac.iokit.FireWireFamily");
-        const QString bundle = writeKext(QStringLiteral("Needs FireWire"),
-                                         QStringLiteral("org.test.NeedsFireWire"), family);
-        QCOMPARE(m_sandbox.run(QStringLiteral("/sbin/kextload"), {bundle}).err, QByteArray());
+        const QString family = "com.sandboxmac.iokit.FireWireFamily";
+        const QString bundle = writeKext("Needs FireWire", needs(family.toUtf8()));
+        QCOMPARE(m_sandbox.run("/sbin/kextload", {bundle}).err, QByteArray());
         QVERIFY(loaded(family));
         const int familyIndex = loaded(family)->index;
         QCOMPARE(loaded(family)->refs, 1);
-        const LoadedKext *kext = loaded(QStringLiteral("org.test.NeedsFireWire"));
+        const LoadedKext *kext = loaded("org.test.NeedsFireWire");
         QVERIFY(kext);
         QCOMPARE(kext->links, QList<int>{familyIndex});
         QCOMPARE(kext->index, familyIndex + 1);
         // Unloading gives the reference back.
-        QCOMPARE(m_sandbox.run(QStringLiteral("/sbin/kextunload"), {bundle}).status, 0);
+        QCOMPARE(m_sandbox.run("/sbin/kextunload", {bundle}).status, 0);
         QCOMPARE(loaded(family)->refs, 0);
     }
 
-    void diskutilInfo_data() {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("mountPoint"); // empty: diskutil knows no such disk
-        QTest::newRow("Lion backup")
-            << QStringLiteral("/Volumes/Lion Backup") << QStringLiteral("/Volumes/Lion Backup");
-        QTest::newRow("a folder inside a volume")
-            << QStringLiteral("/Volumes/Data/Documents") << QString();
-        QTest::newRow("missing volume") << QStringLiteral("/Volumes/Gone") << QString();
-    }
-
-    void diskutilInfo() {
-        QFETCH(QString, path);
-        QFETCH(QString, mountPoint);
-        const QStringList args{QStringLiteral("info"), m_sandbox.path(path)};
-        const SandboxFixture::Run run = m_sandbox.run(QStringLiteral("/usr/sbin/diskutil"), args);
-        const QString out = QString::fromUtf8(run.out);
-        // The started system's answer is read end to end; no other volume may look like it.
-        QVERIFY(!diskInfoIsStartedSystem(out));
-        QCOMPARE(run.status, mountPoint.isEmpty() ? 1 : 0);
-        if (mountPoint.isEmpty()) {
-            QCOMPARE(out, QString());
-            QCOMPARE(QString::fromUtf8(run.err),
-                     QStringLiteral("Could not find disk: %1\n").arg(args.last()));
-        } else {
-            QVERIFY(out.contains(QStringLiteral("\n   Mount Point:              ") + mountPoint +
-                                 '\n'));
-        }
-    }
-
-    void kextlibs_data() {
-        QTest::addColumn<QString>("bundle");
-        QTest::addColumn<QString>("out");
-        QTest::addColumn<QString>("err");
-        QTest::newRow("libraries found, sorted")
-            << "/Extra/Extensions/ExampleSensors.kext"
-            << "    com.sandboxmac.driver.ACPIPlatform = 1.3.6\n"
-               "    com.sandboxmac.kpi.iokit = 10.8.0\n"
-               "    com.sandboxmac.kpi.libkern = 10.8.0\n"
-            << "For all architectures:\n\n";
-        QTest::newRow("no libraries") << "/System/Library/Extensions/SandboxNVRAM.kext"
-                                      << "    No libraries found.\n"
-                                      << "For all architectures:\n\n";
-        QTest::newRow("a library nowhere") << "/tmp/it's Ü/Orphan.kext"
-                                           << "    No libraries found.\n"
-                                           << "For all architectures:\nFor x86_64:\n"
-                                              "    3 symbols not found in any library kext.\n\n";
-    }
-
-    void kextlibs() {
-        QFETCH(QString, bundle);
-        QFETCH(QString, out);
-        QFETCH(QString, err);
+    // The started system's answer is read end to end; another volume's must not look like it.
+    void diskutilOnAnotherVolume() {
         const SandboxFixture::Run run =
-            m_sandbox.run(QStringLiteral("/usr/sbin/kextlibs"), {m_sandbox.path(bundle)});
-        QCOMPARE(QString::fromUtf8(run.out), out);
-        QCOMPARE(QString::fromUtf8(run.err), err);
+            m_sandbox.run("/usr/sbin/diskutil", {"info", m_sandbox.volume("Lion Backup")});
+        QCOMPARE(run.status, 0);
+        QVERIFY(run.out.contains("\n   Mount Point:              /Volumes/Lion Backup\n"));
+        QVERIFY(!diskInfoIsStartedSystem(QString::fromUtf8(run.out)));
     }
 
     void hostToolsWithHostileNames() {
@@ -213,18 +185,6 @@ private slots:
         }
         QCOMPARE(m_sandbox.run(chflags, {QStringLiteral("hidden"), extra + "/none"}).status, 1);
         QCOMPARE(m_sandbox.logLines().size(), 3);
-    }
-
-    void mkextunpackMissingArchitecture() {
-        const QString mkext = m_sandbox.path(QStringLiteral("/Extra/Extensions.mkext"));
-        const QStringList args{QStringLiteral("-a"), QStringLiteral("ppc"), QStringLiteral("-d"),
-                               m_sandbox.path(QStringLiteral("/tmp")), mkext};
-        const SandboxFixture::Run run =
-            m_sandbox.run(QStringLiteral("/usr/sbin/mkextunpack"), args);
-        QCOMPARE(run.err, QByteArray("Architecture ppc not found in mkext.\n"));
-        QCOMPARE(run.status, 1);
-        QCOMPARE(m_sandbox.logLines(),
-                 QStringList{m_sandbox.logLine(QStringLiteral("/usr/sbin/mkextunpack"), args)});
     }
 };
 
