@@ -1,11 +1,10 @@
 #pragma once
 
+#include "CliRun.h"
 #include "TestScripts.h"
 #include "exec/Command.h"
 #include "volumes/SystemPaths.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -17,7 +16,7 @@ public:
     static inline const QString volume = QStringLiteral("Mac HD's Düsk");
 
     MaintenanceSandbox() {
-        QDir().mkpath(volumeRoot());
+        QDir().mkpath(rootPath());
         QDir().mkpath(dir.path() + QStringLiteral("/usr/sbin"));
         // kextcache is present, so the mkext commands are the system's own.
         writeScript(QDir(dir.path() + QStringLiteral("/usr/sbin")), QStringLiteral("kextcache"),
@@ -25,24 +24,16 @@ public:
     }
 
     SystemPaths paths() const { return SystemPaths(dir.path(), dir.path(), dir.path()); }
-    QString volumeRoot() const { return dir.path() + QStringLiteral("/Volumes/") + volume; }
-    QString rootPath() const { return volumeRoot() + QLatin1Char('/'); }
+    QString rootPath() const { return dir.path() + QStringLiteral("/Volumes/") + volume + '/'; }
 
     void makeFolders(const QStringList &folders) const {
         for (const QString &folder : folders)
             QVERIFY(QDir().mkpath(rootPath() + folder));
     }
-    void writeFile(const QString &relative, const QByteArray &bytes) const {
-        QDir().mkpath(QFileInfo(rootPath() + relative).path());
-        QFile file(rootPath() + relative);
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(bytes);
-    }
     void writeProductVersion(const QString &version) const {
-        writeFile(QStringLiteral("System/Library/CoreServices/SystemVersion.plist"),
-                  "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>\n"
-                  "<key>ProductVersion</key><string>" +
-                      version.toUtf8() + "</string>\n</dict></plist>\n");
+        QVERIFY(writePlist(rootPath() +
+                               QStringLiteral("System/Library/CoreServices/SystemVersion.plist"),
+                           "<key>ProductVersion</key><string>" + version.toUtf8() + "</string>"));
     }
 
     // Expected commands written as "TOOL|ARG|ARG": the tool is placed below the root,
