@@ -24,8 +24,6 @@ void TestDroppedFile::dispatch_data() {
     QTest::newRow("kext on check page")
         << QStringList{"/d/It's Ä.kext"} << 3 << check << "/d/It's Ä.kext";
     QTest::newRow("kext on unpack page") << QStringList{"/d/A.kext"} << 2 << none << "/d/A.kext";
-    QTest::newRow("only the first of two kexts")
-        << QStringList{"/d/First.kext", "/d/Second.kext"} << 3 << check << "/d/First.kext";
     QTest::newRow("first file decides")
         << QStringList{"/d/notes.txt", "/d/A.kext"} << 3 << none << "/d/notes.txt";
     QTest::newRow("upper-case extension")

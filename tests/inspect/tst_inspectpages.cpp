@@ -31,7 +31,6 @@ class TestInspectPages : public QObject {
 private slots:
     void init();
     void cleanup();
-    void probeSetsAllFourBoxes_data();
     void probeSetsAllFourBoxes();
     void dependenciesFollowTheProbeWhenAsked();
     void nothingChosen();
@@ -109,39 +108,32 @@ QString TestInspectPages::makeKext(const QString &name, const QByteArray &execut
     return kext;
 }
 
-void TestInspectPages::probeSetsAllFourBoxes_data() {
-    QTest::addColumn<int>("panelCode");
-    QTest::addColumn<QByteArray>("executable");
-    QTest::addColumn<QList<bool>>("boxes");
-    using W = MachOWriter;
-    const W::Slice x86_64 = W::kextSlice(W::X86_64);
-    QTest::newRow("universal x86_64 i386")
-        << 1 << W::fat({x86_64, W::kextSlice(W::I386)}) << QList<bool>{true, true, false, false};
-    QTest::newRow("thin ppc") << 1 << W::thin(W::kextSlice(W::PPC))
-                              << QList<bool>{false, false, true, false};
-    // A cancelled panel leaves the earlier kext's path, marks and listing.
-    QTest::newRow("cancelled") << 0 << W::thin(x86_64) << QList<bool>{true, false, false, true};
-}
-
-// Every probe sets all four boxes from the new kext and empties the dependency pane; the
-// two kexts between them turn every box away from the earlier marks.
+// Every probe sets all four boxes from the new kext and empties the dependency pane: from
+// all four marked, the two kexts between them turn every box over; a cancelled panel
+// leaves the last kext's path, marks and listing.
 void TestInspectPages::probeSetsAllFourBoxes() {
-    QFETCH(int, panelCode);
-    QFETCH(QByteArray, executable);
-    QFETCH(QList<bool>, boxes);
-    const QString kext = makeKext("It's Ünique", executable);
-    w<QLineEdit>("kPath")->setText("/earlier.kext");
-    const char *names[] = {"kx86_64", "ki386", "kppc", "kppc64"};
-    for (int i = 0; i < 4; ++i)
-        w<QCheckBox>(names[i])->setChecked(i == 0 || i == 3); // an earlier kext's marks
-    w<QPlainTextEdit>("kdep")->setPlainText("earlier listing");
-    m_check->setOpenPanel([panelCode, kext](auto done) { done(panelCode, kext); });
-    w<QPushButton>("bCheckSel")->click();
-    QCOMPARE(w<QLineEdit>("kPath")->text(), panelCode ? kext : QStringLiteral("/earlier.kext"));
-    QCOMPARE(archBoxes(), boxes);
-    QCOMPARE(w<QPlainTextEdit>("kdep")->toPlainText(),
-             panelCode ? QString() : QStringLiteral("earlier listing"));
-    QVERIFY(w<QProgressBar>("circleChck")->isHidden());
+    using W = MachOWriter;
+    const QString fat =
+        makeKext("It's Ünique", W::fat({W::kextSlice(W::X86_64), W::kextSlice(W::I386)}));
+    const QString ppc = makeKext("Ppc", W::thin(W::kextSlice(W::PPC)));
+    for (const char *name : {"kx86_64", "ki386", "kppc", "kppc64"})
+        w<QCheckBox>(name)->setChecked(true);
+    auto choose = [this](int panelCode, const QString &kext) {
+        w<QPlainTextEdit>("kdep")->setPlainText("earlier listing");
+        m_check->setOpenPanel([panelCode, kext](auto done) { done(panelCode, kext); });
+        w<QPushButton>("bCheckSel")->click();
+        QVERIFY(w<QProgressBar>("circleChck")->isHidden());
+    };
+    choose(1, fat);
+    QCOMPARE(w<QLineEdit>("kPath")->text(), fat);
+    QCOMPARE(archBoxes(), (QList<bool>{true, true, false, false}));
+    QCOMPARE(w<QPlainTextEdit>("kdep")->toPlainText(), QString());
+    choose(1, ppc);
+    QCOMPARE(archBoxes(), (QList<bool>{false, false, true, false}));
+    choose(0, fat);
+    QCOMPARE(w<QLineEdit>("kPath")->text(), ppc);
+    QCOMPARE(archBoxes(), (QList<bool>{false, false, true, false}));
+    QCOMPARE(w<QPlainTextEdit>("kdep")->toPlainText(), QStringLiteral("earlier listing"));
     QCOMPARE(toolCalls(), QString()); // dependencies were not asked for
 }
 

@@ -54,8 +54,6 @@ void TestLoadedVerbs::verbs_data() {
     QTest::newRow("reload, dry run prints both lines")
         << QStringList{"--dry-run", "reload", QStringLiteral("@/Jörg's.kext")} << 0
         << QStringLiteral("kextunload '@/Jörg'\\''s.kext'\nkextload '@/Jörg'\\''s.kext'\n") << "";
-    QTest::newRow("report without file") << QStringList{"report"} << 2 << ""
-                                         << "needs exactly one path";
     // "+" makes Extra/KextStore beside Extra/Extensions first.
     QTest::newRow("report with both Extra folders")
         << QStringList{"+", "report", "@/report.txt"} << 1 << ""
