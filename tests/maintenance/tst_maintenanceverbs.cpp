@@ -48,31 +48,19 @@ void TestMaintenanceVerbs::init() {
     m_volume = SystemPaths(m_root).volumeRoot(title) + '/';
     QDir().mkpath(m_volume);
     QDir().mkpath(m_root + "/usr/sbin");
-    const QDir sbin(m_root + "/usr/sbin");
-    writeScript(sbin, "kextcache", "exit 0\n");
-    // The volume under test is the started system.
-    const QByteArray fixtures = KK_FIXTURES "/diskutil/";
-    writeScript(sbin, "diskutil",
-                "case \"$2\" in\n  *\"Mac HD's\"*) cat '" + fixtures +
-                    "info-startup.txt' ;;\n  *) cat '" + fixtures +
-                    "info-other-volume.txt' ;;\nesac\n");
+    writeScript(QDir(m_root + "/usr/sbin"), "kextcache", "exit 0\n");
 }
 
 void TestMaintenanceVerbs::maintainPrintsStepsAndCommands() {
-    makeFolders({"Extra/Extensions", "System/Library/Extensions"});
-    const CliRun result = run({"maintain", "--volume", title, "--repair-extra", "--repair-sle"});
+    makeFolders({"Extra/Extensions"});
+    const CliRun result = run({"maintain", "--volume", title, "--repair-extra"});
     QCOMPARE(result.err, QString());
     QCOMPARE(result.status, 0);
-    // Each step's status line comes before its commands.
+    // The step's status line comes before its commands; the steps are the plan's own.
     QCOMPARE(result.out.split('\n'),
              (QStringList{"Repairing Extra permissions...",
                           tool("/usr/sbin/chown") + " -R 0:0 " + q("Extra/Extensions"),
                           tool("/bin/chmod") + " -R 755 " + q("Extra/Extensions"),
-                          "Repairing S/L/E permissions...",
-                          tool("/usr/sbin/chown") + " -R 0:0 " + q("System/Library/Extensions"),
-                          tool("/bin/chmod") + " -R 755 " + q("System/Library/Extensions"),
-                          "Repairing disk permissions...",
-                          tool("/usr/sbin/diskutil") + " repairpermissions " + q(""),
                           "Selected tasks were finished.", ""}));
     // The apostrophe of the volume's name stays inside one quoted word.
     QVERIFY(result.out.contains("/Volumes/Mac HD'\\''s/Extra/Extensions'"));
@@ -81,19 +69,15 @@ void TestMaintenanceVerbs::maintainPrintsStepsAndCommands() {
 void TestMaintenanceVerbs::maintainSettings_data() {
     QTest::addColumn<QByteArray>("settings");
     QTest::addColumn<bool>("lionCache");
-    QTest::addColumn<bool>("systemCaches");
     // Prelink Kernel from the settings is run end to end; the Lion key is read here.
-    QTest::newRow("Lion key true, Prelink off")
-        << QByteArray("<key>Manually recreate Lion cache</key><true/>"
-                      "<key>Prelink Kernel</key><false/>")
-        << true << false;
-    QTest::newRow("malformed settings") << QByteArray("<key>Prelink") << false << false;
+    QTest::newRow("Lion key") << QByteArray("<key>Manually recreate Lion cache</key><true/>")
+                              << true;
+    QTest::newRow("malformed settings") << QByteArray("<key>Prelink") << false;
 }
 
 void TestMaintenanceVerbs::maintainSettings() {
     QFETCH(QByteArray, settings);
     QFETCH(bool, lionCache);
-    QFETCH(bool, systemCaches);
     makeFolders({"System/Library/Extensions"});
     QVERIFY(writePlist(m_volume + "System/Library/CoreServices/SystemVersion.plist",
                        "<key>ProductVersion</key><string>10.7</string>"));
@@ -101,9 +85,6 @@ void TestMaintenanceVerbs::maintainSettings() {
     const CliRun result = run({"maintain", "--volume", title, "--rebuild-caches"});
     QCOMPARE(result.status, 0);
     QCOMPARE(result.out.contains("Startup/Extensions.mkext"), lionCache);
-    QCOMPARE(result.out.contains("-system-caches"), systemCaches);
-    QCOMPARE(result.out.contains("-system-prelinked-kernel"), systemCaches);
-    QVERIFY(result.out.contains("touch " + q("System/Library/Extensions")));
 }
 
 void TestMaintenanceVerbs::maintainFailures_data() {
