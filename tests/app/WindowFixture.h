@@ -41,20 +41,7 @@ struct WindowFixture {
         return root;
     }
 
-    void writeSettings(const QByteArray &xml) const {
-        QFile file(paths.infoPlist());
-        file.open(QIODevice::WriteOnly);
-        file.write(xml);
-    }
-
     template <typename T> T *find(const char *name) const {
         return window->findChild<T *>(QLatin1String(name));
     }
 };
-
-inline QByteArray settingsPlist(const QString &body) {
-    return QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n"
-                          "<dict>\n%1</dict>\n</plist>\n")
-        .arg(body)
-        .toUtf8();
-}
