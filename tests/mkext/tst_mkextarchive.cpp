@@ -19,11 +19,11 @@ namespace {
 void keepForCorpus(const QString &name, const QByteArray &bytes) {
     const QString folder = qEnvironmentVariable("KK_MKEXT_CORPUS");
     if (!folder.isEmpty())
-        writeFile(folder + QLatin1Char('/') + name, bytes);
+        writeFile(folder + '/' + name, bytes);
 }
 
 QString safeName(QString tag) {
-    return tag.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9]+")), QStringLiteral("-"));
+    return tag.replace(QRegularExpression("[^A-Za-z0-9]+"), "-");
 }
 
 // The folder of the round trip: universal code, a codeless kext, a plug-in with code for
@@ -41,30 +41,17 @@ Sample writeSample(const QString &folder) {
     s.uIntel64 = thinMachO(X86_64, QByteArray(30000, 'k')); // compressible
     s.uIntel32 = thinMachO(I386, QByteArray("i386 code ").repeated(500));
     s.plugIntel64 = thinMachO(X86_64, randomBytes(4000, 3));
-    writeKext(folder, QStringLiteral("A Kext"), QStringLiteral("com.example.a"),
-              QStringLiteral("1.0"), fatMachO({{X86_64, s.aIntel64}, {I386, s.aIntel32}}),
-              QStringLiteral("\t<key>OSBundleLibraries</key>\n\t<dict>\n"
-                             "\t\t<key>com.apple.kpi.libkern</key>\n\t\t<string>10.0</string>\n"
-                             "\t</dict>\n\t<key>Flag</key>\n\t<true/>\n"
-                             "\t<key>Count</key>\n\t<integer>42</integer>\n"
-                             "\t<key>Blob</key>\n\t<data>AAECAwQ=</data>\n"));
-    writeKext(folder, QStringLiteral("NoCode"), QStringLiteral("com.example.nocode"),
-              QStringLiteral("2.0"), QByteArray());
-    writeKext(folder, QStringLiteral("PPCOnly"), QStringLiteral("com.example.ppc"),
-              QStringLiteral("0.1"), thinMachO(PPC, QByteArray("ppc")));
-    const QString u =
-        writeKext(folder, QStringLiteral("Ünïcode Drïver's"), QStringLiteral("com.example.ü"),
-                  QStringLiteral("3.1"), fatMachO({{I386, s.uIntel32}, {X86_64, s.uIntel64}}));
-    writeKext(u + QStringLiteral("/Contents/PlugIns"), QStringLiteral("Plug"),
-              QStringLiteral("com.example.plug"), QStringLiteral("1"), s.plugIntel64);
+    writeKext(folder, "A Kext", "com.example.a", "1.0",
+              fatMachO({{X86_64, s.aIntel64}, {I386, s.aIntel32}}),
+              "<key>OSBundleLibraries</key><dict><key>com.apple.kpi.libkern</key>"
+              "<string>10.0</string></dict><key>Flag</key><true/><key>Count</key>"
+              "<integer>42</integer><key>Blob</key><data>AAECAwQ=</data>");
+    writeKext(folder, "NoCode", "com.example.nocode", "2.0", QByteArray());
+    writeKext(folder, "PPCOnly", "com.example.ppc", "0.1", thinMachO(PPC, "ppc"));
+    const QString u = writeKext(folder, "Ünïcode Drïver's", "com.example.ü", "3.1",
+                                fatMachO({{I386, s.uIntel32}, {X86_64, s.uIntel64}}));
+    writeKext(u + "/Contents/PlugIns", "Plug", "com.example.plug", "1", s.plugIntel64);
     return s;
-}
-
-QByteArray buildSample(const Sample &s, const QString &out) {
-    const MkextToolOutput built = MkextBuiltinTool::build(out, s.folder, {});
-    if (built.status != 0 || !built.err.isEmpty())
-        qWarning() << built.err;
-    return readFile(out);
 }
 
 // One second-version archive with kexts whose names come straight from the archive.
@@ -119,16 +106,15 @@ QByteArray firstVersionArchive(const QList<OldKext> &kexts, uint32_t cputype) {
     return out;
 }
 
-QByteArray plainPlist(const QString &identifier, const QString &version,
-                      const QString &executable) {
-    const QString named = executable.isEmpty()
-                              ? QString()
-                              : "<key>CFBundleExecutable</key><string>" + executable + "</string>";
-    return QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n"
-                          "<dict>\n<key>CFBundleIdentifier</key><string>%1</string>"
-                          "<key>CFBundleVersion</key><string>%2</string>%3</dict>\n</plist>\n")
-        .arg(identifier, version, named)
-        .toUtf8();
+QByteArray plainPlist(const QByteArray &identifier, const QByteArray &version,
+                      const QByteArray &executable) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n"
+           "<key>CFBundleIdentifier</key><string>" +
+           identifier + "</string><key>CFBundleVersion</key><string>" + version + "</string>" +
+           (executable.isEmpty()
+                ? ""
+                : "<key>CFBundleExecutable</key><string>" + executable + "</string>") +
+           "</dict>\n</plist>\n";
 }
 
 } // namespace
@@ -149,12 +135,13 @@ class TstMkextArchive : public QObject {
 private slots:
     void initTestCase() {
         QVERIFY(m_dir.isValid());
-        m_sample = writeSample(path(QStringLiteral("Kexts")));
-        m_builtPath = path(QStringLiteral("Extensions.mkext"));
-        m_built = buildSample(m_sample, m_builtPath);
-        QVERIFY(!m_built.isEmpty());
-        keepForCorpus(QStringLiteral("sample-fat.mkext"), m_built);
-        keepForCorpus(QStringLiteral("sample-thin.mkext"), thinSlice(0));
+        m_sample = writeSample(path("Kexts"));
+        m_builtPath = path("Extensions.mkext");
+        const MkextToolOutput built = MkextBuiltinTool::build(m_builtPath, m_sample.folder, {});
+        QCOMPARE(built.err, QString());
+        m_built = readFile(m_builtPath);
+        keepForCorpus("sample-fat.mkext", m_built);
+        keepForCorpus("sample-thin.mkext", thinSlice(0));
     }
 
     // The layout the kernel reads: a fat wrapper in the rebuild command's order, and per
@@ -186,7 +173,7 @@ private slots:
         for (const MkextArchive::Kext &kext : opened.archive->kexts())
             if (kext.hasExecutable && word(thin, kext.executableOffset) != 0)
                 packed << MkextArchive::kextName(kext);
-        QCOMPARE(packed, QStringList{QStringLiteral("Ünïcode Drïver's")});
+        QCOMPARE(packed, QStringList{"Ünïcode Drïver's"});
     }
 
     void listingShowsPathsIdentifiersAndVersions() {
@@ -225,7 +212,7 @@ private slots:
         QFETCH(QString, arch);
         QFETCH(QStringList, files);
         QFETCH(QList<QByteArray>, code);
-        const QString target = path(QStringLiteral("Unpacked ") + arch);
+        const QString target = path("Unpacked " + arch);
         QDir().mkpath(target);
         const MkextToolOutput unpacked = MkextBuiltinTool::unpack(arch, target, m_builtPath);
         QCOMPARE(unpacked.err, QString());
@@ -236,11 +223,9 @@ private slots:
             if (file.contains(QLatin1String("/MacOS/")))
                 found << readFile(target + QLatin1Char('/') + file);
         QCOMPARE(found, code);
-        QVERIFY(QFileInfo(target + QStringLiteral("/A Kext.kext/Contents/MacOS/A Kext"))
-                    .isExecutable());
+        QVERIFY(QFileInfo(target + "/A Kext.kext/Contents/MacOS/A Kext").isExecutable());
         // The dictionaries come back equal to the originals, key order included.
-        for (const QString &name : {QStringLiteral("A Kext"), QStringLiteral("NoCode"),
-                                    QStringLiteral("Ünïcode Drïver's")})
+        for (const QString name : {"A Kext", "NoCode", "Ünïcode Drïver's"})
             QCOMPARE(infoXml(target + "/" + name + ".kext/Contents/Info.plist"),
                      infoXml(m_sample.folder + "/" + name + ".kext/Contents/Info.plist"));
     }
@@ -250,14 +235,11 @@ private slots:
         QTest::addColumn<QStringList>("archs");
         QTest::addColumn<QString>("err");            // %1: the folder, %2: the archive
         QTest::addColumn<QList<uint32_t>>("slices"); // empty: no archive is written
-        const QString mixed = path(QStringLiteral("Mixed"));
-        writeKext(mixed, QStringLiteral("Good"), QStringLiteral("com.example.good"),
-                  QStringLiteral("1"), thinMachO(I386, QByteArray("c")));
-        writeKext(mixed, QStringLiteral("Broken"), QStringLiteral("com.example.broken"),
-                  QStringLiteral("1"), QByteArray("x"));
-        QVERIFY(QFile::remove(mixed + QStringLiteral("/Broken.kext/Contents/MacOS/Broken")));
-        QVERIFY(writeFile(mixed + QStringLiteral("/Garbled.kext/Contents/Info.plist"),
-                          "<plist><dict><key>"));
+        const QString mixed = path("Mixed");
+        writeKext(mixed, "Good", "com.example.good", "1", thinMachO(I386, "c"));
+        writeKext(mixed, "Broken", "com.example.broken", "1", "x");
+        QVERIFY(QFile::remove(mixed + "/Broken.kext/Contents/MacOS/Broken"));
+        QVERIFY(writeFile(mixed + "/Garbled.kext/Contents/Info.plist", "<plist><dict><key>"));
         // A fat wrapper even for one architecture.
         QTest::newRow("omitted kexts and an empty architecture")
             << mixed << QStringList{"x86_64", "i386"}
@@ -265,15 +247,14 @@ private slots:
                "%1/Garbled.kext has no readable Info.plist; omitting from mkext.\n"
                "No kexts found for architecture x86_64; skipping architecture.\n"
             << QList<uint32_t>{I386};
-        QTest::newRow("missing folder") << path(QStringLiteral("no such folder")) << QStringList()
-                                        << "Can't read kext folder %1.\n"
-                                        << QList<uint32_t>();
+        QTest::newRow("missing folder")
+            << path("no such folder") << QStringList() << "Can't read kext folder %1.\n"
+            << QList<uint32_t>();
         QTest::newRow("unknown architecture")
             << m_sample.folder << QStringList{"i386", "arm64"} << "Unknown architecture arm64.\n"
             << QList<uint32_t>();
-        const QString onlyPPC = path(QStringLiteral("Only PPC"));
-        writeKext(onlyPPC, QStringLiteral("P"), QStringLiteral("com.example.p"),
-                  QStringLiteral("1"), thinMachO(PPC, QByteArray("p")));
+        const QString onlyPPC = path("Only PPC");
+        writeKext(onlyPPC, "P", "com.example.p", "1", thinMachO(PPC, "p"));
         QTest::newRow("no kexts for any architecture")
             << onlyPPC << QStringList{"x86_64"}
             << "No kexts found for architecture x86_64; skipping architecture.\n"
@@ -285,7 +266,7 @@ private slots:
         QFETCH(QStringList, archs);
         QFETCH(QString, err);
         QFETCH(QList<uint32_t>, slices);
-        const QString out = path(safeName(QTest::currentDataTag()) + QStringLiteral(".mkext"));
+        const QString out = path(safeName(QTest::currentDataTag()) + ".mkext");
         const MkextToolOutput built = MkextBuiltinTool::build(out, folder, archs);
         QCOMPARE(built.err, QString(err).replace("%1", folder).replace("%2", out));
         QCOMPARE(built.status, slices.isEmpty() ? 1 : 0);
@@ -295,7 +276,7 @@ private slots:
             QCOMPARE(word(bytes, 8 + 20 * i), slices[i]);
         if (!slices.isEmpty()) {
             QCOMPARE(word(bytes, 4), uint32_t(slices.size()));
-            keepForCorpus(QStringLiteral("one-arch.mkext"), bytes);
+            keepForCorpus("one-arch.mkext", bytes);
         }
     }
 
@@ -303,11 +284,11 @@ private slots:
         const QByteArray code = thinMachO(I386, QByteArray("old driver code ").repeated(64));
         const QByteArray archive = firstVersionArchive(
             {{plainPlist("com.example.old", "1.0", "OldDriver"), code, true},
-             {plainPlist("com.example.codeless", "2.5", QString()), QByteArray(), false},
+             {plainPlist("com.example.codeless", "2.5", ""), QByteArray(), false},
              {plainPlist("com.example.stored", "3", "Stored"), thinMachO(I386, "s"), false}},
             I386);
-        keepForCorpus(QStringLiteral("version1.mkext"), archive);
-        const QString file = path(QStringLiteral("old.mkext"));
+        keepForCorpus("version1.mkext", archive);
+        const QString file = path("old.mkext");
         QVERIFY(writeFile(file, archive));
         const MkextToolOutput listed = MkextBuiltinTool::list(file);
         QCOMPARE(listed.err, QString());
@@ -315,13 +296,11 @@ private slots:
                                             "OldDriver.kext - com.example.old (1.0)\n"
                                             "codeless.kext - com.example.codeless (2.5)\n"
                                             "Stored.kext - com.example.stored (3)\n"));
-        const QString target = path(QStringLiteral("Old"));
+        const QString target = path("Old");
         QDir().mkpath(target);
-        QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("i386"), target, file).err, QString());
-        QCOMPARE(readFile(target + QStringLiteral("/OldDriver.kext/Contents/MacOS/OldDriver")),
-                 code);
-        QCOMPARE(tree(target + QStringLiteral("/codeless.kext")),
-                 (QStringList{"Contents", "Contents/Info.plist"}));
+        QCOMPARE(MkextBuiltinTool::unpack("i386", target, file).err, QString());
+        QCOMPARE(readFile(target + "/OldDriver.kext/Contents/MacOS/OldDriver"), code);
+        QCOMPARE(tree(target + "/codeless.kext"), (QStringList{"Contents", "Contents/Info.plist"}));
     }
 
     void brokenArchivesGiveTheToolsMessages_data() {
@@ -329,13 +308,13 @@ private slots:
         QTest::addColumn<QString>("arch");
         QTest::addColumn<QString>("err");
         QTest::addColumn<bool>("listed"); // false: the listing fails with the same text
-        const QString badMagic = QStringLiteral("Bad mkext magic/signature.\n");
+        const QString badMagic = "Bad mkext magic/signature.\n";
         const QByteArray thin = thinSlice(1); // x86_64
-        const QString cant2 = QStringLiteral("Can't read mkext2 archive.\n");
+        const QString cant2 = "Can't read mkext2 archive.\n";
         auto row = [](const char *name, const QByteArray &bytes, const QString &arch,
                       const QString &err, bool listed = false) {
             QTest::newRow(name) << bytes << arch << err << listed;
-            keepForCorpus(QStringLiteral("broken-") + safeName(QString::fromLatin1(name)), bytes);
+            keepForCorpus("broken-" + safeName(name), bytes);
         };
         row("empty file", QByteArray(), "x86_64", badMagic);
         QByteArray magic = thin;
@@ -350,13 +329,12 @@ private slots:
                 .arg(thin.size() - 10));
         QByteArray flipped = thin;
         flipped[100] = char(flipped[100] ^ 0x40);
-        row("flipped byte", flipped, "x86_64", QStringLiteral("Mkext checksum error.\n"));
+        row("flipped byte", flipped, "x86_64", "Mkext checksum error.\n");
         row("missing architecture in fat file", m_built, "ppc",
-            QStringLiteral("Architecture ppc not found in mkext.\n"), true);
+            "Architecture ppc not found in mkext.\n", true);
         row("thin archive of another processor", thin, "i386",
-            QStringLiteral("Architecture i386 not found in mkext.\n"), true);
-        row("unknown architecture", thin, "arm64", QStringLiteral("Unknown architecture arm64.\n"),
-            true);
+            "Architecture i386 not found in mkext.\n", true);
+        row("unknown architecture", thin, "arm64", "Unknown architecture arm64.\n", true);
         // One word changed; a thin archive is sealed again so that only the change is wrong.
         auto changed = [](QByteArray bytes, qsizetype at, uint32_t value, bool seal = true) {
             setWord(bytes, at, value);
@@ -365,7 +343,7 @@ private slots:
             return bytes;
         };
         row("unknown version", changed(thin, 16, 0x03000000), "x86_64",
-            QStringLiteral("Unsupported mkext version 0x03000000.\n"));
+            "Unsupported mkext version 0x03000000.\n");
         row("plist beyond the end", changed(thin, 32, uint32_t(thin.size())), "x86_64", cant2);
         row("plist claims 2 GiB", changed(thin, 40, 0x7fffffff), "x86_64", cant2);
         const QByteArray garbage = thin.left(word(thin, 32)) + QByteArray("<dict><key>x</key>");
@@ -384,14 +362,14 @@ private slots:
         row("first version kext count beyond the file",
             changed(firstVersionArchive({{plainPlist("a", "1", "A"), "c", false}}, I386), 20,
                     0x08000000),
-            "i386", QStringLiteral("Can't read mkext1 archive.\n"));
+            "i386", "Can't read mkext1 archive.\n");
     }
     void brokenArchivesGiveTheToolsMessages() {
         QFETCH(QByteArray, bytes);
         QFETCH(QString, arch);
         QFETCH(QString, err);
         QFETCH(bool, listed);
-        const QString file = path(QStringLiteral("broken.mkext"));
+        const QString file = path("broken.mkext");
         QFile::remove(file);
         QVERIFY(writeFile(file, bytes));
         const MkextToolOutput listing = MkextBuiltinTool::list(file);
@@ -410,56 +388,54 @@ private slots:
         QTest::addColumn<QString>("bundlePath");
         QTest::addColumn<QString>("executable");
         QTest::addColumn<QString>("writtenExecutable");
-        auto row = [](const char *name, const char *path, const char *executable,
-                      const char *written) {
-            QTest::newRow(name) << QString::fromLatin1(path) << QString::fromLatin1(executable)
-                                << QString::fromLatin1(written);
-        };
-        row("parent steps", "../../evil.kext", "evil", "evil.kext/Contents/MacOS/evil");
-        row("absolute path", "/tmp/evil.kext", "../../../../tmp/x", "evil.kext/Contents/MacOS/x");
-        row("empty path and executable", "", "", "hostile.kext/Contents/MacOS/hostile");
+        QTest::newRow("parent steps") << "../../evil.kext"
+                                      << "evil"
+                                      << "evil.kext/Contents/MacOS/evil";
+        QTest::newRow("absolute path") << "/tmp/evil.kext"
+                                       << "../../../../tmp/x"
+                                       << "evil.kext/Contents/MacOS/x";
+        QTest::newRow("empty path and executable") << ""
+                                                   << ""
+                                                   << "hostile.kext/Contents/MacOS/hostile";
     }
     void hostileNamesStayInsideTheFolder() {
         QFETCH(QString, bundlePath);
         QFETCH(QString, executable);
         QFETCH(QString, writtenExecutable);
         QTemporaryDir outer;
-        const QString target = outer.filePath(QStringLiteral("a/b"));
+        const QString target = outer.filePath("a/b");
+        const QString file = outer.filePath("archive.mkext");
         QDir().mkpath(target);
         const QByteArray archive = archiveWithNames({{bundlePath, executable}});
-        keepForCorpus(QStringLiteral("hostile-") + safeName(QTest::currentDataTag()), archive);
-        QVERIFY(writeFile(outer.filePath(QStringLiteral("archive.mkext")), archive));
-        QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("x86_64"), target,
-                                          outer.filePath(QStringLiteral("archive.mkext")))
-                     .err,
-                 QString());
+        keepForCorpus("hostile-" + safeName(QTest::currentDataTag()), archive);
+        QVERIFY(writeFile(file, archive));
+        QCOMPARE(MkextBuiltinTool::unpack("x86_64", target, file).err, QString());
         QVERIFY2(tree(target).contains(writtenExecutable), qPrintable(tree(target).join(", ")));
         QCOMPARE(tree(outer.path()).size(), tree(target).size() + 3); // a, a/b, archive.mkext
     }
 
     void existingLinksAreNeverWrittenThrough() {
         QTemporaryDir outer;
-        const QString target = outer.filePath(QStringLiteral("target"));
-        const QString elsewhere = outer.filePath(QStringLiteral("elsewhere"));
+        const QString target = outer.filePath("target");
+        const QString elsewhere = outer.filePath("elsewhere");
         QDir().mkpath(target);
         QDir().mkpath(elsewhere);
-        QVERIFY(QFile::link(elsewhere, target + QStringLiteral("/evil.kext")));
-        QVERIFY(QFile::link(outer.filePath(QStringLiteral("gone")),
-                            target + QStringLiteral("/evil-1.kext")));
-        QVERIFY(writeFile(target + QStringLiteral("/evil-2.kext"), "in the way"));
-        const QString file = outer.filePath(QStringLiteral("a.mkext"));
+        QVERIFY(QFile::link(elsewhere, target + "/evil.kext"));
+        QVERIFY(QFile::link(outer.filePath("gone"), target + "/evil-1.kext"));
+        QVERIFY(writeFile(target + "/evil-2.kext", "in the way"));
+        const QString file = outer.filePath("a.mkext");
         QVERIFY(writeFile(file, archiveWithNames({{"/S/evil.kext", "evil"}})));
-        QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("x86_64"), target, file).err, QString());
-        QVERIFY(QFile::exists(target + QStringLiteral("/evil-3.kext/Contents/MacOS/evil")));
-        QCOMPARE(readFile(target + QStringLiteral("/evil-2.kext")), QByteArray("in the way"));
+        QCOMPARE(MkextBuiltinTool::unpack("x86_64", target, file).err, QString());
+        QVERIFY(QFile::exists(target + "/evil-3.kext/Contents/MacOS/evil"));
+        QCOMPARE(readFile(target + "/evil-2.kext"), QByteArray("in the way"));
         QCOMPARE(tree(elsewhere), QStringList());
-        QVERIFY(!QFile::exists(outer.filePath(QStringLiteral("gone"))));
+        QVERIFY(!QFile::exists(outer.filePath("gone")));
     }
 
     void unpackIntoAMissingFolder() {
-        const QString nowhere = path(QStringLiteral("no folder"));
-        QCOMPARE(MkextBuiltinTool::unpack(QStringLiteral("x86_64"), nowhere, m_builtPath).err,
-                 QStringLiteral("Directory %1 doesn't exist.\n").arg(nowhere));
+        const QString nowhere = path("no folder");
+        QCOMPARE(MkextBuiltinTool::unpack("x86_64", nowhere, m_builtPath).err,
+                 "Directory " + nowhere + " doesn't exist.\n");
     }
 };
 

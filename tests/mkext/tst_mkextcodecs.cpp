@@ -48,10 +48,7 @@ private slots:
     void lzssRoundTrip_data() {
         QTest::addColumn<QByteArray>("plain");
         QTest::newRow("empty") << QByteArray();
-        QTest::newRow("one byte") << QByteArray("x");
         QTest::newRow("leading blanks") << QByteArray(40, ' ') + "tail";
-        QTest::newRow("repetitive") << QByteArray("<key>CFBundle</key>").repeated(300);
-        QTest::newRow("random") << randomBytes(5000, 7);
         QTest::newRow("longer than the ring") << (randomBytes(3000, 9) + randomBytes(3000, 9));
     }
     void lzssRoundTrip() {
@@ -163,11 +160,8 @@ private slots:
             "<key>IOKitPersonalities</key><dict><key>P</key><dict>"
             "<key>IOProbeScore</key><integer size=\"64\">0xffffffffffffffff</integer>"
             "<key>IOMatch</key><array><string>a</string><data>3q2+7w==</data></array>"
-            "</dict></dict><key>OSBundleRequired</key><true/></dict>");
-        QTest::newRow("true") << QByteArray("<true/>");
-        QTest::newRow("false followed by junk") << QByteArray("<false/>k>");
-        QTest::newRow("integer") << QByteArray("<integer size=\"64\">0x2a</integer>");
-        QTest::newRow("empty dict") << QByteArray("<dict/>");
+            "</dict></dict><key>OSBundleRequired</key><true/><key>Empty</key><dict/></dict>");
+        QTest::newRow("lone boolean followed by junk") << QByteArray("<false/>k>");
     }
     void writtenTextReadsBackEqual() {
         QFETCH(QByteArray, text);
