@@ -208,6 +208,8 @@ void TestKextLocationIndex::customFoldersLoadOnce() {
     // Once loaded the list is not read again.
     writeFile(settings(), customDirs({"/x"}));
     QCOMPARE(index.CountPathes(), 2u);
+    writeFile(settings(), "not a property list at all");
+    QCOMPARE(KextLocationIndex(settings()).CountPathes(), 0u);
 }
 
 // The test load asks for the count first so that the saved folders are loaded and the

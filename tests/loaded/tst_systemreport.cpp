@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QHash>
 #include <QMutex>
 #include <QSet>
 #include <QTemporaryDir>
@@ -29,28 +28,18 @@ QByteArray readAll(const QString &path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Kexts of the fixture listing that the index knows, and what the file-type tool says
-// about each one's executable.
-const QHash<QString, QString> knownPaths{
-    {"com.apple.kpi.bsd", "/System/Library/Extensions/System.kext/PlugIns/BSDKernel.kext"},
-    {"com.example.A", "/Extra/Extensions/A.kext"},
-    {"com.example.A.P1", "/Extra/Extensions/A.kext/Contents/PlugIns/P1.kext"},
-    {"com.example.B", "/Extra/Extensions/B.kext"},
-    {QStringLiteral("org.bücher.Treiber"),
-     QStringLiteral("/System/Library/Extensions/Bücher Treiber.kext")},
-    {"com.example.NoVersion", "/System/Library/Extensions/NoVersion.kext"},
-};
-const QHash<QString, QString> probeTexts{
-    {knownPaths["com.apple.kpi.bsd"],
-     "Mach-O universal binary with 2 architectures\nX (for architecture x86_64):\tMach-O 64-bit "
-     "kext bundle x86_64\nX (for architecture i386):\tMach-O object i386\n"},
-    {knownPaths["com.example.A"], "Mach-O 64-bit kext bundle x86_64\n"},
-    {knownPaths["com.example.A.P1"], "Mach-O object i386\n"},
-    {knownPaths["com.example.B"], ""},
-    {knownPaths[QStringLiteral("org.bücher.Treiber")],
-     "Mach-O universal binary with 2 architectures\nX (for architecture ppc):\tMach-O object "
-     "ppc\nX (for architecture i386):\tMach-O object i386\n"},
-    {knownPaths["com.example.NoVersion"], "Mach-O 64-bit kext bundle x86_64\n"},
+// Kexts of the fixture listing that the index knows, and the processors the probe names
+// in each one's executable (the report reads bare words).
+const struct {
+    const char *id, *path, *probe;
+} known[] = {
+    {"com.apple.kpi.bsd", "/System/Library/Extensions/System.kext/PlugIns/BSDKernel.kext",
+     "x86_64 i386"},
+    {"com.example.A", "/Extra/Extensions/A.kext", "x86_64"},
+    {"com.example.A.P1", "/Extra/Extensions/A.kext/Contents/PlugIns/P1.kext", "i386"},
+    {"com.example.B", "/Extra/Extensions/B.kext", ""},
+    {"org.bücher.Treiber", "/System/Library/Extensions/Bücher Treiber.kext", "ppc i386"},
+    {"com.example.NoVersion", "/System/Library/Extensions/NoVersion.kext", "x86_64"},
 };
 
 // A sandbox Mac whose system_profiler and kextstat print the fixtures.
@@ -82,12 +71,22 @@ struct Sandbox {
 
     SystemReport::Sources sources() {
         return {SystemPaths(root), ProcessRunner::output,
-                [](const QString &id) { return knownPaths.value(id); },
+                [](const QString &id) {
+                    for (const auto &kext : known) {
+                        if (id == QString::fromUtf8(kext.id))
+                            return QString::fromUtf8(kext.path);
+                    }
+                    return QString();
+                },
                 [this](const QString &path) {
                     QMutexLocker lock(&probeLock);
                     probeThreads << QThread::currentThread()->objectName();
                     ++probes;
-                    return probeTexts.value(path);
+                    for (const auto &kext : known) {
+                        if (path == QString::fromUtf8(kext.path))
+                            return QString::fromUtf8(kext.probe);
+                    }
+                    return QString();
                 }};
     }
 };
