@@ -22,8 +22,7 @@ class TestInstallController : public QObject {
 private slots:
     void init();
     void cleanup();
-    void clear_data();
-    void clear();
+    void clearRemovesSelectedRowsOrAll();
     void browseAppendsChosenBundleFolders();
     void refusedAuthorizationChangesNothing();
     void runDisablesPageAndFinishes();
@@ -79,24 +78,18 @@ QString TestInstallController::makeBundle(const QString &name) {
     return path;
 }
 
-void TestInstallController::clear_data() {
-    QTest::addColumn<QList<int>>("select");
-    QTest::addColumn<QStringList>("left");
-    QTest::newRow("rows 0 and 2 of 4") << QList<int>{0, 2} << QStringList{"/b.kext", "/d.kext"};
-    QTest::newRow("nothing selected") << QList<int>{} << QStringList{};
-}
-
-void TestInstallController::clear() {
-    QFETCH(QList<int>, select);
-    QFETCH(QStringList, left);
+void TestInstallController::clearRemovesSelectedRowsOrAll() {
     controller->instkexts().append({"/a.kext", "/b.kext", "/c.kext", "/d.kext"});
     auto *table = f->find<QTableView>("tbkexts");
-    for (int row : select)
+    for (int row : {0, 2})
         table->selectionModel()->select(table->model()->index(row, 0),
                                         QItemSelectionModel::Select | QItemSelectionModel::Rows);
     QTest::mouseClick(f->find<QPushButton>("bInstClear"), Qt::LeftButton);
-    QCOMPARE(controller->instkexts().entries(), left);
+    QCOMPARE(controller->instkexts().entries(), (QStringList{"/b.kext", "/d.kext"}));
     QVERIFY(!table->selectionModel()->hasSelection());
+    // With nothing selected, everything goes.
+    QTest::mouseClick(f->find<QPushButton>("bInstClear"), Qt::LeftButton);
+    QVERIFY(controller->instkexts().entries().isEmpty());
 }
 
 void TestInstallController::browseAppendsChosenBundleFolders() {
