@@ -45,47 +45,34 @@ QList<bool> versionItemsVisible(const WindowFixture &f) {
 
 void TestVolumeSelectors::tables_data() {
     QTest::addColumn<QStringList>("folders");
-    QTest::addColumn<QString>("extraVer");
     QTest::addColumn<bool>("sleUsable");
     QTest::addColumn<bool>("extraUsable");
     QTest::addColumn<QString>("destination");
 
-    QTest::newRow("Extra Extensions and S/L/E")
-        << QStringList{"Extra/Extensions", "System/Library/Extensions"} << "" << true << true
-        << "inExtra";
-    QTest::newRow("KextStore only")
-        << QStringList{"Extra/KextStore"} << "" << false << true << "inExtra";
-    QTest::newRow("S/L/E only") << QStringList{"System/Library/Extensions"} << "" << true << false
+    QTest::newRow("Extra and S/L/E") << QStringList{"Extra/Extensions", "System/Library/Extensions"}
+                                     << true << true << "inExtra";
+    QTest::newRow("KextStore only") << QStringList{"Extra/KextStore"} << false << true << "inExtra";
+    QTest::newRow("S/L/E only") << QStringList{"System/Library/Extensions"} << true << false
                                 << "inSLE";
-    QTest::newRow("version folder without kexts")
-        << QStringList{"Extra/Extensions", "Extra/10.6/Themes", "System/Library/Extensions"}
-        << "10.6" << true << false << "inSLE";
-    QTest::newRow("empty Extra folder, no S/L/E")
-        << QStringList{"Extra", "System/Library"} << "" << false << false << "none";
-    QTest::newRow("no volume at all") << QStringList{} << "" << false << false << "none";
+    QTest::newRow("neither") << QStringList{"Extra", "System/Library"} << false << false << "none";
 }
 
 void TestVolumeSelectors::tables() {
     QFETCH(QStringList, folders);
-    QFETCH(QString, extraVer);
     QFETCH(bool, sleUsable);
     QFETCH(bool, extraUsable);
     QFETCH(QString, destination);
 
     WindowFixture f;
-    const QString title = folders.isEmpty() ? QString() : QStringLiteral("Mac HD");
-    if (!title.isEmpty()) {
-        f.makeVolume(title, folders);
-        addVolumes(f, {title});
-    }
-    f.delegate->ExtraVer = extraVer;
+    f.makeVolume(QStringLiteral("Mac HD"), folders);
+    addVolumes(f, {QStringLiteral("Mac HD")});
     for (const char *name : {"cbExtra", "cbERP", "cbERM", "cbSLE", "cbSLERP", "cbSLERC"})
         f.find<QCheckBox>(name)->setChecked(true);
     f.find<QRadioButton>("inDesktop")->setChecked(true);
 
     f.delegate->DiskSelectorMaintenance(f.find<QComboBox>("DiskSelMain"));
 
-    QCOMPARE(f.delegate->rp, f.paths.volumesDir() + QLatin1Char('/') + title);
+    QCOMPARE(f.delegate->rp, f.paths.volumeRoot(QStringLiteral("Mac HD")));
     for (const char *name :
          {"cbSLE", "cbSLERP", "cbSLERC", "inSLE", "cbExtra", "cbERP", "cbERM", "inExtra"}) {
         const bool usable = QByteArray(name).contains("SLE") ? sleUsable : extraUsable;
