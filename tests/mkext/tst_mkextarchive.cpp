@@ -54,22 +54,18 @@ Sample writeSample(const QString &folder) {
     return s;
 }
 
-// One second-version archive with kexts whose names come straight from the archive.
-QByteArray archiveWithNames(const QList<QPair<QString, QString>> &pathAndExecutable) {
-    QList<KextSource> kexts;
-    for (const auto &[path, executable] : pathAndExecutable) {
-        KextSource kext;
-        kext.bundlePath = path;
-        plist_t info = plist_new_dict();
-        plist_dict_set_item(info, "CFBundleIdentifier", plist_new_string("com.example.hostile"));
-        plist_dict_set_item(info, "CFBundleExecutable",
-                            plist_new_string(executable.toUtf8().constData()));
-        kext.info = std::shared_ptr<void>(info, plist_free);
-        kext.hasExecutable = true;
-        kext.executable = thinMachO(X86_64, QByteArray("x"));
-        kexts << kext;
-    }
-    return MkextWriter::archive(kexts, X86_64);
+// A second-version archive of one kext whose names come straight from the archive.
+QByteArray archiveWithNames(const QString &path, const QString &executable) {
+    KextSource kext;
+    kext.bundlePath = path;
+    plist_t info = plist_new_dict();
+    plist_dict_set_item(info, "CFBundleIdentifier", plist_new_string("com.example.hostile"));
+    plist_dict_set_item(info, "CFBundleExecutable",
+                        plist_new_string(executable.toUtf8().constData()));
+    kext.info = std::shared_ptr<void>(info, plist_free);
+    kext.hasExecutable = true;
+    kext.executable = thinMachO(X86_64, "x");
+    return MkextWriter::archive({kext}, X86_64);
 }
 
 // The first version, laid out by hand: header, one 32-byte record per kext, then the
@@ -406,7 +402,7 @@ private slots:
         const QString target = outer.filePath("a/b");
         const QString file = outer.filePath("archive.mkext");
         QDir().mkpath(target);
-        const QByteArray archive = archiveWithNames({{bundlePath, executable}});
+        const QByteArray archive = archiveWithNames(bundlePath, executable);
         keepForCorpus("hostile-" + safeName(QTest::currentDataTag()), archive);
         QVERIFY(writeFile(file, archive));
         QCOMPARE(MkextBuiltinTool::unpack("x86_64", target, file).err, QString());
@@ -424,7 +420,7 @@ private slots:
         QVERIFY(QFile::link(outer.filePath("gone"), target + "/evil-1.kext"));
         QVERIFY(writeFile(target + "/evil-2.kext", "in the way"));
         const QString file = outer.filePath("a.mkext");
-        QVERIFY(writeFile(file, archiveWithNames({{"/S/evil.kext", "evil"}})));
+        QVERIFY(writeFile(file, archiveWithNames("/S/evil.kext", "evil")));
         QCOMPARE(MkextBuiltinTool::unpack("x86_64", target, file).err, QString());
         QVERIFY(QFile::exists(target + "/evil-3.kext/Contents/MacOS/evil"));
         QCOMPARE(readFile(target + "/evil-2.kext"), QByteArray("in the way"));

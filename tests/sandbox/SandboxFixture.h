@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CliRun.h"
 #include "exec/Command.h"
 #include "sandbox/SandboxBuilder.h"
 #include "sandbox/StandInScripts.h"
@@ -14,12 +15,6 @@
 // letter, and a way to run its stand-ins as real processes.
 class SandboxFixture {
 public:
-    struct Run {
-        int status = -1;
-        QByteArray out;
-        QByteArray err;
-    };
-
     ~SandboxFixture() {
         if (m_fixed)
             QDir(m_root).removeRecursively();
@@ -41,12 +36,13 @@ public:
         return m_root + QStringLiteral("/Volumes/") + name;
     }
 
-    Run run(const QString &systemPath, const QStringList &args) const {
+    CliRun run(const QString &systemPath, const QStringList &args) const {
         QProcess process;
         process.start(m_root + systemPath, args);
         process.waitForFinished(30000);
         return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                process.readAllStandardOutput(), process.readAllStandardError()};
+                QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
     }
 
     // The line a stand-in logs for this run: the command as the program renders it.
