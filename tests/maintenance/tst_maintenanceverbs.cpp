@@ -1,6 +1,5 @@
 #include "CliRun.h"
 #include "TestScripts.h"
-#include "exec/Command.h"
 #include "volumes/SystemPaths.h"
 
 #include <QTemporaryDir>
@@ -12,15 +11,12 @@ class TestMaintenanceVerbs : public QObject {
     Q_OBJECT
 private slots:
     void init();
-    void maintainPrintsStepsAndCommands();
+    void maintain_data();
+    void maintain();
     void maintainSettings_data();
     void maintainSettings();
-    void maintainFailures_data();
-    void maintainFailures();
-    void extraCommands_data();
-    void extraCommands();
-    void extraAnswersOnTheTerminal_data();
-    void extraAnswersOnTheTerminal();
+    void extra_data();
+    void extra();
 
 private:
     CliRun run(const QStringList &args, const QByteArray &input = {}) {
@@ -30,8 +26,11 @@ private:
         for (const QString &folder : folders)
             QVERIFY(QDir().mkpath(m_volume + folder));
     }
-    QString q(const QString &relative) const { return shellQuote(m_volume + relative); }
-    QString tool(const QString &path) const { return m_root + path; }
+    // Expected output: "%R" is the system root, "%V" the volume's root inside single
+    // quotes, where its apostrophe reads '\''.
+    QString expand(QString text) const {
+        return text.replace("%R", m_root).replace("%V", QString(m_volume).replace("'", "'\\''"));
+    }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_root;
@@ -51,19 +50,50 @@ void TestMaintenanceVerbs::init() {
     writeScript(QDir(m_root + "/usr/sbin"), "kextcache", "exit 0\n");
 }
 
-void TestMaintenanceVerbs::maintainPrintsStepsAndCommands() {
-    makeFolders({"Extra/Extensions"});
-    const CliRun result = run({"maintain", "--volume", title, "--repair-extra"});
-    QCOMPARE(result.err, QString());
-    QCOMPARE(result.status, 0);
-    // The step's status line comes before its commands; the steps are the plan's own.
-    QCOMPARE(result.out.split('\n'),
-             (QStringList{"Repairing Extra permissions...",
-                          tool("/usr/sbin/chown") + " -R 0:0 " + q("Extra/Extensions"),
-                          tool("/bin/chmod") + " -R 755 " + q("Extra/Extensions"),
-                          "Selected tasks were finished.", ""}));
-    // The apostrophe of the volume's name stays inside one quoted word.
-    QVERIFY(result.out.contains("/Volumes/Mac HD'\\''s/Extra/Extensions'"));
+void TestMaintenanceVerbs::maintain_data() {
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("out");
+    QTest::addColumn<QString>("error");
+
+    // The steps' command lists are the plan's own; here each status line comes before
+    // its commands.
+    QTest::newRow("repair S/L/E") << QStringList{"--volume", title, "--repair-sle"} << 0
+                                  << "Repairing S/L/E permissions...\n"
+                                     "%R/usr/sbin/chown -R 0:0 '%VSystem/Library/Extensions'\n"
+                                     "%R/bin/chmod -R 755 '%VSystem/Library/Extensions'\n"
+                                     "Repairing disk permissions...\n"
+                                     "%R/usr/sbin/diskutil repairpermissions '%V'\n"
+                                     "Selected tasks were finished.\n"
+                                  << QString();
+    QTest::newRow("no task") << QStringList{"--volume", title} << 2 << QString()
+                             << "You haven't selected any options.\n";
+    QTest::newRow("nothing to build from")
+        << QStringList{"--volume", title, "--rebuild-extra-mkext", "--repair-sle"} << 1
+        << "Rebuilding Extra mkext...\n"
+        << "No Extra/Extensions or Extra/KextStore found.\n";
+    QTest::newRow("unknown volume")
+        << QStringList{"--volume", "Nowhere", "--repair-sle"} << 1 << QString()
+        << "kextkeeper maintain: no volume with an Extra or System/Library folder is called "
+           "Nowhere\n";
+    QTest::newRow("no volume") << QStringList{"--repair-sle"} << 2 << QString()
+                               << "kextkeeper maintain: --volume NAME is needed\n";
+    QTest::newRow("bad version")
+        << QStringList{"--volume", title, "--extra-version", "10.9", "--repair-extra"} << 2
+        << QString()
+        << "kextkeeper maintain: --extra-version must be one of 10.4, 10.5, 10.6, 10.7\n";
+}
+
+void TestMaintenanceVerbs::maintain() {
+    QFETCH(QStringList, args);
+    QFETCH(int, status);
+    QFETCH(QString, out);
+    QFETCH(QString, error);
+    makeFolders({"Extra/Themes", "System/Library/Extensions"});
+    const CliRun result = run(QStringList{"maintain"} + args);
+    QCOMPARE(result.status, status);
+    QCOMPARE(result.err, error);
+    QCOMPARE(result.out, expand(out));
 }
 
 void TestMaintenanceVerbs::maintainSettings_data() {
@@ -87,100 +117,56 @@ void TestMaintenanceVerbs::maintainSettings() {
     QCOMPARE(result.out.contains("Startup/Extensions.mkext"), lionCache);
 }
 
-void TestMaintenanceVerbs::maintainFailures_data() {
-    QTest::addColumn<QStringList>("args");
+void TestMaintenanceVerbs::extra_data() {
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QStringList>("folders");
+    QTest::addColumn<QByteArray>("input"); // "--yes": the flag answers instead
     QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("out");
+    QTest::addColumn<QString>("out"); // the output's first lines
     QTest::addColumn<QString>("error");
-
-    QTest::newRow("no task") << QStringList{"--volume", title} << 2 << QString()
-                             << "You haven't selected any options.\n";
-    QTest::newRow("nothing to build from")
-        << QStringList{"--volume", title, "--rebuild-extra-mkext", "--repair-sle"} << 1
-        << "Rebuilding Extra mkext...\n"
-        << "No Extra/Extensions or Extra/KextStore found.\n";
-    QTest::newRow("unknown volume")
-        << QStringList{"--volume", "Nowhere", "--repair-sle"} << 1 << QString()
-        << "kextkeeper maintain: no volume with an Extra or System/Library folder is called "
-           "Nowhere\n";
-    QTest::newRow("no volume") << QStringList{"--repair-sle"} << 2 << QString()
-                               << "kextkeeper maintain: --volume NAME is needed\n";
-    QTest::newRow("bad version")
-        << QStringList{"--volume", title, "--extra-version", "10.9", "--repair-extra"} << 2
-        << QString()
-        << "kextkeeper maintain: --extra-version must be one of 10.4, 10.5, 10.6, 10.7\n";
+    // The full lists are the Extra operations' own; each word must reach its operation
+    // and only Yes may run it. to-kextstore with --yes runs end to end.
+    const QStringList both{"Extra/Extensions", "Extra/KextStore", "Extra/Extensions.mkext"};
+    const QByteArray yes = "--yes";
+    QTest::newRow("to-extensions") << "to-extensions" << both << yes << 0
+                                   << "%R/bin/rm -R '%VExtra/Extensions.mkext'" << QString();
+    QTest::newRow("hide") << "hide" << QStringList{"Extra"} << yes << 0
+                          << "%R/usr/bin/chflags hidden '%VExtra'" << QString();
+    QTest::newRow("show") << "show" << QStringList{"Extra"} << yes << 0
+                          << "%R/usr/bin/chflags nohidden '%VExtra'" << QString();
+    QTest::newRow("to-extensions without KextStore")
+        << "to-extensions" << QStringList{"Extra/Extensions"} << yes << 1 << QString()
+        << "No Extra/KextStore found.\n";
+    const QString ask =
+        "Do you want to create Extra/KextStore from Extra/Extensions on selected disk?\n"
+        "Mkext will be created, it can take a while.\nContinue? [y/N] ";
+    const QStringList ext{"Extra/Extensions"};
+    QTest::newRow("y on the terminal")
+        << "to-kextstore" << ext << QByteArray("y\n") << 0
+        << ask + "%R/bin/mv '%VExtra/Extensions' '%VExtra/KextStore'" << QString();
+    QTest::newRow("n on the terminal")
+        << "to-kextstore" << ext << QByteArray("n\n") << 0 << ask << QString();
+    QTest::newRow("input closed") << "to-kextstore" << ext << QByteArray() << 0 << ask << QString();
 }
 
-void TestMaintenanceVerbs::maintainFailures() {
-    QFETCH(QStringList, args);
+void TestMaintenanceVerbs::extra() {
+    QFETCH(QString, command);
+    QFETCH(QStringList, folders);
+    QFETCH(QByteArray, input);
     QFETCH(int, status);
     QFETCH(QString, out);
     QFETCH(QString, error);
-    makeFolders({"Extra/Themes", "System/Library/Extensions"});
-    const CliRun result = run(QStringList{"maintain"} + args);
-    QCOMPARE(result.status, status);
-    QCOMPARE(result.err, error);
-    QCOMPARE(result.out, out);
-}
-
-void TestMaintenanceVerbs::extraCommands_data() {
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QStringList>("folders");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("first"); // the first root command; "R/" is the volume
-    QTest::addColumn<QString>("error");
-    // The full lists are the Extra operations' own; each word must reach its operation.
-    // to-kextstore runs end to end.
-    const QStringList both{"Extra/Extensions", "Extra/KextStore", "Extra/Extensions.mkext"};
-    QTest::newRow("to-extensions")
-        << "to-extensions" << both << 0 << "/bin/rm -R R/Extra/Extensions.mkext" << QString();
-    QTest::newRow("hide") << "hide" << QStringList{"Extra"} << 0
-                          << "/usr/bin/chflags hidden R/Extra" << QString();
-    QTest::newRow("show") << "show" << QStringList{"Extra"} << 0
-                          << "/usr/bin/chflags nohidden R/Extra" << QString();
-    QTest::newRow("to-extensions without KextStore")
-        << "to-extensions" << QStringList{"Extra/Extensions"} << 1 << QString()
-        << "No Extra/KextStore found.\n";
-}
-
-void TestMaintenanceVerbs::extraCommands() {
-    QFETCH(QString, command);
-    QFETCH(QStringList, folders);
-    QFETCH(int, status);
-    QFETCH(QString, first);
-    QFETCH(QString, error);
     makeFolders(folders);
-    const CliRun result = run({"extra", command, "--volume", title, "--yes"});
+    QStringList args{"extra", command, "--volume", title};
+    if (input == "--yes") {
+        args << "--yes";
+        input.clear();
+    }
+    const CliRun result = run(args, input);
     QCOMPARE(result.err, error);
     QCOMPARE(result.status, status);
-    QStringList words = first.split(' ', Qt::SkipEmptyParts);
-    for (QString &word : words)
-        word = word.startsWith("R/") ? q(word.mid(2)) : word;
-    if (!words.isEmpty())
-        words[0] = tool(words[0]);
-    QCOMPARE(result.out.section('\n', 0, 0), words.join(' '));
-}
-
-void TestMaintenanceVerbs::extraAnswersOnTheTerminal_data() {
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<bool>("runs");
-    QTest::newRow("yes") << QByteArray("y\n") << true;
-    QTest::newRow("no") << QByteArray("n\n") << false;
-    QTest::newRow("input closed") << QByteArray() << false;
-}
-
-void TestMaintenanceVerbs::extraAnswersOnTheTerminal() {
-    QFETCH(QByteArray, input);
-    QFETCH(bool, runs);
-    makeFolders({"Extra/Extensions"});
-    const CliRun result = run({"extra", "to-kextstore", "--volume", title}, input);
-    QCOMPARE(result.status, 0);
-    QVERIFY2(result.out.startsWith(
-                 "Do you want to create Extra/KextStore from Extra/Extensions on selected disk?\n"
-                 "Mkext will be created, it can take a while.\nContinue? [y/N] "),
-             qPrintable(result.out));
-    QCOMPARE(result.out.contains(tool("/bin/mv")), runs);
-    QCOMPARE(result.out.contains(tool("/usr/sbin/kextcache")), runs);
+    const QStringList lines = expand(out).split('\n');
+    QCOMPARE(result.out.split('\n').mid(0, lines.size()), lines);
 }
 
 QTEST_GUILESS_MAIN(TestMaintenanceVerbs)
