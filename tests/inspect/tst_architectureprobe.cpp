@@ -22,114 +22,108 @@ QString marked(const ArchitectureProbe::Architectures &a) {
 class TestArchitectureProbe : public QObject {
     Q_OBJECT
 private slots:
-    void checkPageMarkers_data();
-    void checkPageMarkers();
-    void loadedKextMarkers();
-    void reportCell_data();
-    void reportCell();
-    void locatesExecutable();
+    void checkPageMarkers_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("universal x86_64 i386")
+            << "Mach-O universal binary with 2 architectures\n"
+               "/K.kext/Contents/MacOS/K (for architecture x86_64):\tMach-O 64-bit kext bundle "
+               "x86_64\n/K.kext/Contents/MacOS/K (for architecture i386):\tMach-O object i386\n"
+            << "x86_64 i386";
+        // Any 64-bit file counts as x86_64, whatever its processor.
+        QTest::newRow("thin 64-bit ppc64") << "Mach-O 64-bit object ppc64\n"
+                                           << "x86_64";
+        // The ppc marker is part of the ppc64 one.
+        QTest::newRow("ppc64 object wording") << "Mach-O object ppc64\n"
+                                              << "ppc ppc64";
+        // The closing parenthesis keeps the ppc line marker off the ppc64 slice line, but the
+        // slice's own 64-bit description still says x86_64.
+        QTest::newRow("universal ppc64 only")
+            << "Mach-O universal binary with 1 architecture\n"
+               "/K (for architecture ppc64):\tMach-O 64-bit object ppc64\n"
+            << "x86_64 ppc64";
+        QTest::newRow("universal ppc and i386")
+            << "Mach-O universal binary with 2 architectures\n"
+               "/K (for architecture ppc):\tMach-O object ppc\n"
+               "/K (for architecture i386):\tMach-O object i386\n"
+            << "i386 ppc";
+        QTest::newRow("case matters") << "mach-o object I386 (FOR ARCHITECTURE X86_64)"
+                                      << "";
+    }
+
+    void checkPageMarkers() {
+        QFETCH(QString, text);
+        QFETCH(QString, expected);
+        QCOMPARE(marked(ArchitectureProbe::checkPageMarkers(text)), expected);
+    }
+
+    void loadedKextMarkers() {
+        // Only the two Intel processors are asked for; ppc never shows.
+        QCOMPARE(marked(ArchitectureProbe::loadedKextMarkers(
+                     "Mach-O universal binary with 3 architectures\n"
+                     "/K (for architecture ppc):\tMach-O object ppc\n"
+                     "/K (for architecture i386):\tMach-O object i386\n"
+                     "/K (for architecture ppc64):\tMach-O object ppc64\n")),
+                 "i386");
+        QCOMPARE(marked(ArchitectureProbe::loadedKextMarkers("Mach-O 64-bit kext bundle x86_64\n")),
+                 "x86_64");
+    }
+
+    void reportCell_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("cell");
+        QTest::newRow("x86_64 and i386")
+            << "Mach-O universal binary with 2 architectures\n"
+               "/K (for architecture x86_64):\tMach-O 64-bit kext bundle x86_64\n"
+               "/K (for architecture i386):\tMach-O object i386\n"
+            << "x86_64 i386      ";
+        QTest::newRow("i386 only") << "Mach-O object i386\n"
+                                   << "       i386      ";
+        // Bare words: ppc64 counts as ppc, and the ppc filler is one blank wider.
+        QTest::newRow("ppc64") << "Mach-O 64-bit object ppc64\n"
+                               << "            ppc ";
+    }
+
+    void reportCell() {
+        QFETCH(QString, text);
+        QFETCH(QString, cell);
+        QCOMPARE(ArchitectureProbe::reportCell(text), cell);
+    }
+
+    // The contents executable is described when its folder exists, then the top-level one
+    // when it exists; the second answer replaces the first.
+    void locatesExecutable() {
+        QTemporaryDir dir;
+        const QString kext = dir.path() + QStringLiteral("/It's Ünique.kext");
+        QStringList asked;
+        ArchitectureProbe probe([&asked](const QString &path) {
+            asked << path;
+            return QStringLiteral("text of ") + path;
+        });
+
+        QDir().mkpath(kext);
+        QCOMPARE(probe.probeText(kext), QString());
+        QVERIFY(asked.isEmpty());
+
+        // Only the folder is tested, not the file inside it.
+        QDir().mkpath(kext + QStringLiteral("/Contents/MacOS"));
+        QCOMPARE(probe.probeText(kext), "text of " + kext + "/Contents/MacOS/It's Ünique");
+        QCOMPARE(asked, QStringList{kext + "/Contents/MacOS/It's Ünique"});
+
+        asked.clear();
+        QVERIFY(MachOWriter::write(kext + QStringLiteral("/It's Ünique"), "x"));
+        QCOMPARE(probe.probeText(kext), "text of " + kext + "/It's Ünique");
+        QCOMPARE(asked, (QStringList{kext + "/Contents/MacOS/It's Ünique", kext + "/It's Ünique"}));
+
+        // A top-level link whose target is gone is not there: the contents answer stays.
+        asked.clear();
+        QVERIFY(QFile::remove(kext + QStringLiteral("/It's Ünique")));
+        QVERIFY(QFile::link(dir.path() + QStringLiteral("/gone"),
+                            kext + QStringLiteral("/It's Ünique")));
+        QCOMPARE(probe.probeText(kext), "text of " + kext + "/Contents/MacOS/It's Ünique");
+        QCOMPARE(asked, QStringList{kext + "/Contents/MacOS/It's Ünique"});
+    }
 };
-
-void TestArchitectureProbe::checkPageMarkers_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("universal x86_64 i386")
-        << "Mach-O universal binary with 2 architectures\n"
-           "/K.kext/Contents/MacOS/K (for architecture x86_64):\tMach-O 64-bit kext bundle "
-           "x86_64\n/K.kext/Contents/MacOS/K (for architecture i386):\tMach-O object i386\n"
-        << "x86_64 i386";
-    // Any 64-bit file counts as x86_64, whatever its processor.
-    QTest::newRow("thin 64-bit ppc64") << "Mach-O 64-bit object ppc64\n"
-                                       << "x86_64";
-    // The ppc marker is part of the ppc64 one.
-    QTest::newRow("ppc64 object wording") << "Mach-O object ppc64\n"
-                                          << "ppc ppc64";
-    // The closing parenthesis keeps the ppc line marker off the ppc64 slice line, but the
-    // slice's own 64-bit description still says x86_64.
-    QTest::newRow("universal ppc64 only")
-        << "Mach-O universal binary with 1 architecture\n"
-           "/K (for architecture ppc64):\tMach-O 64-bit object ppc64\n"
-        << "x86_64 ppc64";
-    QTest::newRow("universal ppc and i386") << "Mach-O universal binary with 2 architectures\n"
-                                               "/K (for architecture ppc):\tMach-O object ppc\n"
-                                               "/K (for architecture i386):\tMach-O object i386\n"
-                                            << "i386 ppc";
-    QTest::newRow("case matters") << "mach-o object I386 (FOR ARCHITECTURE X86_64)"
-                                  << "";
-}
-
-void TestArchitectureProbe::checkPageMarkers() {
-    QFETCH(QString, text);
-    QFETCH(QString, expected);
-    QCOMPARE(marked(ArchitectureProbe::checkPageMarkers(text)), expected);
-}
-
-void TestArchitectureProbe::loadedKextMarkers() {
-    // Only the two Intel processors are asked for; ppc never shows.
-    QCOMPARE(marked(ArchitectureProbe::loadedKextMarkers(
-                 "Mach-O universal binary with 3 architectures\n"
-                 "/K (for architecture ppc):\tMach-O object ppc\n"
-                 "/K (for architecture i386):\tMach-O object i386\n"
-                 "/K (for architecture ppc64):\tMach-O object ppc64\n")),
-             "i386");
-    QCOMPARE(marked(ArchitectureProbe::loadedKextMarkers("Mach-O 64-bit kext bundle x86_64\n")),
-             "x86_64");
-}
-
-void TestArchitectureProbe::reportCell_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("cell");
-    QTest::newRow("x86_64 and i386")
-        << "Mach-O universal binary with 2 architectures\n"
-           "/K (for architecture x86_64):\tMach-O 64-bit kext bundle x86_64\n"
-           "/K (for architecture i386):\tMach-O object i386\n"
-        << "x86_64 i386      ";
-    QTest::newRow("i386 only") << "Mach-O object i386\n"
-                               << "       i386      ";
-    // Bare words: ppc64 counts as ppc, and the ppc filler is one blank wider.
-    QTest::newRow("ppc64") << "Mach-O 64-bit object ppc64\n"
-                           << "            ppc ";
-}
-
-void TestArchitectureProbe::reportCell() {
-    QFETCH(QString, text);
-    QFETCH(QString, cell);
-    QCOMPARE(ArchitectureProbe::reportCell(text), cell);
-}
-
-// The contents executable is described when its folder exists, then the top-level one
-// when it exists; the second answer replaces the first.
-void TestArchitectureProbe::locatesExecutable() {
-    QTemporaryDir dir;
-    const QString kext = dir.path() + QStringLiteral("/It's Ünique.kext");
-    QStringList asked;
-    ArchitectureProbe probe([&asked](const QString &path) {
-        asked << path;
-        return QStringLiteral("text of ") + path;
-    });
-
-    QDir().mkpath(kext);
-    QCOMPARE(probe.probeText(kext), QString());
-    QVERIFY(asked.isEmpty());
-
-    // Only the folder is tested, not the file inside it.
-    QDir().mkpath(kext + QStringLiteral("/Contents/MacOS"));
-    QCOMPARE(probe.probeText(kext), "text of " + kext + "/Contents/MacOS/It's Ünique");
-    QCOMPARE(asked, QStringList{kext + "/Contents/MacOS/It's Ünique"});
-
-    asked.clear();
-    QVERIFY(MachOWriter::write(kext + QStringLiteral("/It's Ünique"), "x"));
-    QCOMPARE(probe.probeText(kext), "text of " + kext + "/It's Ünique");
-    QCOMPARE(asked, (QStringList{kext + "/Contents/MacOS/It's Ünique", kext + "/It's Ünique"}));
-
-    // A top-level link whose target is gone is not there: the contents answer stays.
-    asked.clear();
-    QVERIFY(QFile::remove(kext + QStringLiteral("/It's Ünique")));
-    QVERIFY(
-        QFile::link(dir.path() + QStringLiteral("/gone"), kext + QStringLiteral("/It's Ünique")));
-    QCOMPARE(probe.probeText(kext), "text of " + kext + "/Contents/MacOS/It's Ünique");
-    QCOMPARE(asked, QStringList{kext + "/Contents/MacOS/It's Ünique"});
-}
 
 QTEST_GUILESS_MAIN(TestArchitectureProbe)
 #include "tst_architectureprobe.moc"

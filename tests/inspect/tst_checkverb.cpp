@@ -12,99 +12,94 @@
 class TestCheckVerb : public QObject {
     Q_OBJECT
 private slots:
-    void init();
-    void check_data();
-    void check();
-    void usage_data();
-    void usage();
-    void loadDryRunChangesNothing();
+    void init() {
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_paths = std::make_unique<SystemPaths>(m_dir->filePath("root"));
+        QDir().mkpath(m_paths->system("/usr/sbin"));
+        QDir().mkpath(m_dir->filePath("home"));
+        const QDir sbin(m_paths->system("/usr/sbin"));
+        const QByteArray logFile = log().toUtf8();
+        writeScript(
+            sbin, "kextlibs",
+            "echo 'For all architectures:' >&2\necho '    com.apple.kpi.libkern = 10.8.0'\n");
+        writeScript(sbin, "chown", "echo \"chown $*\" >> '" + logFile + "'\n");
+        writeScript(sbin, "kextload", "echo \"kextload $*\" >> '" + logFile + "'\n");
+    }
+
+    void check_data() {
+        QTest::addColumn<QList<MachOWriter::Slice>>("slices");
+        QTest::addColumn<bool>("deps");
+        QTest::addColumn<QString>("out");
+        QTest::newRow("universal")
+            << QList<MachOWriter::Slice>{MachOWriter::kextSlice(MachOWriter::X86_64),
+                                         MachOWriter::kextSlice(MachOWriter::I386)}
+            << false << "x86_64: yes\ni386: yes\nppc: no\nppc64: no\n";
+        QTest::newRow("ppc with libraries")
+            << QList<MachOWriter::Slice>{MachOWriter::kextSlice(MachOWriter::PPC)} << true
+            << "x86_64: no\ni386: no\nppc: yes\nppc64: no\n    com.apple.kpi.libkern = 10.8.0\n";
+    }
+
+    void check() {
+        QFETCH(QList<MachOWriter::Slice>, slices);
+        QFETCH(bool, deps);
+        QFETCH(QString, out);
+        const QString path = kext("It's Ü", slices);
+        const CliRun result =
+            run(deps ? QStringList{"check", path, "--deps"} : QStringList{"check", path});
+        // The library tool's headings go to its standard error, which is not ours to judge.
+        QCOMPARE(result.out, out);
+        QCOMPARE(result.status, 0);
+    }
+
+    void usage_data() {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("status");
+        QTest::newRow("check without kext") << QStringList{"check"} << 2;
+        QTest::newRow("check unknown option") << QStringList{"check", "/a.kext", "--arch"} << 2;
+        QTest::newRow("check missing kext") << QStringList{"check", "/nowhere/a.kext"} << 1;
+        QTest::newRow("load missing kext") << QStringList{"load", "/nowhere/a.kext"} << 1;
+    }
+
+    void usage() {
+        QFETCH(QStringList, args);
+        QFETCH(int, status);
+        const CliRun result = run(args);
+        QCOMPARE(result.status, status);
+        QVERIFY(!result.err.isEmpty());
+        QCOMPARE(result.out, QString());
+    }
+
+    void loadDryRunChangesNothing() {
+        const QString path = kext("Good", {MachOWriter::kextSlice(MachOWriter::X86_64)});
+        const CliRun result = run({"--dry-run", "load", path});
+        QCOMPARE(result.err, QString());
+        const Command chown{m_paths->system("/usr/sbin/chown"), {"-R", "0:0", path}};
+        const Command load{"kextload", {path}};
+        QCOMPARE(result.out, chown.toShellLine() + '\n' + load.toShellLine() + '\n');
+        QCOMPARE(result.status, 0);
+        QVERIFY(!QFileInfo::exists(log()));
+        QVERIFY(
+            !QFileInfo::exists(m_dir->filePath("home/.config/kextkeeper/CustomKextDirs.plist")));
+    }
 
 private:
     CliRun run(const QStringList &args) const {
         return runKextKeeper(m_paths->root(), m_dir->filePath("home"), args);
     }
-    QString kext(const QString &name, const QList<MachOWriter::Slice> &slices) const;
+
+    QString kext(const QString &name, const QList<MachOWriter::Slice> &slices) const {
+        const QString path = m_dir->filePath("Desk top/" + name + ".kext");
+        MachOWriter::write(path + "/Contents/MacOS/" + name, slices.size() == 1
+                                                                 ? MachOWriter::thin(slices.first())
+                                                                 : MachOWriter::fat(slices));
+        return path;
+    }
+
     QString log() const { return m_dir->filePath("tools.log"); }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<SystemPaths> m_paths;
 };
-
-void TestCheckVerb::init() {
-    m_dir = std::make_unique<QTemporaryDir>();
-    m_paths = std::make_unique<SystemPaths>(m_dir->filePath("root"));
-    QDir().mkpath(m_paths->system("/usr/sbin"));
-    QDir().mkpath(m_dir->filePath("home"));
-    const QDir sbin(m_paths->system("/usr/sbin"));
-    const QByteArray logFile = log().toUtf8();
-    writeScript(sbin, "kextlibs",
-                "echo 'For all architectures:' >&2\necho '    com.apple.kpi.libkern = 10.8.0'\n");
-    writeScript(sbin, "chown", "echo \"chown $*\" >> '" + logFile + "'\n");
-    writeScript(sbin, "kextload", "echo \"kextload $*\" >> '" + logFile + "'\n");
-}
-
-QString TestCheckVerb::kext(const QString &name, const QList<MachOWriter::Slice> &slices) const {
-    const QString path = m_dir->filePath("Desk top/" + name + ".kext");
-    MachOWriter::write(path + "/Contents/MacOS/" + name, slices.size() == 1
-                                                             ? MachOWriter::thin(slices.first())
-                                                             : MachOWriter::fat(slices));
-    return path;
-}
-
-void TestCheckVerb::check_data() {
-    QTest::addColumn<QList<MachOWriter::Slice>>("slices");
-    QTest::addColumn<bool>("deps");
-    QTest::addColumn<QString>("out");
-    QTest::newRow("universal")
-        << QList<MachOWriter::Slice>{MachOWriter::kextSlice(MachOWriter::X86_64),
-                                     MachOWriter::kextSlice(MachOWriter::I386)}
-        << false << "x86_64: yes\ni386: yes\nppc: no\nppc64: no\n";
-    QTest::newRow("ppc with libraries")
-        << QList<MachOWriter::Slice>{MachOWriter::kextSlice(MachOWriter::PPC)} << true
-        << "x86_64: no\ni386: no\nppc: yes\nppc64: no\n    com.apple.kpi.libkern = 10.8.0\n";
-}
-
-void TestCheckVerb::check() {
-    QFETCH(QList<MachOWriter::Slice>, slices);
-    QFETCH(bool, deps);
-    QFETCH(QString, out);
-    const QString path = kext("It's Ü", slices);
-    const CliRun result =
-        run(deps ? QStringList{"check", path, "--deps"} : QStringList{"check", path});
-    // The library tool's headings go to its standard error, which is not ours to judge.
-    QCOMPARE(result.out, out);
-    QCOMPARE(result.status, 0);
-}
-
-void TestCheckVerb::usage_data() {
-    QTest::addColumn<QStringList>("args");
-    QTest::addColumn<int>("status");
-    QTest::newRow("check without kext") << QStringList{"check"} << 2;
-    QTest::newRow("check unknown option") << QStringList{"check", "/a.kext", "--arch"} << 2;
-    QTest::newRow("check missing kext") << QStringList{"check", "/nowhere/a.kext"} << 1;
-    QTest::newRow("load missing kext") << QStringList{"load", "/nowhere/a.kext"} << 1;
-}
-
-void TestCheckVerb::usage() {
-    QFETCH(QStringList, args);
-    QFETCH(int, status);
-    const CliRun result = run(args);
-    QCOMPARE(result.status, status);
-    QVERIFY(!result.err.isEmpty());
-    QCOMPARE(result.out, QString());
-}
-
-void TestCheckVerb::loadDryRunChangesNothing() {
-    const QString path = kext("Good", {MachOWriter::kextSlice(MachOWriter::X86_64)});
-    const CliRun result = run({"--dry-run", "load", path});
-    QCOMPARE(result.err, QString());
-    const Command chown{m_paths->system("/usr/sbin/chown"), {"-R", "0:0", path}};
-    const Command load{"kextload", {path}};
-    QCOMPARE(result.out, chown.toShellLine() + '\n' + load.toShellLine() + '\n');
-    QCOMPARE(result.status, 0);
-    QVERIFY(!QFileInfo::exists(log()));
-    QVERIFY(!QFileInfo::exists(m_dir->filePath("home/.config/kextkeeper/CustomKextDirs.plist")));
-}
 
 QTEST_GUILESS_MAIN(TestCheckVerb)
 #include "tst_checkverb.moc"

@@ -29,12 +29,162 @@
 class TestInspectPages : public QObject {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
-    void probeSetsAllFourBoxes();
-    void dependenciesFollowTheProbeWhenAsked();
-    void testLoad();
-    void unpackWithTheBuiltinReader();
+    // The root has kextlibs and kextload scripts that log their arguments, and no mkextunpack.
+    void init() {
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_paths = std::make_unique<SystemPaths>(m_dir->filePath("root"), m_dir->filePath("home"),
+                                                m_dir->filePath("contents"));
+        for (const QString &folder :
+             {m_paths->home() + "/Desktop", m_paths->contentsDir(), m_paths->system("/usr/sbin")})
+            QDir().mkpath(folder);
+        const QDir sbin(m_paths->system("/usr/sbin"));
+        const QByteArray log = m_dir->filePath("tools.log").toUtf8();
+        writeScript(sbin, "kextlibs",
+                    "echo \"kextlibs $*\" >> '" + log +
+                        "'\necho 'For all architectures:' >&2\n"
+                        "printf '    com.apple.kpi.bsd = 10.8.0\\n    com.apple.kpi.libkern = "
+                        "10.8.0\\n'\n");
+        writeScript(sbin, "kextload", "echo \"kextload $*\" >> '" + log + "'\n");
+
+        AdminAuthentication::Config config;
+        config.direct = true;
+        config.environment = m_paths->rootEnvironment();
+        m_session = std::make_unique<AdminAuthentication>(config, nullptr, nullptr);
+        m_sheets.texts.clear();
+        IconAlert::configureDefault(*m_paths, *m_session, Alerts(nullptr, &m_sheets));
+        m_executor = RecordingExecutor();
+
+        m_window = std::make_unique<MainWindow>();
+        m_delegate = std::make_unique<TovrelAppDelegate>(*m_window, *m_paths);
+        m_check = new CheckController(*m_delegate);
+        m_unpack = new UnpackController(*m_delegate);
+        m_check->setExecutor(&m_executor);
+        w<QLineEdit>("MKUnPath")->setText(m_paths->desktop() + "/Mkext Contents");
+        w<QComboBox>("MkArch")->addItems({"x86_64", "i386", "ppc", "ppc64"});
+    }
+
+    void cleanup() {
+        m_delegate.reset();
+        m_window.reset();
+    }
+
+    // Every probe sets all four boxes from the new kext and empties the dependency pane: from
+    // all four marked, the two kexts between them turn every box over; a cancelled panel
+    // leaves the last kext's path, marks and listing.
+    void probeSetsAllFourBoxes() {
+        using W = MachOWriter;
+        const QString fat =
+            makeKext("It's Ünique", W::fat({W::kextSlice(W::X86_64), W::kextSlice(W::I386)}));
+        const QString ppc = makeKext("Ppc", W::thin(W::kextSlice(W::PPC)));
+        for (const char *name : {"kx86_64", "ki386", "kppc", "kppc64"})
+            w<QCheckBox>(name)->setChecked(true);
+        auto choose = [this](int panelCode, const QString &kext) {
+            w<QPlainTextEdit>("kdep")->setPlainText("earlier listing");
+            m_check->setOpenPanel([panelCode, kext](auto done) { done(panelCode, kext); });
+            w<QPushButton>("bCheckSel")->click();
+            QVERIFY(w<QProgressBar>("circleChck")->isHidden());
+        };
+        choose(1, fat);
+        QCOMPARE(w<QLineEdit>("kPath")->text(), fat);
+        QCOMPARE(archBoxes(), (QList<bool>{true, true, false, false}));
+        QCOMPARE(w<QPlainTextEdit>("kdep")->toPlainText(), QString());
+        choose(1, ppc);
+        QCOMPARE(archBoxes(), (QList<bool>{false, false, true, false}));
+        choose(0, fat);
+        QCOMPARE(w<QLineEdit>("kPath")->text(), ppc);
+        QCOMPARE(archBoxes(), (QList<bool>{false, false, true, false}));
+        QCOMPARE(w<QPlainTextEdit>("kdep")->toPlainText(), QStringLiteral("earlier listing"));
+        QCOMPARE(toolCalls(), QString()); // dependencies were not asked for
+    }
+
+    void dependenciesFollowTheProbeWhenAsked() {
+        const QString kext =
+            makeKext("Deps", MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::X86_64)));
+        w<QCheckBox>("cbcheckdep")->setChecked(true);
+        QSignalSpy shown(m_check, &CheckController::dependenciesShown);
+        m_check->setOpenPanel([kext](auto done) { done(1, kext); });
+        w<QPushButton>("bCheckSel")->click();
+        QVERIFY(shown.wait(10000));
+        QCOMPARE(
+            w<QPlainTextEdit>("kdep")->toPlainText(),
+            QStringLiteral("    com.apple.kpi.bsd = 10.8.0\n    com.apple.kpi.libkern = 10.8.0\n"));
+        QCOMPARE(toolCalls(), "kextlibs " + kext + "\n");
+        QVERIFY(w<QPushButton>("bCheckDep")->isEnabled());
+        QVERIFY(w<QPushButton>("bCheckSel")->isEnabled());
+        QVERIFY(w<QProgressBar>("circleChck")->isHidden());
+        QVERIFY(m_sheets.texts.isEmpty());
+    }
+
+    // Without a kext the page's own check and the test load's answer show as errors; a refused
+    // authorization runs nothing and says nothing; a load remembers the kext's folder in the
+    // index the loaded kexts page looks paths up in (a load's commands are compared end to end).
+    void testLoad() {
+        w<QPushButton>("bCheckDep")->click();
+        w<QPushButton>("bKextLoad")->click();
+        const QString noKext = QStringLiteral("error: You haven't selected any kext.");
+        QCOMPARE(m_sheets.texts, (QStringList{noKext, noKext}));
+        QCOMPARE(m_executor.authorizeCalls, 0);
+
+        const QString kext =
+            makeKext("Good", MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::X86_64)));
+        w<QLineEdit>("kPath")->setText(kext);
+        m_executor.grant = false;
+        w<QPushButton>("bKextLoad")->click();
+        QVERIFY(m_executor.commands.isEmpty());
+        QVERIFY(IconAlert::defaultinst().index().kextDirs().isEmpty());
+
+        m_executor.grant = true;
+        w<QPushButton>("bKextLoad")->click();
+        QCOMPARE(IconAlert::defaultinst().index().kextDirs(), QStringList{m_paths->desktop()});
+        QCOMPARE(m_sheets.texts.size(), 2);
+        QTest::qWait(50); // a listing started by mistake would have shown by now
+        QCOMPARE(toolCalls(), "kextload " + kext + "\n");
+    }
+
+    // Without Apple's tool the page reads the archive itself, says so, and answers with the
+    // same texts; the folder comes from the folder panel.
+    void unpackWithTheBuiltinReader() {
+        const QString source = m_dir->filePath("source");
+        const QString bundle = source + "/Fake.kext";
+        MachOWriter::write(bundle + "/Contents/MacOS/Fake",
+                           MachOWriter::fat({MachOWriter::kextSlice(MachOWriter::X86_64),
+                                             MachOWriter::kextSlice(MachOWriter::I386)}));
+        QVERIFY(writePlist(bundle + "/Contents/Info.plist",
+                           "<key>CFBundleExecutable</key><string>Fake</string>"
+                           "<key>CFBundleIdentifier</key><string>com.example.fake</string>"
+                           "<key>CFBundleVersion</key><string>1.2</string>"
+                           "<key>OSBundleRequired</key><string>Root</string>"));
+        const QString mkext = m_paths->desktop() + "/Built.mkext";
+        const MkextToolOutput built = MkextBuiltinTool::build(mkext, source, {});
+        QVERIFY2(QFileInfo::exists(mkext), qPrintable(built.err));
+
+        const QString chosen = m_dir->filePath("Chosen Földer");
+        m_unpack->setOpenPanel([mkext, chosen](UnpackController::PanelKind kind, auto done) {
+            done(1, kind == UnpackController::PanelKind::Mkext ? mkext : chosen);
+        });
+        w<QPushButton>("bSelectFolderToUnpack")->click();
+        QCOMPARE(w<QLineEdit>("MKUnPath")->text(), chosen);
+        w<QPushButton>("bSelectMkext")->click();
+        QCOMPARE(w<QLineEdit>("MKPath")->text(), mkext);
+        const QString listing = w<QPlainTextEdit>("tvMkext")->toPlainText();
+        QVERIFY2(listing.startsWith("Found 1 kexts:\n") &&
+                     listing.contains("com.example.fake (1.2)"),
+                 qPrintable(listing));
+        QVERIFY(m_window->statusBar()->currentMessage().contains("built-in"));
+
+        auto unpackAs = [this](const char *arch) {
+            w<QComboBox>("MkArch")->setCurrentText(arch);
+            w<QPushButton>("bUnpck")->click();
+            return m_sheets.texts.last();
+        };
+        QVERIFY(QDir().mkpath(chosen));
+        QCOMPARE(unpackAs("ppc"), QStringLiteral("error: Architecture ppc not found in mkext."));
+        QCOMPARE(unpackAs("x86_64"),
+                 QStringLiteral("info: Mkext was unpacked to selected directory."));
+        QVERIFY(QFileInfo::exists(chosen + "/Fake.kext"));
+        // Unpacking leaves the listing alone.
+        QCOMPARE(w<QPlainTextEdit>("tvMkext")->toPlainText(), listing);
+    }
 
 private:
     template <typename T> T *w(const char *name) const { return childWidget<T>(*m_window, name); }
@@ -44,7 +194,13 @@ private:
             on << w<QCheckBox>(name)->isChecked();
         return on;
     }
-    QString makeKext(const QString &name, const QByteArray &executable) const;
+
+    QString makeKext(const QString &name, const QByteArray &executable) const {
+        const QString kext = m_paths->desktop() + '/' + name + ".kext";
+        MachOWriter::write(kext + "/Contents/MacOS/" + name, executable);
+        return kext;
+    }
+
     // What the kextlibs and kextload scripts were asked, one line per run.
     QString toolCalls() const {
         QFile file(m_dir->filePath("tools.log"));
@@ -61,167 +217,6 @@ private:
     CheckController *m_check = nullptr;
     UnpackController *m_unpack = nullptr;
 };
-
-// The root has kextlibs and kextload scripts that log their arguments, and no mkextunpack.
-void TestInspectPages::init() {
-    m_dir = std::make_unique<QTemporaryDir>();
-    m_paths = std::make_unique<SystemPaths>(m_dir->filePath("root"), m_dir->filePath("home"),
-                                            m_dir->filePath("contents"));
-    for (const QString &folder :
-         {m_paths->home() + "/Desktop", m_paths->contentsDir(), m_paths->system("/usr/sbin")})
-        QDir().mkpath(folder);
-    const QDir sbin(m_paths->system("/usr/sbin"));
-    const QByteArray log = m_dir->filePath("tools.log").toUtf8();
-    writeScript(sbin, "kextlibs",
-                "echo \"kextlibs $*\" >> '" + log +
-                    "'\necho 'For all architectures:' >&2\n"
-                    "printf '    com.apple.kpi.bsd = 10.8.0\\n    com.apple.kpi.libkern = "
-                    "10.8.0\\n'\n");
-    writeScript(sbin, "kextload", "echo \"kextload $*\" >> '" + log + "'\n");
-
-    AdminAuthentication::Config config;
-    config.direct = true;
-    config.environment = m_paths->rootEnvironment();
-    m_session = std::make_unique<AdminAuthentication>(config, nullptr, nullptr);
-    m_sheets.texts.clear();
-    IconAlert::configureDefault(*m_paths, *m_session, Alerts(nullptr, &m_sheets));
-    m_executor = RecordingExecutor();
-
-    m_window = std::make_unique<MainWindow>();
-    m_delegate = std::make_unique<TovrelAppDelegate>(*m_window, *m_paths);
-    m_check = new CheckController(*m_delegate);
-    m_unpack = new UnpackController(*m_delegate);
-    m_check->setExecutor(&m_executor);
-    w<QLineEdit>("MKUnPath")->setText(m_paths->desktop() + "/Mkext Contents");
-    w<QComboBox>("MkArch")->addItems({"x86_64", "i386", "ppc", "ppc64"});
-}
-
-void TestInspectPages::cleanup() {
-    m_delegate.reset();
-    m_window.reset();
-}
-
-QString TestInspectPages::makeKext(const QString &name, const QByteArray &executable) const {
-    const QString kext = m_paths->desktop() + '/' + name + ".kext";
-    MachOWriter::write(kext + "/Contents/MacOS/" + name, executable);
-    return kext;
-}
-
-// Every probe sets all four boxes from the new kext and empties the dependency pane: from
-// all four marked, the two kexts between them turn every box over; a cancelled panel
-// leaves the last kext's path, marks and listing.
-void TestInspectPages::probeSetsAllFourBoxes() {
-    using W = MachOWriter;
-    const QString fat =
-        makeKext("It's Ünique", W::fat({W::kextSlice(W::X86_64), W::kextSlice(W::I386)}));
-    const QString ppc = makeKext("Ppc", W::thin(W::kextSlice(W::PPC)));
-    for (const char *name : {"kx86_64", "ki386", "kppc", "kppc64"})
-        w<QCheckBox>(name)->setChecked(true);
-    auto choose = [this](int panelCode, const QString &kext) {
-        w<QPlainTextEdit>("kdep")->setPlainText("earlier listing");
-        m_check->setOpenPanel([panelCode, kext](auto done) { done(panelCode, kext); });
-        w<QPushButton>("bCheckSel")->click();
-        QVERIFY(w<QProgressBar>("circleChck")->isHidden());
-    };
-    choose(1, fat);
-    QCOMPARE(w<QLineEdit>("kPath")->text(), fat);
-    QCOMPARE(archBoxes(), (QList<bool>{true, true, false, false}));
-    QCOMPARE(w<QPlainTextEdit>("kdep")->toPlainText(), QString());
-    choose(1, ppc);
-    QCOMPARE(archBoxes(), (QList<bool>{false, false, true, false}));
-    choose(0, fat);
-    QCOMPARE(w<QLineEdit>("kPath")->text(), ppc);
-    QCOMPARE(archBoxes(), (QList<bool>{false, false, true, false}));
-    QCOMPARE(w<QPlainTextEdit>("kdep")->toPlainText(), QStringLiteral("earlier listing"));
-    QCOMPARE(toolCalls(), QString()); // dependencies were not asked for
-}
-
-void TestInspectPages::dependenciesFollowTheProbeWhenAsked() {
-    const QString kext =
-        makeKext("Deps", MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::X86_64)));
-    w<QCheckBox>("cbcheckdep")->setChecked(true);
-    QSignalSpy shown(m_check, &CheckController::dependenciesShown);
-    m_check->setOpenPanel([kext](auto done) { done(1, kext); });
-    w<QPushButton>("bCheckSel")->click();
-    QVERIFY(shown.wait(10000));
-    QCOMPARE(
-        w<QPlainTextEdit>("kdep")->toPlainText(),
-        QStringLiteral("    com.apple.kpi.bsd = 10.8.0\n    com.apple.kpi.libkern = 10.8.0\n"));
-    QCOMPARE(toolCalls(), "kextlibs " + kext + "\n");
-    QVERIFY(w<QPushButton>("bCheckDep")->isEnabled());
-    QVERIFY(w<QPushButton>("bCheckSel")->isEnabled());
-    QVERIFY(w<QProgressBar>("circleChck")->isHidden());
-    QVERIFY(m_sheets.texts.isEmpty());
-}
-
-// Without a kext the page's own check and the test load's answer show as errors; a refused
-// authorization runs nothing and says nothing; a load remembers the kext's folder in the
-// index the loaded kexts page looks paths up in (a load's commands are compared end to end).
-void TestInspectPages::testLoad() {
-    w<QPushButton>("bCheckDep")->click();
-    w<QPushButton>("bKextLoad")->click();
-    const QString noKext = QStringLiteral("error: You haven't selected any kext.");
-    QCOMPARE(m_sheets.texts, (QStringList{noKext, noKext}));
-    QCOMPARE(m_executor.authorizeCalls, 0);
-
-    const QString kext =
-        makeKext("Good", MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::X86_64)));
-    w<QLineEdit>("kPath")->setText(kext);
-    m_executor.grant = false;
-    w<QPushButton>("bKextLoad")->click();
-    QVERIFY(m_executor.commands.isEmpty());
-    QVERIFY(IconAlert::defaultinst().index().kextDirs().isEmpty());
-
-    m_executor.grant = true;
-    w<QPushButton>("bKextLoad")->click();
-    QCOMPARE(IconAlert::defaultinst().index().kextDirs(), QStringList{m_paths->desktop()});
-    QCOMPARE(m_sheets.texts.size(), 2);
-    QTest::qWait(50); // a listing started by mistake would have shown by now
-    QCOMPARE(toolCalls(), "kextload " + kext + "\n");
-}
-
-// Without Apple's tool the page reads the archive itself, says so, and answers with the
-// same texts; the folder comes from the folder panel.
-void TestInspectPages::unpackWithTheBuiltinReader() {
-    const QString source = m_dir->filePath("source");
-    const QString bundle = source + "/Fake.kext";
-    MachOWriter::write(bundle + "/Contents/MacOS/Fake",
-                       MachOWriter::fat({MachOWriter::kextSlice(MachOWriter::X86_64),
-                                         MachOWriter::kextSlice(MachOWriter::I386)}));
-    QVERIFY(writePlist(bundle + "/Contents/Info.plist",
-                       "<key>CFBundleExecutable</key><string>Fake</string>"
-                       "<key>CFBundleIdentifier</key><string>com.example.fake</string>"
-                       "<key>CFBundleVersion</key><string>1.2</string>"
-                       "<key>OSBundleRequired</key><string>Root</string>"));
-    const QString mkext = m_paths->desktop() + "/Built.mkext";
-    const MkextToolOutput built = MkextBuiltinTool::build(mkext, source, {});
-    QVERIFY2(QFileInfo::exists(mkext), qPrintable(built.err));
-
-    const QString chosen = m_dir->filePath("Chosen Földer");
-    m_unpack->setOpenPanel([mkext, chosen](UnpackController::PanelKind kind, auto done) {
-        done(1, kind == UnpackController::PanelKind::Mkext ? mkext : chosen);
-    });
-    w<QPushButton>("bSelectFolderToUnpack")->click();
-    QCOMPARE(w<QLineEdit>("MKUnPath")->text(), chosen);
-    w<QPushButton>("bSelectMkext")->click();
-    QCOMPARE(w<QLineEdit>("MKPath")->text(), mkext);
-    const QString listing = w<QPlainTextEdit>("tvMkext")->toPlainText();
-    QVERIFY2(listing.startsWith("Found 1 kexts:\n") && listing.contains("com.example.fake (1.2)"),
-             qPrintable(listing));
-    QVERIFY(m_window->statusBar()->currentMessage().contains("built-in"));
-
-    auto unpackAs = [this](const char *arch) {
-        w<QComboBox>("MkArch")->setCurrentText(arch);
-        w<QPushButton>("bUnpck")->click();
-        return m_sheets.texts.last();
-    };
-    QVERIFY(QDir().mkpath(chosen));
-    QCOMPARE(unpackAs("ppc"), QStringLiteral("error: Architecture ppc not found in mkext."));
-    QCOMPARE(unpackAs("x86_64"), QStringLiteral("info: Mkext was unpacked to selected directory."));
-    QVERIFY(QFileInfo::exists(chosen + "/Fake.kext"));
-    // Unpacking leaves the listing alone.
-    QCOMPARE(w<QPlainTextEdit>("tvMkext")->toPlainText(), listing);
-}
 
 QTEST_MAIN(TestInspectPages)
 #include "tst_inspectpages.moc"

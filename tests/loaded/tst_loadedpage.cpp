@@ -23,18 +23,174 @@
 #include <QTest>
 #include <QToolButton>
 
+namespace {
+const QString iokit = QStringLiteral("com.apple.kpi.iokit (10.8.0)");
+const QString acpi = QStringLiteral("com.apple.iokit.IOACPIFamily (1.3.0)");
+const QString voodoo = QStringLiteral("org.voodoo.driver.VoodooHDA (2.7.2)");
+} // namespace
+
 // The loaded kexts page's own wiring (the happy unload and the saved report run end to
 // end elsewhere), on a sandbox Mac whose kextstat and kextunload are scripts.
 class TestLoadedPage : public QObject {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
-    void refreshAndFilter();
-    void selectionWaitsForTheOpenPane();
-    void unloadFailsReloadWorks();
-    void reportNotSaved_data();
-    void reportNotSaved();
+    void init() {
+        m_dir = std::make_unique<QTemporaryDir>();
+        const QString home = m_dir->filePath(QStringLiteral("home"));
+        const QString contents = m_dir->filePath(QStringLiteral("contents"));
+        const QDir sbin(root() + QStringLiteral("/usr/sbin"));
+        for (const QString &folder : {home, contents, sbin.path()})
+            QDir().mkpath(folder);
+        const SystemPaths paths(root(), home, contents);
+
+        // The listing lives in a state file, so that a kextunload can take its kext out.
+        const QByteArray state = m_dir->filePath(QStringLiteral("kextstat.state")).toUtf8();
+        QVERIFY(QFile::copy(KK_FIXTURES "/kextstat/kextstat-64bit.txt", QString::fromUtf8(state)));
+        writeScript(sbin, QStringLiteral("kextstat"), "cat '" + state + "'\n");
+        // Fails for a kext whose folder name says so; otherwise drops VoodooHDA's line.
+        writeScript(
+            sbin, QStringLiteral("kextunload"),
+            "case \"$1\" in *Busy*) echo 'Failed to unload com.example.Busy - "
+            "(libkern/kext) kext is in use or retained (cannot unload).' >&2; exit 1 ;; esac\n"
+            "grep -v VoodooHDA '" +
+                state + "' > '" + state + ".new'; mv '" + state + ".new' '" + state + "'\n");
+        writeScript(sbin, QStringLiteral("kextload"), "exit 0\n");
+        makeKext(QStringLiteral("System/Library/Extensions/IOACPIFamily.kext"),
+                 QStringLiteral("com.apple.iokit.IOACPIFamily"));
+        makeKext(QStringLiteral("Extra/Extensions/VoodooHDA.kext"),
+                 QStringLiteral("org.voodoo.driver.VoodooHDA"));
+
+        AdminAuthentication::Config config;
+        config.direct = true;
+        config.environment = paths.rootEnvironment();
+        m_session = std::make_unique<AdminAuthentication>(config, nullptr, nullptr);
+        m_sheets.texts.clear();
+        IconAlert::configureDefault(paths, *m_session, Alerts(nullptr, &m_sheets));
+
+        m_window = std::make_unique<MainWindow>();
+        m_delegate = std::make_unique<LoadedDelegate>(*m_window);
+        m_delegate->pageController()->setProbe([](const QString &path) {
+            return path.endsWith(QLatin1String("VoodooHDA.kext"))
+                       ? QStringLiteral("Mach-O 64-bit kext bundle x86_64\n")
+                       : QStringLiteral("Mach-O object i386\n");
+        });
+    }
+
+    void cleanup() {
+        m_delegate.reset();
+        m_window.reset();
+    }
+
+    // The menu item refreshes the page and leaves the toolbar on it, as the toolbar item that
+    // the other tests use does; typing filters, and a refresh clears the filter.
+    void refreshAndFilter() {
+        m_window->showPage(PageChecking);
+        m_window->selectToolbarItem(QStringLiteral("ti_c"));
+        trigger("MI_Loaded");
+        QCOMPARE(m_window->currentPage(), int(PageLoaded));
+        QCOMPARE(m_window->selectedToolbarItem(), QStringLiteral("ti_l"));
+        QCOMPARE(rows().size(), 6);
+        QVERIFY(find<QToolButton>("buttonslide")->isChecked());
+        QCOMPARE(paneHeight(), LoadedPageController::collapsedHeight);
+
+        QTest::keyClicks(tfLdedFltr(), QStringLiteral("IOKIT"));
+        QCOMPARE(rows(), (QStringList{iokit, acpi}));
+        QCOMPARE(found(), QStringLiteral("Found: 2"));
+        // On the page itself an open pane keeps its height; the toggle reads collapsed.
+        expandPane();
+        QTRY_COMPARE(paneHeight(), LoadedPageController::expandedHeight);
+        trigger("MI_Loaded");
+        QCOMPARE(tfLdedFltr()->text(), QString());
+        QCOMPARE(found(), QStringLiteral("Found: 6"));
+        QVERIFY(find<QToolButton>("buttonslide")->isChecked());
+        QCOMPARE(paneHeight(), LoadedPageController::expandedHeight);
+    }
+
+    void selectionWaitsForTheOpenPane() {
+        trigger("ti_l");
+        selectRow(voodoo);
+        QCOMPARE(find<QLineEdit>("tfKPath")->text(), QString());
+        QCOMPARE(kname(), QString());
+
+        expandPane();
+        QCOMPARE(find<QLineEdit>("tfKPath")->text(), root() + "/Extra/Extensions/VoodooHDA.kext");
+        QCOMPARE(kname(), QStringLiteral("VoodooHDA.kext"));
+        QVERIFY(ka64() && !ka32());
+
+        // With the pane open every selection fills it at once.
+        selectRow(acpi);
+        QCOMPARE(kname(), QStringLiteral("IOACPIFamily.kext"));
+        QVERIFY(!ka64() && ka32());
+
+        // A kext installed while the pane is open is unknown until the pane closes and opens
+        // again; until then there is nothing to show or unload (no tool runs, no alert).
+        makeKext(QStringLiteral("Extra/Extensions/IOKit.kext"),
+                 QStringLiteral("com.apple.kpi.iokit"));
+        selectRow(iokit);
+        QCOMPARE(kname(), QStringLiteral("Unknown kext"));
+        QCOMPARE(find<QLineEdit>("tfKPath")->text(), QString());
+        QVERIFY(!ka64() && !ka32());
+        click("bUnload");
+        QVERIFY(m_sheets.texts.isEmpty());
+        QCOMPARE(found(), QStringLiteral("Found: 6"));
+        click("buttonslide");
+        QTRY_COMPARE(paneHeight(), LoadedPageController::collapsedHeight);
+        expandPane();
+        QCOMPARE(kname(), QStringLiteral("IOKit.kext"));
+        QTRY_COMPARE(paneHeight(), LoadedPageController::expandedHeight);
+    }
+
+    // A failed unload shows the tool's own words; a reload shows the list of before (the
+    // stand-in unload did take VoodooHDA out of the listing). Both keep the pane.
+    void unloadFailsReloadWorks() {
+        makeKext(QStringLiteral("Extra/Extensions/Busy.kext"),
+                 QStringLiteral("com.apple.kpi.iokit"));
+        trigger("ti_l");
+        expandPane();
+        selectRow(iokit);
+        QCOMPARE(kname(), QStringLiteral("Busy.kext"));
+        click("bUnload");
+        QCOMPARE(m_sheets.texts,
+                 QStringList{"error: Failed to unload com.example.Busy - (libkern/kext) kext is in "
+                             "use or retained (cannot unload).\n"});
+        QCOMPARE(found(), QStringLiteral("Found: 6"));
+        QCOMPARE(kname(), QStringLiteral("Busy.kext"));
+
+        m_sheets.texts.clear();
+        selectRow(voodoo);
+        click("bReload");
+        QVERIFY(m_sheets.texts.isEmpty());
+        QCOMPARE(found(), QStringLiteral("Found: 6"));
+        QCOMPARE(kname(), QStringLiteral("VoodooHDA.kext"));
+    }
+
+    void reportNotSaved_data() {
+        QTest::addColumn<int>("button");
+        QTest::addColumn<bool>("kextStore");
+        QTest::addColumn<QStringList>("sheets");
+        QTest::newRow("cancelled") << 0 << false << QStringList();
+        QTest::newRow("both Extra folders")
+            << 1 << true << QStringList{"error: Both Extra/Extensions and Extra/KextStore found."};
+    }
+
+    void reportNotSaved() {
+        QFETCH(int, button);
+        QFETCH(bool, kextStore);
+        QFETCH(QStringList, sheets);
+        if (kextStore)
+            QDir().mkpath(root() + QStringLiteral("/Extra/KextStore"));
+        const QString file = m_dir->filePath(QStringLiteral("report.txt"));
+        m_delegate->reportController()->setSavePanel(
+            [&](const QString &, std::function<void(int, const QString &)> done) {
+                done(button, file);
+            });
+        QSignalSpy ended(m_delegate->reportController(), &ReportController::reportEnded);
+        trigger("MI_CreateList");
+        // A cancelled panel ends nothing; an abandoned report ends with its error.
+        QCOMPARE(ended.wait(sheets.isEmpty() ? 500 : 20000), !sheets.isEmpty());
+        QCOMPARE(m_sheets.texts, sheets);
+        QVERIFY(!QFile::exists(file));
+    }
 
 private:
     template <typename T> T *find(const char *name) const {
@@ -60,8 +216,19 @@ private:
         writePlist(root() + '/' + bundle + "/Contents/Info.plist",
                    "<key>CFBundleIdentifier</key><string>" + identifier.toUtf8() + "</string>\n");
     }
-    void selectRow(const QString &text) const;
-    void expandPane() const;
+
+    void selectRow(const QString &text) const {
+        auto *table = find<QTableView>("tbLoaded");
+        const QModelIndexList found = table->model()->match(
+            table->model()->index(0, 0), Qt::DisplayRole, text, 1, Qt::MatchExactly);
+        QVERIFY2(!found.isEmpty(), qPrintable(text));
+        table->selectRow(found.first().row());
+    }
+
+    void expandPane() const {
+        click("buttonslide");
+        QVERIFY(!find<QToolButton>("buttonslide")->isChecked());
+    }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<AdminAuthentication> m_session;
@@ -69,180 +236,6 @@ private:
     std::unique_ptr<MainWindow> m_window;
     std::unique_ptr<LoadedDelegate> m_delegate;
 };
-
-namespace {
-const QString iokit = QStringLiteral("com.apple.kpi.iokit (10.8.0)");
-const QString acpi = QStringLiteral("com.apple.iokit.IOACPIFamily (1.3.0)");
-const QString voodoo = QStringLiteral("org.voodoo.driver.VoodooHDA (2.7.2)");
-} // namespace
-
-void TestLoadedPage::init() {
-    m_dir = std::make_unique<QTemporaryDir>();
-    const QString home = m_dir->filePath(QStringLiteral("home"));
-    const QString contents = m_dir->filePath(QStringLiteral("contents"));
-    const QDir sbin(root() + QStringLiteral("/usr/sbin"));
-    for (const QString &folder : {home, contents, sbin.path()})
-        QDir().mkpath(folder);
-    const SystemPaths paths(root(), home, contents);
-
-    // The listing lives in a state file, so that a kextunload can take its kext out.
-    const QByteArray state = m_dir->filePath(QStringLiteral("kextstat.state")).toUtf8();
-    QVERIFY(QFile::copy(KK_FIXTURES "/kextstat/kextstat-64bit.txt", QString::fromUtf8(state)));
-    writeScript(sbin, QStringLiteral("kextstat"), "cat '" + state + "'\n");
-    // Fails for a kext whose folder name says so; otherwise drops VoodooHDA's line.
-    writeScript(sbin, QStringLiteral("kextunload"),
-                "case \"$1\" in *Busy*) echo 'Failed to unload com.example.Busy - "
-                "(libkern/kext) kext is in use or retained (cannot unload).' >&2; exit 1 ;; esac\n"
-                "grep -v VoodooHDA '" +
-                    state + "' > '" + state + ".new'; mv '" + state + ".new' '" + state + "'\n");
-    writeScript(sbin, QStringLiteral("kextload"), "exit 0\n");
-    makeKext(QStringLiteral("System/Library/Extensions/IOACPIFamily.kext"),
-             QStringLiteral("com.apple.iokit.IOACPIFamily"));
-    makeKext(QStringLiteral("Extra/Extensions/VoodooHDA.kext"),
-             QStringLiteral("org.voodoo.driver.VoodooHDA"));
-
-    AdminAuthentication::Config config;
-    config.direct = true;
-    config.environment = paths.rootEnvironment();
-    m_session = std::make_unique<AdminAuthentication>(config, nullptr, nullptr);
-    m_sheets.texts.clear();
-    IconAlert::configureDefault(paths, *m_session, Alerts(nullptr, &m_sheets));
-
-    m_window = std::make_unique<MainWindow>();
-    m_delegate = std::make_unique<LoadedDelegate>(*m_window);
-    m_delegate->pageController()->setProbe([](const QString &path) {
-        return path.endsWith(QLatin1String("VoodooHDA.kext"))
-                   ? QStringLiteral("Mach-O 64-bit kext bundle x86_64\n")
-                   : QStringLiteral("Mach-O object i386\n");
-    });
-}
-
-void TestLoadedPage::cleanup() {
-    m_delegate.reset();
-    m_window.reset();
-}
-
-void TestLoadedPage::selectRow(const QString &text) const {
-    auto *table = find<QTableView>("tbLoaded");
-    const QModelIndexList found = table->model()->match(table->model()->index(0, 0),
-                                                        Qt::DisplayRole, text, 1, Qt::MatchExactly);
-    QVERIFY2(!found.isEmpty(), qPrintable(text));
-    table->selectRow(found.first().row());
-}
-
-void TestLoadedPage::expandPane() const {
-    click("buttonslide");
-    QVERIFY(!find<QToolButton>("buttonslide")->isChecked());
-}
-
-// The menu item refreshes the page and leaves the toolbar on it, as the toolbar item that
-// the other tests use does; typing filters, and a refresh clears the filter.
-void TestLoadedPage::refreshAndFilter() {
-    m_window->showPage(PageChecking);
-    m_window->selectToolbarItem(QStringLiteral("ti_c"));
-    trigger("MI_Loaded");
-    QCOMPARE(m_window->currentPage(), int(PageLoaded));
-    QCOMPARE(m_window->selectedToolbarItem(), QStringLiteral("ti_l"));
-    QCOMPARE(rows().size(), 6);
-    QVERIFY(find<QToolButton>("buttonslide")->isChecked());
-    QCOMPARE(paneHeight(), LoadedPageController::collapsedHeight);
-
-    QTest::keyClicks(tfLdedFltr(), QStringLiteral("IOKIT"));
-    QCOMPARE(rows(), (QStringList{iokit, acpi}));
-    QCOMPARE(found(), QStringLiteral("Found: 2"));
-    // On the page itself an open pane keeps its height; the toggle reads collapsed.
-    expandPane();
-    QTRY_COMPARE(paneHeight(), LoadedPageController::expandedHeight);
-    trigger("MI_Loaded");
-    QCOMPARE(tfLdedFltr()->text(), QString());
-    QCOMPARE(found(), QStringLiteral("Found: 6"));
-    QVERIFY(find<QToolButton>("buttonslide")->isChecked());
-    QCOMPARE(paneHeight(), LoadedPageController::expandedHeight);
-}
-
-void TestLoadedPage::selectionWaitsForTheOpenPane() {
-    trigger("ti_l");
-    selectRow(voodoo);
-    QCOMPARE(find<QLineEdit>("tfKPath")->text(), QString());
-    QCOMPARE(kname(), QString());
-
-    expandPane();
-    QCOMPARE(find<QLineEdit>("tfKPath")->text(), root() + "/Extra/Extensions/VoodooHDA.kext");
-    QCOMPARE(kname(), QStringLiteral("VoodooHDA.kext"));
-    QVERIFY(ka64() && !ka32());
-
-    // With the pane open every selection fills it at once.
-    selectRow(acpi);
-    QCOMPARE(kname(), QStringLiteral("IOACPIFamily.kext"));
-    QVERIFY(!ka64() && ka32());
-
-    // A kext installed while the pane is open is unknown until the pane closes and opens
-    // again; until then there is nothing to show or unload (no tool runs, no alert).
-    makeKext(QStringLiteral("Extra/Extensions/IOKit.kext"), QStringLiteral("com.apple.kpi.iokit"));
-    selectRow(iokit);
-    QCOMPARE(kname(), QStringLiteral("Unknown kext"));
-    QCOMPARE(find<QLineEdit>("tfKPath")->text(), QString());
-    QVERIFY(!ka64() && !ka32());
-    click("bUnload");
-    QVERIFY(m_sheets.texts.isEmpty());
-    QCOMPARE(found(), QStringLiteral("Found: 6"));
-    click("buttonslide");
-    QTRY_COMPARE(paneHeight(), LoadedPageController::collapsedHeight);
-    expandPane();
-    QCOMPARE(kname(), QStringLiteral("IOKit.kext"));
-    QTRY_COMPARE(paneHeight(), LoadedPageController::expandedHeight);
-}
-
-// A failed unload shows the tool's own words; a reload shows the list of before (the
-// stand-in unload did take VoodooHDA out of the listing). Both keep the pane.
-void TestLoadedPage::unloadFailsReloadWorks() {
-    makeKext(QStringLiteral("Extra/Extensions/Busy.kext"), QStringLiteral("com.apple.kpi.iokit"));
-    trigger("ti_l");
-    expandPane();
-    selectRow(iokit);
-    QCOMPARE(kname(), QStringLiteral("Busy.kext"));
-    click("bUnload");
-    QCOMPARE(m_sheets.texts,
-             QStringList{"error: Failed to unload com.example.Busy - (libkern/kext) kext is in "
-                         "use or retained (cannot unload).\n"});
-    QCOMPARE(found(), QStringLiteral("Found: 6"));
-    QCOMPARE(kname(), QStringLiteral("Busy.kext"));
-
-    m_sheets.texts.clear();
-    selectRow(voodoo);
-    click("bReload");
-    QVERIFY(m_sheets.texts.isEmpty());
-    QCOMPARE(found(), QStringLiteral("Found: 6"));
-    QCOMPARE(kname(), QStringLiteral("VoodooHDA.kext"));
-}
-
-void TestLoadedPage::reportNotSaved_data() {
-    QTest::addColumn<int>("button");
-    QTest::addColumn<bool>("kextStore");
-    QTest::addColumn<QStringList>("sheets");
-    QTest::newRow("cancelled") << 0 << false << QStringList();
-    QTest::newRow("both Extra folders")
-        << 1 << true << QStringList{"error: Both Extra/Extensions and Extra/KextStore found."};
-}
-
-void TestLoadedPage::reportNotSaved() {
-    QFETCH(int, button);
-    QFETCH(bool, kextStore);
-    QFETCH(QStringList, sheets);
-    if (kextStore)
-        QDir().mkpath(root() + QStringLiteral("/Extra/KextStore"));
-    const QString file = m_dir->filePath(QStringLiteral("report.txt"));
-    m_delegate->reportController()->setSavePanel(
-        [&](const QString &, std::function<void(int, const QString &)> done) {
-            done(button, file);
-        });
-    QSignalSpy ended(m_delegate->reportController(), &ReportController::reportEnded);
-    trigger("MI_CreateList");
-    // A cancelled panel ends nothing; an abandoned report ends with its error.
-    QCOMPARE(ended.wait(sheets.isEmpty() ? 500 : 20000), !sheets.isEmpty());
-    QCOMPARE(m_sheets.texts, sheets);
-    QVERIFY(!QFile::exists(file));
-}
 
 QTEST_MAIN(TestLoadedPage)
 #include "tst_loadedpage.moc"

@@ -9,27 +9,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-// The rows of the kext status tool and the pieces of the report where their rules meet odd
-// input; the usual rows are in the whole report that tst_systemreport compares.
-class TestLoadedText : public QObject {
-    Q_OBJECT
-private slots:
-    void rows_data();
-    void rows();
-    void parts_data();
-    void parts();
-    void filter_data();
-    void filter();
-    void defaultFileName_data();
-    void defaultFileName();
-    void overviewSections_data();
-    void overviewSections();
-    void extraTable_data();
-    void extraTable();
-    void rowHalves_data();
-    void rowHalves();
-};
-
 namespace {
 QString fixture(const QString &name) {
     QFile file(QStringLiteral(KK_FIXTURES "/") + name);
@@ -52,212 +31,221 @@ const QString softwareHead = QStringLiteral("Software:\n\n    System Software Ov
 const QString hardwareHead = QStringLiteral("Hardware:\n\n    Hardware Overview:\n");
 } // namespace
 
-void TestLoadedText::rows_data() {
-    QTest::addColumn<QString>("output");
-    QTest::addColumn<QStringList>("expected");
+// The rows of the kext status tool and the pieces of the report where their rules meet odd
+// input; the usual rows are in the whole report that tst_systemreport compares.
+class TestLoadedText : public QObject {
+    Q_OBJECT
+private slots:
+    void rows_data() {
+        QTest::addColumn<QString>("output");
+        QTest::addColumn<QStringList>("expected");
 
-    const QStringList rows64{QStringLiteral("com.apple.kpi.bsd (10.8.0)"),
-                             QStringLiteral("com.apple.kpi.iokit (10.8.0)"),
-                             QStringLiteral("com.apple.iokit.IOACPIFamily (1.3.0)"),
-                             QStringLiteral("com.apple.driver.AppleACPIPlatform (1.3.6)"),
-                             QStringLiteral("org.voodoo.driver.VoodooHDA (2.7.2)"),
-                             QStringLiteral("com.example.NoLinks (1.0)")};
-    const QString listing64 = fixture("kextstat/kextstat-64bit.txt");
-    QTest::newRow("64-bit kernel") << listing64 << rows64;
-    QTest::newRow("64-bit, no final newline: the last kext is lost")
-        << listing64.chopped(1) << rows64.first(5);
-    QTest::newRow("32-bit kernel, narrower address column")
-        << fixture("kextstat/kextstat-32bit.txt")
-        << QStringList{QStringLiteral("com.apple.kernel.6.0 (7.9.9)"),
-                       QStringLiteral("com.apple.iokit.IOACPIFamily (1.2.0)"),
-                       QStringLiteral("com.apple.driver.AppleIntelCPUPowerManagement (76.2.0)")};
+        const QStringList rows64{QStringLiteral("com.apple.kpi.bsd (10.8.0)"),
+                                 QStringLiteral("com.apple.kpi.iokit (10.8.0)"),
+                                 QStringLiteral("com.apple.iokit.IOACPIFamily (1.3.0)"),
+                                 QStringLiteral("com.apple.driver.AppleACPIPlatform (1.3.6)"),
+                                 QStringLiteral("org.voodoo.driver.VoodooHDA (2.7.2)"),
+                                 QStringLiteral("com.example.NoLinks (1.0)")};
+        const QString listing64 = fixture("kextstat/kextstat-64bit.txt");
+        QTest::newRow("64-bit kernel") << listing64 << rows64;
+        QTest::newRow("64-bit, no final newline: the last kext is lost")
+            << listing64.chopped(1) << rows64.first(5);
+        QTest::newRow("32-bit kernel, narrower address column")
+            << fixture("kextstat/kextstat-32bit.txt")
+            << QStringList{
+                   QStringLiteral("com.apple.kernel.6.0 (7.9.9)"),
+                   QStringLiteral("com.apple.iokit.IOACPIFamily (1.2.0)"),
+                   QStringLiteral("com.apple.driver.AppleIntelCPUPowerManagement (76.2.0)")};
 
-    const QString pad(52, QLatin1Char(' '));
-    QTest::newRow("only the first \" <\" cuts") << header64 + "\n" + pad + "a.b (1) <3> <4>\n"
-                                                << QStringList{"a.b (1)"};
-    QTest::newRow("line shorter than the column gives an empty row")
-        << header64 + "\n    1    0\n" + pad + "c.d (2)\n"
-        << QStringList{"", "c.d (2)"};
-    QTest::newRow("unknown header: whole lines")
-        << QStringLiteral("Id Name\n  1 a.b (1) <2>\n  2 c.d (2)\n")
-        << QStringList{"  1 a.b (1)", "  2 c.d (2)"};
-    QTest::newRow("header alone, nothing loaded") << header64 + "\n" << QStringList();
-}
-
-void TestLoadedText::rows() {
-    QFETCH(QString, output);
-    QFETCH(QStringList, expected);
-    QCOMPARE(kextStatRows(output), expected);
-}
-
-void TestLoadedText::parts_data() {
-    QTest::addColumn<QString>("row");
-    QTest::addColumn<QString>("identifier");
-    QTest::addColumn<QString>("version");
-
-    QTest::newRow("no version") << "com.example.Bare"
-                                << "com.example.Bare"
-                                << "";
-    QTest::newRow("version without closing parenthesis") << "com.example.Cut (1.2"
-                                                         << "com.example.Cut"
-                                                         << "1.2";
-    QTest::newRow("parenthesis inside the identifier") << "com.ex)ample.Odd (3.0)"
-                                                       << "com.ex)ample.Odd"
-                                                       << "3.0";
-}
-
-void TestLoadedText::parts() {
-    QFETCH(QString, row);
-    QFETCH(QString, identifier);
-    QFETCH(QString, version);
-    const KextRowParts parts = kextRowParts(row);
-    QCOMPARE(parts.identifier, identifier);
-    QCOMPARE(parts.version, version);
-    QCOMPARE(kextRowIdentifier(row), identifier);
-}
-
-void TestLoadedText::filter_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QStringList>("expected");
-
-    QTest::newRow("capitals match small letters")
-        << "IOKIT"
-        << QStringList{"com.apple.kpi.iokit (10.8.0)", "com.apple.iokit.IOACPIFamily (1.3.0)"};
-    QTest::newRow("version numbers match")
-        << "2.7" << QStringList{"org.voodoo.driver.VoodooHDA (2.7.2)"};
-    QTest::newRow("no wildcards") << "com.*HDA" << QStringList();
-}
-
-void TestLoadedText::filter() {
-    QFETCH(QString, text);
-    QFETCH(QStringList, expected);
-    LoadedKextList list;
-    list.refresh(fixture("kextstat/kextstat-64bit.txt"));
-    QCOMPARE(list.filtered(text), expected);
-    // The filter reads the last refresh and never changes it; no text keeps every row.
-    QCOMPARE(list.rows().size(), 6);
-    QCOMPARE(list.filtered(QString()), list.rows());
-}
-
-void TestLoadedText::defaultFileName_data() {
-    QTest::addColumn<QString>("software");
-    QTest::addColumn<QString>("expected");
-
-    QTest::newRow("10.6 overview")
-        << fixture("system_profiler/software-10.6.txt") << QStringLiteral("Jörg's Mac Pro");
-    QTest::newRow("fewer than six lines") << softwareHead + "\n      A: 1\n      B: 2\n"
-                                          << "";
-    QTest::newRow("short computer line") << softwareHead + "\n1\n2\n3\n4\n      Computer\n"
-                                         << "";
-}
-
-void TestLoadedText::defaultFileName() {
-    QFETCH(QString, software);
-    QFETCH(QString, expected);
-    QCOMPARE(ReportOverview::defaultFileName(software), expected);
-}
-
-void TestLoadedText::overviewSections_data() {
-    QTest::addColumn<QString>("software");
-    QTest::addColumn<QString>("hardware");
-    QTest::addColumn<QString>("expected");
-
-    // Six-blank runs go wherever they are, non-overlapping from the left.
-    QTest::newRow("deeper indentation keeps the rest")
-        << softwareHead + "\n" + blanks(6) + "A\n" + blanks(8) + "B\n" + blanks(12) + "C\n"
-        << hardwareHead + "\n" + blanks(10) + "D: 1" + blanks(7) + "x\n"
-        << "1. Software Info:\nA\n  B\nC\n2. Hardware Info:\n    D: 1 x\n";
-    QTest::newRow("user name and uptime dropped by position")
-        << softwareHead + "\n1\n2\n3\n4\n5\nuser\n7\n8\nuptime\n10\n"
-        << hardwareHead << "1. Software Info:\n1\n2\n3\n4\n5\n7\n8\n10\n2. Hardware Info:";
-    QTest::newRow("short software: no line to drop")
-        << softwareHead + "\n1\n2\n"
-        << ""
-        << "1. Software Info:\n1\n2\n2. Hardware Info:";
-    QTest::newRow("tools printed nothing") << ""
-                                           << ""
-                                           << "1. Software Info:2. Hardware Info:";
-}
-
-void TestLoadedText::overviewSections() {
-    QFETCH(QString, software);
-    QFETCH(QString, hardware);
-    QFETCH(QString, expected);
-    QCOMPARE(ReportOverview::sections(software, hardware), expected);
-}
-
-void TestLoadedText::extraTable_data() {
-    QTest::addColumn<QStringList>("files");
-    QTest::addColumn<QString>("expected");
-
-    const QString heading = QStringLiteral("3. /Extra Kexts:\n");
-    const QString header = QStringLiteral("Kext Name:") + blanks(4) + QStringLiteral("Plugins:\n");
-    QTest::newRow("no Extra folders") << QStringList() << heading + header;
-    // Names wider than the header widen the column; the plug-in folder's own
-    // .DS_Store is listed, only the top level drops it.
-    QTest::newRow("KextStore with a long non-ASCII name")
-        << QStringList{QStringLiteral(
-                           "Extra/KextStore/Jörg's Audio.kext/Contents/PlugIns/.DS_Store"),
-                       "Extra/KextStore/FakeSMC.kext/Contents/PlugIns/Sensor.kext/",
-                       "Extra/KextStore/Null.kext/"}
-        << heading + QStringLiteral("Kext Name:") + blanks(11) + "Plugins:\n" + "FakeSMC.kext" +
-               blanks(9) + "Sensor.kext \n" + QStringLiteral("Jörg's Audio.kext") + blanks(4) +
-               ".DS_Store \n" + "Null.kext" + blanks(12) + "\n";
-    QTest::newRow("loose file beside the kexts, top-level .DS_Store dropped")
-        << QStringList{"Extra/Extensions/readme.txt", "Extra/Extensions/.DS_Store"}
-        << heading + header + "readme.txt" + blanks(4) + "\n";
-}
-
-void TestLoadedText::extraTable() {
-    QFETCH(QStringList, files);
-    QFETCH(QString, expected);
-    QTemporaryDir root;
-    for (const QString &file : files) {
-        if (file.endsWith(QLatin1Char('/')))
-            QDir().mkpath(root.filePath(file));
-        else
-            touch(root.filePath(file));
+        const QString pad(52, QLatin1Char(' '));
+        QTest::newRow("only the first \" <\" cuts") << header64 + "\n" + pad + "a.b (1) <3> <4>\n"
+                                                    << QStringList{"a.b (1)"};
+        QTest::newRow("line shorter than the column gives an empty row")
+            << header64 + "\n    1    0\n" + pad + "c.d (2)\n"
+            << QStringList{"", "c.d (2)"};
+        QTest::newRow("unknown header: whole lines")
+            << QStringLiteral("Id Name\n  1 a.b (1) <2>\n  2 c.d (2)\n")
+            << QStringList{"  1 a.b (1)", "  2 c.d (2)"};
+        QTest::newRow("header alone, nothing loaded") << header64 + "\n" << QStringList();
     }
-    const std::optional<QString> section = ExtraKextTable::section(SystemPaths(root.path()));
-    QVERIFY(section);
-    QCOMPARE(*section, expected);
-}
 
-// The header row and the kexts of the first half, then the second half: the whole report
-// splits an odd number of pieces; an even one must split the same way.
-void TestLoadedText::rowHalves_data() {
-    QTest::addColumn<QString>("listing");
-    QTest::addColumn<QStringList>("firstNames");
-    QTest::addColumn<QStringList>("secondNames");
+    void rows() {
+        QFETCH(QString, output);
+        QFETCH(QStringList, expected);
+        QCOMPARE(kextStatRows(output), expected);
+    }
 
-    const QString listing = fixture("kextstat/kextstat-64bit.txt");
-    // 8 pieces (header, six kexts, empty end): lines 1-3 and 4-6.
-    QTest::newRow("six kexts") << listing
-                               << QStringList{"Kext Name:", "com.apple.kpi.bsd",
-                                              "com.apple.kpi.iokit", "com.apple.iokit.IOACPIFamily"}
-                               << QStringList{"com.apple.driver.AppleACPIPlatform",
-                                              "org.voodoo.driver.VoodooHDA", "com.example.NoLinks"};
-    QTest::newRow("one kext") << listing.section(QLatin1Char('\n'), 0, 1) + QLatin1Char('\n')
-                              << QStringList{"Kext Name:"} << QStringList{"com.apple.kpi.bsd"};
-    QTest::newRow("nothing printed") << QString() << QStringList{"Kext Name:"} << QStringList();
-}
+    void parts_data() {
+        QTest::addColumn<QString>("row");
+        QTest::addColumn<QString>("identifier");
+        QTest::addColumn<QString>("version");
 
-void TestLoadedText::rowHalves() {
-    QFETCH(QString, listing);
-    QFETCH(QStringList, firstNames);
-    QFETCH(QStringList, secondNames);
-    QStringList looked;
-    const auto pathOf = [&looked](const QString &id) {
-        looked << id;
-        return QString();
-    };
-    const auto probe = [](const QString &) { return QString(); };
-    QCOMPARE(LoadedKextRows::build(listing, LoadedKextRows::Half::First, pathOf, probe).names,
-             firstNames);
-    QCOMPARE(LoadedKextRows::build(listing, LoadedKextRows::Half::Second, pathOf, probe).names,
-             secondNames);
-    QCOMPARE(looked, firstNames.mid(1) + secondNames);
-}
+        QTest::newRow("no version") << "com.example.Bare"
+                                    << "com.example.Bare"
+                                    << "";
+        QTest::newRow("version without closing parenthesis") << "com.example.Cut (1.2"
+                                                             << "com.example.Cut"
+                                                             << "1.2";
+        QTest::newRow("parenthesis inside the identifier") << "com.ex)ample.Odd (3.0)"
+                                                           << "com.ex)ample.Odd"
+                                                           << "3.0";
+    }
+
+    void parts() {
+        QFETCH(QString, row);
+        QFETCH(QString, identifier);
+        QFETCH(QString, version);
+        const KextRowParts parts = kextRowParts(row);
+        QCOMPARE(parts.identifier, identifier);
+        QCOMPARE(parts.version, version);
+        QCOMPARE(kextRowIdentifier(row), identifier);
+    }
+
+    void filter_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QStringList>("expected");
+
+        QTest::newRow("capitals match small letters")
+            << "IOKIT"
+            << QStringList{"com.apple.kpi.iokit (10.8.0)", "com.apple.iokit.IOACPIFamily (1.3.0)"};
+        QTest::newRow("version numbers match")
+            << "2.7" << QStringList{"org.voodoo.driver.VoodooHDA (2.7.2)"};
+        QTest::newRow("no wildcards") << "com.*HDA" << QStringList();
+    }
+
+    void filter() {
+        QFETCH(QString, text);
+        QFETCH(QStringList, expected);
+        LoadedKextList list;
+        list.refresh(fixture("kextstat/kextstat-64bit.txt"));
+        QCOMPARE(list.filtered(text), expected);
+        // The filter reads the last refresh and never changes it; no text keeps every row.
+        QCOMPARE(list.rows().size(), 6);
+        QCOMPARE(list.filtered(QString()), list.rows());
+    }
+
+    void defaultFileName_data() {
+        QTest::addColumn<QString>("software");
+        QTest::addColumn<QString>("expected");
+
+        QTest::newRow("10.6 overview")
+            << fixture("system_profiler/software-10.6.txt") << QStringLiteral("Jörg's Mac Pro");
+        QTest::newRow("fewer than six lines") << softwareHead + "\n      A: 1\n      B: 2\n"
+                                              << "";
+        QTest::newRow("short computer line") << softwareHead + "\n1\n2\n3\n4\n      Computer\n"
+                                             << "";
+    }
+
+    void defaultFileName() {
+        QFETCH(QString, software);
+        QFETCH(QString, expected);
+        QCOMPARE(ReportOverview::defaultFileName(software), expected);
+    }
+
+    void overviewSections_data() {
+        QTest::addColumn<QString>("software");
+        QTest::addColumn<QString>("hardware");
+        QTest::addColumn<QString>("expected");
+
+        // Six-blank runs go wherever they are, non-overlapping from the left.
+        QTest::newRow("deeper indentation keeps the rest")
+            << softwareHead + "\n" + blanks(6) + "A\n" + blanks(8) + "B\n" + blanks(12) + "C\n"
+            << hardwareHead + "\n" + blanks(10) + "D: 1" + blanks(7) + "x\n"
+            << "1. Software Info:\nA\n  B\nC\n2. Hardware Info:\n    D: 1 x\n";
+        QTest::newRow("user name and uptime dropped by position")
+            << softwareHead + "\n1\n2\n3\n4\n5\nuser\n7\n8\nuptime\n10\n"
+            << hardwareHead << "1. Software Info:\n1\n2\n3\n4\n5\n7\n8\n10\n2. Hardware Info:";
+        QTest::newRow("short software: no line to drop")
+            << softwareHead + "\n1\n2\n"
+            << ""
+            << "1. Software Info:\n1\n2\n2. Hardware Info:";
+        QTest::newRow("tools printed nothing") << ""
+                                               << ""
+                                               << "1. Software Info:2. Hardware Info:";
+    }
+
+    void overviewSections() {
+        QFETCH(QString, software);
+        QFETCH(QString, hardware);
+        QFETCH(QString, expected);
+        QCOMPARE(ReportOverview::sections(software, hardware), expected);
+    }
+
+    void extraTable_data() {
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("expected");
+
+        const QString heading = QStringLiteral("3. /Extra Kexts:\n");
+        const QString header =
+            QStringLiteral("Kext Name:") + blanks(4) + QStringLiteral("Plugins:\n");
+        QTest::newRow("no Extra folders") << QStringList() << heading + header;
+        // Names wider than the header widen the column; the plug-in folder's own
+        // .DS_Store is listed, only the top level drops it.
+        QTest::newRow("KextStore with a long non-ASCII name")
+            << QStringList{QStringLiteral(
+                               "Extra/KextStore/Jörg's Audio.kext/Contents/PlugIns/.DS_Store"),
+                           "Extra/KextStore/FakeSMC.kext/Contents/PlugIns/Sensor.kext/",
+                           "Extra/KextStore/Null.kext/"}
+            << heading + QStringLiteral("Kext Name:") + blanks(11) + "Plugins:\n" + "FakeSMC.kext" +
+                   blanks(9) + "Sensor.kext \n" + QStringLiteral("Jörg's Audio.kext") + blanks(4) +
+                   ".DS_Store \n" + "Null.kext" + blanks(12) + "\n";
+        QTest::newRow("loose file beside the kexts, top-level .DS_Store dropped")
+            << QStringList{"Extra/Extensions/readme.txt", "Extra/Extensions/.DS_Store"}
+            << heading + header + "readme.txt" + blanks(4) + "\n";
+    }
+
+    void extraTable() {
+        QFETCH(QStringList, files);
+        QFETCH(QString, expected);
+        QTemporaryDir root;
+        for (const QString &file : files) {
+            if (file.endsWith(QLatin1Char('/')))
+                QDir().mkpath(root.filePath(file));
+            else
+                touch(root.filePath(file));
+        }
+        const std::optional<QString> section = ExtraKextTable::section(SystemPaths(root.path()));
+        QVERIFY(section);
+        QCOMPARE(*section, expected);
+    }
+
+    // The header row and the kexts of the first half, then the second half: the whole report
+    // splits an odd number of pieces; an even one must split the same way.
+    void rowHalves_data() {
+        QTest::addColumn<QString>("listing");
+        QTest::addColumn<QStringList>("firstNames");
+        QTest::addColumn<QStringList>("secondNames");
+
+        const QString listing = fixture("kextstat/kextstat-64bit.txt");
+        // 8 pieces (header, six kexts, empty end): lines 1-3 and 4-6.
+        QTest::newRow("six kexts")
+            << listing
+            << QStringList{"Kext Name:", "com.apple.kpi.bsd", "com.apple.kpi.iokit",
+                           "com.apple.iokit.IOACPIFamily"}
+            << QStringList{"com.apple.driver.AppleACPIPlatform", "org.voodoo.driver.VoodooHDA",
+                           "com.example.NoLinks"};
+        QTest::newRow("one kext") << listing.section(QLatin1Char('\n'), 0, 1) + QLatin1Char('\n')
+                                  << QStringList{"Kext Name:"} << QStringList{"com.apple.kpi.bsd"};
+        QTest::newRow("nothing printed") << QString() << QStringList{"Kext Name:"} << QStringList();
+    }
+
+    void rowHalves() {
+        QFETCH(QString, listing);
+        QFETCH(QStringList, firstNames);
+        QFETCH(QStringList, secondNames);
+        QStringList looked;
+        const auto pathOf = [&looked](const QString &id) {
+            looked << id;
+            return QString();
+        };
+        const auto probe = [](const QString &) { return QString(); };
+        QCOMPARE(LoadedKextRows::build(listing, LoadedKextRows::Half::First, pathOf, probe).names,
+                 firstNames);
+        QCOMPARE(LoadedKextRows::build(listing, LoadedKextRows::Half::Second, pathOf, probe).names,
+                 secondNames);
+        QCOMPARE(looked, firstNames.mid(1) + secondNames);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestLoadedText)
 #include "tst_loadedtext.moc"

@@ -12,15 +12,6 @@
 
 using namespace std::chrono_literals;
 
-// The whole report, written by its concurrent jobs from real runs of stand-in tools
-// on a sandbox root, compared byte for byte with the expected file.
-class TestSystemReport : public QObject {
-    Q_OBJECT
-private slots:
-    void wholeReport();
-    void unwritableFile();
-};
-
 namespace {
 
 QByteArray readAll(const QString &path) {
@@ -99,37 +90,44 @@ SystemReport::End waitFor(const std::shared_future<SystemReport::End> &end) {
 
 } // namespace
 
-// Two reports at once, so that one report's state cannot leak into the other's file.
-void TestSystemReport::wholeReport() {
-    Sandbox sandbox;
-    const QString file = sandbox.dir.filePath(QStringLiteral("Jörg's Mac Pro.txt"));
-    const QString other = sandbox.dir.filePath(QStringLiteral("other.txt"));
-    int ends = 0;
-    const auto firstEnd = SystemReport::start(sandbox.sources(), file,
-                                              [&ends](const SystemReport::End &) { ++ends; });
-    const auto otherEnd = SystemReport::start(sandbox.sources(), other);
-    const SystemReport::End end = waitFor(firstEnd);
-    QCOMPARE(end.outcome, SystemReport::Outcome::Saved);
-    QCOMPARE(end.message, QStringLiteral("Saved."));
-    QVERIFY(end.written);
-    QCOMPARE(ends, 1);
-    const QByteArray expected = readAll(QStringLiteral(KK_FIXTURES "/report/expected-report.txt"));
-    QCOMPARE(readAll(file), expected);
-    QVERIFY(waitFor(otherEnd).written);
-    QCOMPARE(readAll(other), expected);
-    // Both halves of the rows ran, each on its own labelled thread.
-    QCOMPARE(sandbox.probes, 12);
-    QCOMPARE(sandbox.probeThreads, (QSet<QString>{"LKGCD1", "LKGCD2"}));
-}
+// The whole report, written by its concurrent jobs from real runs of stand-in tools
+// on a sandbox root, compared byte for byte with the expected file.
+class TestSystemReport : public QObject {
+    Q_OBJECT
+private slots:
+    // Two reports at once, so that one report's state cannot leak into the other's file.
+    void wholeReport() {
+        Sandbox sandbox;
+        const QString file = sandbox.dir.filePath(QStringLiteral("Jörg's Mac Pro.txt"));
+        const QString other = sandbox.dir.filePath(QStringLiteral("other.txt"));
+        int ends = 0;
+        const auto firstEnd = SystemReport::start(sandbox.sources(), file,
+                                                  [&ends](const SystemReport::End &) { ++ends; });
+        const auto otherEnd = SystemReport::start(sandbox.sources(), other);
+        const SystemReport::End end = waitFor(firstEnd);
+        QCOMPARE(end.outcome, SystemReport::Outcome::Saved);
+        QCOMPARE(end.message, QStringLiteral("Saved."));
+        QVERIFY(end.written);
+        QCOMPARE(ends, 1);
+        const QByteArray expected =
+            readAll(QStringLiteral(KK_FIXTURES "/report/expected-report.txt"));
+        QCOMPARE(readAll(file), expected);
+        QVERIFY(waitFor(otherEnd).written);
+        QCOMPARE(readAll(other), expected);
+        // Both halves of the rows ran, each on its own labelled thread.
+        QCOMPARE(sandbox.probes, 12);
+        QCOMPARE(sandbox.probeThreads, (QSet<QString>{"LKGCD1", "LKGCD2"}));
+    }
 
-void TestSystemReport::unwritableFile() {
-    Sandbox sandbox;
-    const QString file = sandbox.dir.filePath(QStringLiteral("missing folder/report.txt"));
-    const SystemReport::End end = waitFor(SystemReport::start(sandbox.sources(), file));
-    // The window says "Saved." whatever happened; the command line reads `written`.
-    QCOMPARE(end.message, QStringLiteral("Saved."));
-    QVERIFY(!end.written);
-}
+    void unwritableFile() {
+        Sandbox sandbox;
+        const QString file = sandbox.dir.filePath(QStringLiteral("missing folder/report.txt"));
+        const SystemReport::End end = waitFor(SystemReport::start(sandbox.sources(), file));
+        // The window says "Saved." whatever happened; the command line reads `written`.
+        QCOMPARE(end.message, QStringLiteral("Saved."));
+        QVERIFY(!end.written);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestSystemReport)
 #include "tst_systemreport.moc"
