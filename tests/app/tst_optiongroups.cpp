@@ -37,9 +37,7 @@ void TestOptionGroups::clicks_data() {
         const char *what, *clicks, *states;
     } rows[] = {
         {"first on -> mixed", "1", "on off mixed"},
-        {"second on -> mixed", "2", "off on mixed"},
-        {"both on -> on", "21", "on on on"},
-        {"second completes -> on", "12", "on on on"},
+        {"both on -> on", "12", "on on on"},
         {"first off again -> mixed", "121", "off on mixed"},
         {"both off -> off", "11", "off off off"},
         {"off parent turns both on", "P", "on on on"},

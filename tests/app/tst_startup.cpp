@@ -22,15 +22,11 @@ namespace {
 QByteArray appcast(const QStringList &versions) {
     QByteArray items;
     for (const QString &version : versions)
-        items += QStringLiteral("<item><title>KextKeeper %1</title><enclosure "
-                                "url=\"https://downloads.example/kk-%1.zip\" "
-                                "sparkle:shortVersionString=\"%1\" length=\"1\" "
-                                "type=\"application/octet-stream\"/></item>")
+        items += QStringLiteral("<item><enclosure url=\"https://downloads.example/kk-%1.zip\" "
+                                "sparkle:shortVersionString=\"%1\"/></item>")
                      .arg(version)
                      .toUtf8();
-    return "<?xml version=\"1.0\"?><rss version=\"2.0\" "
-           "xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel>" +
-           items + "</channel></rss>";
+    return "<rss xmlns:sparkle=\"s\"><channel>" + items + "</channel></rss>";
 }
 
 QStringList items(const QComboBox *box) {
@@ -281,7 +277,6 @@ void TestStartup::dropDeliversLocalFilesOnly() {
         QVERIFY(event.isAccepted());
     }
     QCOMPARE(spy, QList<QVariantList>{{files}});
-    QCOMPARE(f.window->dropTarget()->filenames(), files);
 }
 
 QTEST_MAIN(TestStartup)

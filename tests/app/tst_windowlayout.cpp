@@ -6,7 +6,7 @@
 #include <QTabWidget>
 #include <QTest>
 
-// The window's layout at its start size and a larger one: every page's texts fit.
+// The window's layout: every page's texts fit.
 class TestWindowLayout : public QObject {
     Q_OBJECT
 private slots:
@@ -16,17 +16,14 @@ private slots:
 
 void TestWindowLayout::textsFit_data() {
     QTest::addColumn<int>("page");
-    QTest::addColumn<QSize>("size");
-    const char *names[] = {"maintenance", "installation", "unpacking", "checking", "loaded"};
-    for (int page = 0; page < 5; ++page) {
-        QTest::addRow("%s at 800x600", names[page]) << page << QSize(800, 600);
-        QTest::addRow("%s at 1100x800", names[page]) << page << QSize(1100, 800);
-    }
+    int page = 0;
+    for (const char *name : {"maintenance", "installation", "unpacking", "checking", "loaded"})
+        QTest::newRow(name) << page++;
 }
 
 void TestWindowLayout::textsFit() {
     QFETCH(int, page);
-    QFETCH(QSize, size);
+    const QSize size(800, 600); // the start size; a larger window only gives more room
 
     WindowFixture f;
     f.makeVolume(QStringLiteral("Macintosh HD"), {"Extra/Extensions", "System/Library/Extensions"});
