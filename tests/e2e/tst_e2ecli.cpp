@@ -35,7 +35,7 @@ private slots:
         QCOMPARE(run.status, 0);
         QVERIFY(run.out.endsWith(QLatin1String("Selected tasks were finished.\n")));
         QCOMPARE(m_mac->sandbox.logLines(), m_mac->maintenanceCommands(prelink));
-        QVERIFY(QFileInfo(m_mac->r(QStringLiteral("Extra/Extensions.mkext"))).size() > 0);
+        QVERIFY(QFileInfo(m_mac->r("Extra/Extensions.mkext")).size() > 0);
     }
 
     void installTwoKextsWithBackup() {
@@ -94,20 +94,19 @@ private slots:
         const CliRun run = kextkeeper({"unload", kext});
         QCOMPARE(run.status, error.isEmpty() ? 0 : 1);
         QVERIFY2(run.err.contains(error), qPrintable(run.err));
-        QCOMPARE(m_mac->sandbox.logLines(),
-                 QStringList{m_mac->tool(QStringLiteral("/sbin/kextunload"), {kext})});
+        QCOMPARE(m_mac->sandbox.logLines(), QStringList{m_mac->tool("/sbin/kextunload", {kext})});
         const CliRun listed = kextkeeper({"loaded"});
         QCOMPARE(listed.out.contains(QLatin1String("org.example.driver.AudioPatch (1.2)")),
                  !bundle.contains(QLatin1String("AudioPatch")));
     }
 
     void savedReport() {
-        const QString root = E2eSandbox::reportRoot(QStringLiteral("cli"));
+        const QString root = E2eSandbox::reportRoot("cli");
         start(root);
-        const QString file = m_mac->desktop() + QStringLiteral("/Sandbox Mac.txt");
+        const QString file = m_mac->desktop() + "/Sandbox Mac.txt";
         const CliRun run = kextkeeper({"report", file});
         QVERIFY2(run.status == 0, qPrintable(run.err));
-        QCOMPARE(run.out, QStringLiteral("Saved.\n"));
+        QCOMPARE(run.out, "Saved.\n");
         QFile saved(file);
         QVERIFY(saved.open(QIODevice::ReadOnly));
         QCOMPARE(QString::fromUtf8(saved.readAll()), E2eSandbox::expectedReport(root));
