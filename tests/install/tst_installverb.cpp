@@ -1,9 +1,7 @@
 #include "CliRun.h"
 #include "TestScripts.h"
-#include "exec/Command.h"
 #include "volumes/SystemPaths.h"
 
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -12,9 +10,8 @@ class TestInstallVerb : public QObject {
     Q_OBJECT
 private slots:
     void init();
-    void dryRunPrintsStepsAndCommands();
-    void statuses_data();
-    void statuses();
+    void runs_data();
+    void runs();
 
 private:
     CliRun run(const QStringList &args) {
@@ -48,42 +45,34 @@ void TestInstallVerb::init() {
                 "cat '" KK_FIXTURES "/diskutil/info-startup.txt'\n");
 }
 
-void TestInstallVerb::dryRunPrintsStepsAndCommands() {
-    QDir().mkpath(volume(QStringLiteral("Extra/Extensions/Drïver's B.kext")));
-    const QString a = bundle(QStringLiteral("A.kext"));
-    const QString b = bundle(QStringLiteral("Drïver's B.kext"));
-    const QString ext = volume(QStringLiteral("Extra/Extensions"));
-    const auto line = [&](const char *path, const QStringList &args) {
-        return Command{m_paths->system(QLatin1String(path)), args, true}.toShellLine();
-    };
-    // A bundle given with a trailing slash is named and copied without it.
-    const CliRun result =
-        run({"--volume", "Macintosh HD", "--to", "extra", "--backup", a, b + '/'});
-    QCOMPARE(result.err, QString());
-    QCOMPARE(result.status, 0);
-    QCOMPARE(
-        result.out.split('\n'),
-        (QStringList{"[1/2] A.kext", line("/bin/cp", {"-R", a, ext}), "[2/2] Drïver's B.kext",
-                     line("/bin/rm", {"-Rf", ext + "/Drïver's B.kext"}),
-                     line("/bin/cp", {"-R", b, ext}), line("/usr/sbin/chown", {"-R", "0:0", ext}),
-                     line("/bin/chmod", {"-R", "755", ext}), "Selected tasks were finished.", ""}));
-    // A dry run changes nothing: no backup.
-    QVERIFY(!QFileInfo::exists(m_paths->desktop() + QStringLiteral("/Kext Backups")));
-}
-
-void TestInstallVerb::statuses_data() {
+void TestInstallVerb::runs_data() {
     QTest::addColumn<QStringList>("folders");
-    QTest::addColumn<QStringList>("args"); // "B": a bundle
+    QTest::addColumn<QStringList>("args"); // "A" and "B/": bundles, B with a trailing slash
     QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("expected"); // part of the error, or of the output if it worked
+    // Part of the error, or of the output if it worked: "%R" is the system root, "%V" the
+    // volume's root and "%S" the bundles' folder, each inside single quotes.
+    QTest::addColumn<QString>("expected");
     const QStringList hd{"--volume", "Macintosh HD"};
     const QStringList none;
+    // The bundle given with a trailing slash is named and copied without it; the command
+    // lists are the plan's own.
+    QTest::newRow("each bundle's step before its commands")
+        << QStringList{"Extra/Extensions/Drïver's B.kext"}
+        << hd + QStringList{"--to", "extra", "--backup", "A", "B/"} << 0
+        << "[1/2] A.kext\n"
+           "%R/bin/cp -R '%SA.kext' '%VExtra/Extensions'\n"
+           "[2/2] Drïver's B.kext\n"
+           "%R/bin/rm -Rf '%VExtra/Extensions/Drïver'\\''s B.kext'\n"
+           "%R/bin/cp -R '%SDrïver'\\''s B.kext' '%VExtra/Extensions'\n"
+           "%R/usr/sbin/chown -R 0:0 '%VExtra/Extensions'\n"
+           "%R/bin/chmod -R 755 '%VExtra/Extensions'\n"
+           "Selected tasks were finished.\n";
     QTest::newRow("unknown destination")
-        << none << hd + QStringList{"--to", "usb", "B"} << 2 << "--to";
+        << none << hd + QStringList{"--to", "usb", "A"} << 2 << "--to";
     QTest::newRow("extra without volume")
-        << none << QStringList{"--to", "extra", "B"} << 2 << "--volume";
+        << none << QStringList{"--to", "extra", "A"} << 2 << "--volume";
     QTest::newRow("unknown version")
-        << none << hd + QStringList{"--to", "extra", "--extra-version", "10.8", "B"} << 2
+        << none << hd + QStringList{"--to", "extra", "--extra-version", "10.8", "A"} << 2
         << "--extra-version";
     QTest::newRow("not a bundle") << none << hd + QStringList{"--to", "sle", "/etc/hosts"} << 2
                                   << "/etc/hosts";
@@ -93,28 +82,37 @@ void TestInstallVerb::statuses_data() {
                                 << hd + QStringList{"--to", "sle"} << 1
                                 << "No selected kexts to install.";
     QTest::newRow("both Extra folders") << QStringList{"Extra/Extensions", "Extra/KextStore"}
-                                        << hd + QStringList{"--to", "extra", "B"} << 1
+                                        << hd + QStringList{"--to", "extra", "A"} << 1
                                         << "Both Extra/Extensions and Extra/KextStore found.";
     QTest::newRow("desktop needs no volume")
-        << none << QStringList{"--to", "desktop", "B"} << 0 << "/.mkext_pack";
+        << none << QStringList{"--to", "desktop", "A"} << 0 << "/.mkext_pack";
     // diskutil says "Macintosh HD" is the started system, and the settings ask for prelinking.
     QTest::newRow("sle on the started system with prelink")
-        << QStringList{"System/Library/Extensions"} << hd + QStringList{"--to", "sle", "B"} << 0
+        << QStringList{"System/Library/Extensions"} << hd + QStringList{"--to", "sle", "A"} << 0
         << "kextcache -system-prelinked-kernel";
 }
 
-void TestInstallVerb::statuses() {
+void TestInstallVerb::runs() {
     QFETCH(QStringList, folders);
     QFETCH(QStringList, args);
     QFETCH(int, status);
     QFETCH(QString, expected);
     for (const QString &folder : folders)
         QDir().mkpath(volume(folder));
-    args.replaceInStrings(QRegularExpression(QStringLiteral("^B$")), bundle("A.kext"));
+    const QString kexts = QFileInfo(bundle("A.kext")).path() + '/';
+    bundle("Drïver's B.kext");
+    for (QString &arg : args)
+        arg = arg == "A" ? kexts + "A.kext" : arg == "B/" ? kexts + "Drïver's B.kext/" : arg;
+    const auto quoted = [](QString path) { return path.replace("'", "'\\''"); };
+    expected.replace("%R", m_paths->root())
+        .replace("%V", quoted(volume({})))
+        .replace("%S", quoted(kexts));
     const CliRun result = run(args);
     QCOMPARE(result.status, status);
     const QString &shown = status == 0 ? result.out : result.err;
     QVERIFY2(shown.contains(expected), qPrintable(result.out + result.err));
+    // A dry run changes nothing: no backup either.
+    QVERIFY(!QFileInfo::exists(m_paths->desktop() + QStringLiteral("/Kext Backups")));
 }
 
 QTEST_GUILESS_MAIN(TestInstallVerb)
