@@ -171,8 +171,8 @@ void TestInstallController::runDisablesPageAndFinishes() {
     QCOMPARE(executor->commands().size(), 2 * entries + 4);
 }
 
-// Which folder errors re-evaluate the page is the plan's; here the alert and the
-// re-evaluation must reach the window.
+// What the page does around an error is the plan's, shown through the same view calls
+// as a finished run; here the error must reach the window as an alert.
 void TestInstallController::folderErrorEndsTheRun() {
     addVolume(QStringLiteral("HD"), {"Extra/Extensions", "Extra/KextStore"});
     controller->instkexts().append({makeBundle(QStringLiteral("A.kext"))});
@@ -182,10 +182,6 @@ void TestInstallController::folderErrorEndsTheRun() {
     QTRY_COMPARE(sheets.texts,
                  QStringList{"error: Both Extra/Extensions and Extra/KextStore found."});
     QVERIFY(executor->commands().isEmpty());
-    QVERIFY(!f->delegate->workingInst);
-    QVERIFY(f->find<QWidget>("bInstButton")->isEnabled());
-    // Re-evaluated: the selectors form rp again, without the slash.
-    QCOMPARE(f->delegate->rp, f->paths.volumeRoot(QStringLiteral("HD")));
 }
 
 QTEST_MAIN(TestInstallController)
