@@ -70,8 +70,8 @@ private slots:
 
     // Every probe sets all four boxes from the new kext and empties the dependency pane: from
     // all four marked, the two kexts between them turn every box over; a cancelled panel
-    // leaves the last kext's path, marks and listing.
-    void probeSetsAllFourBoxes() {
+    // leaves the last kext's path, marks and listing. Asked for, the dependencies follow.
+    void probe() {
         using W = MachOWriter;
         const QString fat =
             makeKext("It's Ünique", W::fat({W::kextSlice(W::X86_64), W::kextSlice(W::I386)}));
@@ -82,33 +82,28 @@ private slots:
             w<QPlainTextEdit>("kdep")->setPlainText("earlier listing");
             m_check->setOpenPanel([panelCode, kext](auto done) { done(panelCode, kext); });
             w<QPushButton>("bCheckSel")->click();
-            QVERIFY(w<QProgressBar>("circleChck")->isHidden());
         };
         choose(1, fat);
         QCOMPARE(w<QLineEdit>("kPath")->text(), fat);
         QCOMPARE(archBoxes(), (QList<bool>{true, true, false, false}));
         QCOMPARE(w<QPlainTextEdit>("kdep")->toPlainText(), QString());
+        QVERIFY(w<QProgressBar>("circleChck")->isHidden());
         choose(1, ppc);
         QCOMPARE(archBoxes(), (QList<bool>{false, false, true, false}));
         choose(0, fat);
         QCOMPARE(w<QLineEdit>("kPath")->text(), ppc);
         QCOMPARE(archBoxes(), (QList<bool>{false, false, true, false}));
         QCOMPARE(w<QPlainTextEdit>("kdep")->toPlainText(), QStringLiteral("earlier listing"));
-        QCOMPARE(toolCalls(), QString()); // dependencies were not asked for
-    }
+        QCOMPARE(toolCalls(), QString());
 
-    void dependenciesFollowTheProbeWhenAsked() {
-        const QString kext =
-            makeKext("Deps", MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::X86_64)));
         w<QCheckBox>("cbcheckdep")->setChecked(true);
         QSignalSpy shown(m_check, &CheckController::dependenciesShown);
-        m_check->setOpenPanel([kext](auto done) { done(1, kext); });
-        w<QPushButton>("bCheckSel")->click();
+        choose(1, fat);
         QVERIFY(shown.wait(10000));
         QCOMPARE(
             w<QPlainTextEdit>("kdep")->toPlainText(),
             QStringLiteral("    com.apple.kpi.bsd = 10.8.0\n    com.apple.kpi.libkern = 10.8.0\n"));
-        QCOMPARE(toolCalls(), "kextlibs " + kext + "\n");
+        QCOMPARE(toolCalls(), "kextlibs " + fat + "\n");
         QVERIFY(w<QPushButton>("bCheckDep")->isEnabled());
         QVERIFY(w<QPushButton>("bCheckSel")->isEnabled());
         QVERIFY(w<QProgressBar>("circleChck")->isHidden());
