@@ -88,17 +88,12 @@ void TestVolumes::extraPresence() {
     QCOMPARE(KextFolderLayout::slePresent(rp), sle);
 }
 
-// Which of 10.4 .. 10.7 have a folder in Extra, nested or look-alike names not counted;
-// the Extra folder a task works in is the chosen version's.
+// Which of 10.4 .. 10.7 have a folder in Extra, nested or look-alike names not counted.
 void TestVolumes::versionFolders() {
     QTemporaryDir dir;
     makeFolders(dir.path(),
                 {"Extra/10.5", "Extra/10.7/KextStore", "Extra/10.6.8", "Extra/10.5/10.4"});
     QCOMPARE(KextFolderLayout::versionFolders(dir.path()), (QList<bool>{false, true, false, true}));
-    QCOMPARE(KextFolderLayout::extraBase(QStringLiteral("/V/HD"), QString()),
-             QStringLiteral("/V/HD/Extra"));
-    QCOMPARE(KextFolderLayout::extraBase(QStringLiteral("/V/HD"), QStringLiteral("10.6")),
-             QStringLiteral("/V/HD/Extra/10.6"));
 }
 
 void TestVolumes::diskInfo_data() {
