@@ -1,3 +1,4 @@
+#include "CliRun.h"
 #include "MkextTestKexts.h"
 #include "mkext/KextCollector.h"
 #include "mkext/Lzss.h"
@@ -432,6 +433,36 @@ private slots:
         const QString nowhere = path("no folder");
         QCOMPARE(MkextBuiltinTool::unpack("x86_64", nowhere, m_builtPath).err,
                  "Directory " + nowhere + " doesn't exist.\n");
+    }
+
+    // The verb's own layer on the real binary: its exit statuses and usage errors. What it
+    // prints for a good archive runs end to end, through the sandbox's mkextunpack.
+    void verbStatusAndErrors_data() {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("err"); // the start of standard error
+        QTest::newRow("list of a missing file")
+            << QStringList{"mkext", "list", "/nonexistent/none.mkext"} << 1
+            << "Can't open file /nonexistent/none.mkext.\n";
+        const QString usage = "kextkeeper mkext: ";
+        QTest::newRow("no action") << QStringList{"mkext"} << 2 << usage;
+        QTest::newRow("unknown action") << QStringList{"mkext", "pack", "x"} << 2 << usage;
+        QTest::newRow("list without file") << QStringList{"mkext", "list"} << 2 << usage;
+        QTest::newRow("unpack with two files")
+            << QStringList{"mkext", "unpack", "a", "b"} << 2 << usage;
+        QTest::newRow("build without folder")
+            << QStringList{"mkext", "build", "out.mkext"} << 2 << usage;
+        QTest::newRow("arch without value")
+            << QStringList{"mkext", "build", "o", "f", "--arch"} << 2 << usage;
+    }
+    void verbStatusAndErrors() {
+        QFETCH(QStringList, args);
+        QFETCH(int, status);
+        QFETCH(QString, err);
+        const CliRun run = runKextKeeper(m_dir.path(), m_dir.path(), args);
+        QVERIFY2(run.err.startsWith(err), qPrintable(run.err));
+        QCOMPARE(run.out, QString());
+        QCOMPARE(run.status, status);
     }
 };
 
