@@ -10,10 +10,8 @@ using Outcome = ExtraFolderOperations::Outcome;
 class TestExtraFolderOperations : public QObject {
     Q_OBJECT
 private slots:
-    void commands_data();
-    void commands();
-    void nothingRuns_data();
-    void nothingRuns();
+    void outcomes_data();
+    void outcomes();
     void answerUsesTheVolumeChosenNow();
 };
 
@@ -68,10 +66,14 @@ Outcome start(ExtraFolderOperations &ops, const QString &command) {
 
 } // namespace
 
-void TestExtraFolderOperations::commands_data() {
+Q_DECLARE_METATYPE(Outcome)
+
+void TestExtraFolderOperations::outcomes_data() {
     QTest::addColumn<QString>("command");
     QTest::addColumn<QStringList>("folders");
-    QTest::addColumn<QString>("question"); // empty: it runs without asking
+    // Done: answered Yes if asked; Declined: answered No; Refused: no password given.
+    QTest::addColumn<Outcome>("outcome");
+    QTest::addColumn<QString>("error");
     QTest::addColumn<QStringList>("expected");
 
     const QString rmMkext = "/bin/rm|-R|R/Extra/Extensions.mkext";
@@ -79,29 +81,50 @@ void TestExtraFolderOperations::commands_data() {
     const QString mvCreate = "/bin/mv|R/Extra/Extensions|R/Extra/KextStore";
     const QString build =
         "/usr/sbin/kextcache|-v|1|-a|i386|-a|x86_64|-m|R/Extra/Extensions.mkext|R/Extra/KextStore";
+    const QStringList all{"Extra/Extensions", "Extra/KextStore", "Extra/Extensions.mkext"};
+    const QStringList none;
 
     QTest::newRow("bring back with an mkext")
-        << "bring back" << QStringList{"Extra/KextStore", "Extra/Extensions.mkext"}
-        << bringBackQuestion << QStringList{rmMkext, mvBack};
+        << "bring back" << QStringList{"Extra/KextStore", "Extra/Extensions.mkext"} << Outcome::Done
+        << "" << QStringList{rmMkext, mvBack};
     QTest::newRow("bring back without an mkext") << "bring back" << QStringList{"Extra/KextStore"}
-                                                 << bringBackQuestion << QStringList{mvBack};
+                                                 << Outcome::Done << "" << QStringList{mvBack};
     // mv does not look whether the target is there already: that is what the user asked.
     QTest::newRow("create") << "create" << QStringList{"Extra/Extensions", "Extra/KextStore"}
-                            << createQuestion << QStringList{mvCreate, build};
+                            << Outcome::Done << "" << QStringList{mvCreate, build};
     // An Extra folder without kexts is still hidden or shown.
-    QTest::newRow("hide") << "hide" << QStringList{"Extra"} << ""
+    QTest::newRow("hide") << "hide" << QStringList{"Extra"} << Outcome::Done << ""
                           << QStringList{"/usr/bin/chflags|hidden|R/Extra"};
-    QTest::newRow("show") << "show" << QStringList{"Extra"} << ""
+    QTest::newRow("show") << "show" << QStringList{"Extra"} << Outcome::Done << ""
                           << QStringList{"/usr/bin/chflags|nohidden|R/Extra"};
+    // Only Yes runs anything (the window's rows answer create with No and Escape).
+    QTest::newRow("bring back, No") << "bring back" << all << Outcome::Declined << "" << none;
+    // A missing folder is told before any question or password.
+    QTest::newRow("bring back without KextStore")
+        << "bring back" << QStringList{"Extra/Extensions", "Extra/10.6/KextStore"}
+        << Outcome::Missing << "No Extra/KextStore found." << none;
+    QTest::newRow("create without Extensions")
+        << "create" << QStringList{"Extra/KextStore", "Extra/10.6/Extensions"} << Outcome::Missing
+        << "No Extra/Extensions found." << none;
+    QTest::newRow("hide without Extra")
+        << "hide" << QStringList{"System/Library"} << Outcome::Missing
+        << "No Extra folder on selected disk." << none;
+    // A refused password ends it silently.
+    QTest::newRow("bring back, refused") << "bring back" << all << Outcome::Refused << "" << none;
+    QTest::newRow("show, refused") << "show" << all << Outcome::Refused << "" << none;
 }
 
-void TestExtraFolderOperations::commands() {
+void TestExtraFolderOperations::outcomes() {
     QFETCH(QString, command);
     QFETCH(QStringList, folders);
-    QFETCH(QString, question);
+    QFETCH(Outcome, outcome);
+    QFETCH(QString, error);
     QFETCH(QStringList, expected);
-    Menu m(folders);
-    const bool asks = !question.isEmpty();
+    Menu m(folders, outcome != Outcome::Refused);
+    const QString question = command == "bring back" ? bringBackQuestion
+                             : command == "create"   ? createQuestion
+                                                     : QString();
+    const bool asks = !question.isEmpty() && outcome != Outcome::Missing;
 
     const Outcome first = start(m.ops, command);
     QCOMPARE(m.view.questions, asks ? QStringList{question} : QStringList{});
@@ -110,70 +133,20 @@ void TestExtraFolderOperations::commands() {
         // Nothing happens while the question is open.
         QCOMPARE(m.executor.authorizeCalls, 0);
         QVERIFY(m.executor.commands.isEmpty());
-        m.view.pendingAnswer(ExtraFolderView::yesCode);
+        m.view.pendingAnswer(outcome == Outcome::Declined ? ExtraFolderView::noCode
+                                                          : ExtraFolderView::yesCode);
     }
-    QCOMPARE(asks ? m.ops.lastAnswer() : first, Outcome::Done);
-    QCOMPARE(m.executor.authorizeCalls, 1);
+    QCOMPARE(asks ? m.ops.lastAnswer() : first, outcome);
+    const bool passwordAsked = outcome == Outcome::Done || outcome == Outcome::Refused;
+    QCOMPARE(m.executor.authorizeCalls, passwordAsked ? 1 : 0);
     QCOMPARE(m.executor.commands, m.box.commands(expected));
-    QVERIFY(m.view.errors.isEmpty());
+    QCOMPARE(m.view.errors, error.isEmpty() ? QStringList{} : QStringList{error});
     // Only a conversion changes what the option boxes depend on; its root is chosen
     // again once answered.
-    QCOMPARE(m.view.reevaluations, asks ? 1 : 0);
-    QCOMPARE(m.view.roots, QStringList(asks ? 2 : 1, m.box.rootPath()));
-}
-
-Q_DECLARE_METATYPE(Outcome)
-
-void TestExtraFolderOperations::nothingRuns_data() {
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QStringList>("folders");
-    QTest::addColumn<bool>("grant");
-    QTest::addColumn<int>("answer"); // -1: no question is asked
-    QTest::addColumn<Outcome>("outcome");
-    QTest::addColumn<QString>("error");
-
-    const QStringList all{"Extra/Extensions", "Extra/KextStore", "Extra/Extensions.mkext"};
-    const int yes = ExtraFolderView::yesCode;
-    // Only Yes runs anything (the window's rows answer create with No and Escape).
-    QTest::newRow("bring back, No")
-        << "bring back" << all << true << ExtraFolderView::noCode << Outcome::Declined << "";
-    // A missing folder is told before any question or password.
-    QTest::newRow("bring back without KextStore")
-        << "bring back" << QStringList{"Extra/Extensions", "Extra/10.6/KextStore"} << true << -1
-        << Outcome::Missing << "No Extra/KextStore found.";
-    QTest::newRow("create without Extensions")
-        << "create" << QStringList{"Extra/KextStore", "Extra/10.6/Extensions"} << true << -1
-        << Outcome::Missing << "No Extra/Extensions found.";
-    QTest::newRow("hide without Extra") << "hide" << QStringList{"System/Library"} << true << -1
-                                        << Outcome::Missing << "No Extra folder on selected disk.";
-    // A refused password ends it silently.
-    QTest::newRow("bring back, refused")
-        << "bring back" << all << false << yes << Outcome::Refused << "";
-    QTest::newRow("show, refused") << "show" << all << false << -1 << Outcome::Refused << "";
-}
-
-void TestExtraFolderOperations::nothingRuns() {
-    QFETCH(QString, command);
-    QFETCH(QStringList, folders);
-    QFETCH(bool, grant);
-    QFETCH(int, answer);
-    QFETCH(Outcome, outcome);
-    QFETCH(QString, error);
-    Menu m(folders, grant);
-
-    const Outcome first = start(m.ops, command);
-    QCOMPARE(m.view.questions.size(), answer < 0 ? 0 : 1);
-    if (answer >= 0) {
-        QCOMPARE(first, Outcome::Asking);
-        m.view.pendingAnswer(answer);
-        QCOMPARE(m.ops.lastAnswer(), outcome);
-    } else {
-        QCOMPARE(first, outcome);
-    }
-    QCOMPARE(m.executor.authorizeCalls, outcome == Outcome::Refused ? 1 : 0);
-    QVERIFY(m.executor.commands.isEmpty());
-    QCOMPARE(m.view.errors, error.isEmpty() ? QStringList{} : QStringList{error});
-    QCOMPARE(m.view.reevaluations, 0);
+    const bool converted = asks && outcome == Outcome::Done;
+    QCOMPARE(m.view.reevaluations, converted ? 1 : 0);
+    if (outcome == Outcome::Done)
+        QCOMPARE(m.view.roots, QStringList(converted ? 2 : 1, m.box.rootPath()));
 }
 
 void TestExtraFolderOperations::answerUsesTheVolumeChosenNow() {
