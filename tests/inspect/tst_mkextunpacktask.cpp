@@ -45,8 +45,6 @@ private slots:
             QTest::newRow(arch) << text + '\n' << text;
         }
         // Only the tool's exact line is translated; anything else is its own wording.
-        QTest::newRow("without line feed") << "Architecture ppc not found in mkext."
-                                           << "Architecture ppc not found in mkext.";
         QTest::newRow("two line feeds") << "Architecture ppc not found in mkext.\n\n"
                                         << "Architecture ppc not found in mkext.\n\n";
         QTest::newRow("other architecture") << "Architecture arm not found in mkext.\n"
