@@ -6,11 +6,17 @@
 #include <QRadioButton>
 #include <QTest>
 
-// The volume selectors on real folder trees: which options and destinations a volume
-// allows, the version menu, and the two popups following each other.
-class TestVolumeSelectors : public QObject {
+// The options of the maintenance and installation pages: the two three-state option
+// groups driven by real clicks, and on real folder trees which options and destinations a
+// volume allows, the version menu, and the two popups following each other.
+class TestPageOptions : public QObject {
     Q_OBJECT
 private slots:
+    void clicks_data();
+    void clicks();
+    void parentClearedWhileMixed();
+    void disabledChildStep_data();
+    void disabledChildStep();
     void tables_data();
     void tables();
     void popupsFollowEachOther();
@@ -21,6 +27,16 @@ private slots:
 };
 
 namespace {
+struct Group {
+    QCheckBox *parent, *first, *second;
+};
+
+Group group(const WindowFixture &f, const QString &name) {
+    if (name == QLatin1String("Extra"))
+        return {f.find<QCheckBox>("cbExtra"), f.find<QCheckBox>("cbERP"),
+                f.find<QCheckBox>("cbERM")};
+    return {f.find<QCheckBox>("cbSLE"), f.find<QCheckBox>("cbSLERP"), f.find<QCheckBox>("cbSLERC")};
+}
 void addVolumes(WindowFixture &f, const QStringList &titles) {
     f.find<QComboBox>("DiskSelMain")->addItems(titles);
     f.find<QComboBox>("DiskSelInst")->addItems(titles);
@@ -43,7 +59,97 @@ QList<bool> versionItemsVisible(const WindowFixture &f) {
 }
 } // namespace
 
-void TestVolumeSelectors::tables_data() {
+void TestPageOptions::clicks_data() {
+    QTest::addColumn<QString>("groupName");
+    QTest::addColumn<QString>("clicks"); // from all off: 1 and 2 the children, P the parent
+    QTest::addColumn<QString>("states"); // first, second, parent
+
+    const struct {
+        const char *what, *clicks, *states;
+    } rows[] = {
+        {"first on -> mixed", "1", "on off mixed"},
+        {"both on -> on", "12", "on on on"},
+        {"first off again -> mixed", "121", "off on mixed"},
+        {"both off -> off", "11", "off off off"},
+        {"off parent turns both on", "P", "on on on"},
+        {"on parent turns both off", "12P", "off off off"},
+        {"mixed parent turns both on", "1P", "on on on"},
+        // Once the mixed state is no longer allowed, the next click goes to off, not mixed.
+        {"mixed parent clicked twice", "2PP", "off off off"},
+    };
+    for (const char *name : {"Extra", "SLE"}) {
+        for (const auto &row : rows)
+            QTest::addRow("%s: %s", name, row.what)
+                << QString::fromLatin1(name) << QString::fromLatin1(row.clicks)
+                << QString::fromLatin1(row.states);
+    }
+}
+
+void TestPageOptions::clicks() {
+    QFETCH(QString, groupName);
+    QFETCH(QString, clicks);
+    QFETCH(QString, states);
+
+    WindowFixture f;
+    const Group g = group(f, groupName);
+    for (const QChar click : clicks)
+        (click == '1' ? g.first : click == '2' ? g.second : g.parent)->click();
+
+    auto name = [](const QCheckBox *box) {
+        const Qt::CheckState state = box->checkState();
+        return QLatin1String(state == Qt::Checked     ? "on"
+                             : state == Qt::Unchecked ? "off"
+                                                      : "mixed");
+    };
+    QCOMPARE(QStringList({name(g.first), name(g.second), name(g.parent)}).join(' '), states);
+    QCOMPARE(g.parent->isTristate(), g.parent->checkState() == Qt::PartiallyChecked);
+}
+
+// A volume without Extra clears the boxes of a mixed group; once the volume is usable
+// again, the parent's click turns the whole group on.
+void TestPageOptions::parentClearedWhileMixed() {
+    WindowFixture f;
+    const Group g = group(f, QStringLiteral("Extra"));
+    g.first->click();
+    f.makeVolume(QStringLiteral("Bare"), {"System/Library/Extensions"});
+    f.makeVolume(QStringLiteral("Boot"), {"Extra/Extensions"});
+    auto *volumes = f.find<QComboBox>("DiskSelMain");
+    volumes->addItems({QStringLiteral("Bare"), QStringLiteral("Boot")});
+    f.delegate->DiskSelectorMaintenance(volumes);
+    QCOMPARE(g.parent->checkState(), Qt::Unchecked);
+    volumes->setCurrentIndex(1);
+    f.delegate->DiskSelectorMaintenance(volumes);
+
+    g.parent->click();
+    for (const QCheckBox *box : {g.first, g.second, g.parent})
+        QCOMPARE(box->checkState(), Qt::Checked);
+}
+
+void TestPageOptions::disabledChildStep_data() {
+    QTest::addColumn<QString>("groupName");
+    QTest::addColumn<bool>("secondStaysOn");
+    // Extra clears the unavailable mkext rebuild; the parent still shows "on".
+    QTest::newRow("Extra clears a disabled rebuild") << QString("Extra") << false;
+    // S/L/E has no such step: the disabled cache rebuild stays on.
+    QTest::newRow("SLE keeps a disabled rebuild") << QString("SLE") << true;
+}
+
+void TestPageOptions::disabledChildStep() {
+    QFETCH(QString, groupName);
+    QFETCH(bool, secondStaysOn);
+
+    WindowFixture f;
+    const Group g = group(f, groupName);
+    g.second->setChecked(true);
+    g.second->setEnabled(false);
+    g.first->click();
+
+    QCOMPARE(g.second->checkState(), secondStaysOn ? Qt::Checked : Qt::Unchecked);
+    QCOMPARE(g.parent->checkState(), Qt::Checked);
+    QCOMPARE(g.first->checkState(), Qt::Checked);
+}
+
+void TestPageOptions::tables_data() {
     QTest::addColumn<QStringList>("folders");
     QTest::addColumn<bool>("sleUsable");
     QTest::addColumn<bool>("extraUsable");
@@ -57,7 +163,7 @@ void TestVolumeSelectors::tables_data() {
     QTest::newRow("neither") << QStringList{"Extra", "System/Library"} << false << false << "none";
 }
 
-void TestVolumeSelectors::tables() {
+void TestPageOptions::tables() {
     QFETCH(QStringList, folders);
     QFETCH(bool, sleUsable);
     QFETCH(bool, extraUsable);
@@ -88,7 +194,7 @@ void TestVolumeSelectors::tables() {
 
 // Each popup moves the other; a running maintenance keeps its popup disabled, while the
 // desktop destination's disabling ends with a choice on the maintenance page.
-void TestVolumeSelectors::popupsFollowEachOther() {
+void TestPageOptions::popupsFollowEachOther() {
     WindowFixture f;
     f.makeVolume(QStringLiteral("One"), {"System/Library/Extensions"});
     f.makeVolume(QStringLiteral("Two's disk"), {"Extra/Extensions"});
@@ -114,7 +220,7 @@ void TestVolumeSelectors::popupsFollowEachOther() {
 
 // The version menu shows the chosen volume's version folders, whichever popup chose it;
 // re-evaluating without a popup (after a task) leaves it alone.
-void TestVolumeSelectors::versionMenuFollowsChosenVolume() {
+void TestPageOptions::versionMenuFollowsChosenVolume() {
     WindowFixture f;
     f.makeVolume(QStringLiteral("HD"), {"Extra/10.5", "Extra/10.7/Extensions"});
     f.makeVolume(QStringLiteral("Plain"), {"Extra/Extensions"});
@@ -136,7 +242,7 @@ void TestVolumeSelectors::versionMenuFollowsChosenVolume() {
     QCOMPARE(versionItemsVisible(f), QList<bool>(5, false));
 }
 
-void TestVolumeSelectors::checkVer_data() {
+void TestPageOptions::checkVer_data() {
     QTest::addColumn<QString>("item");
     QTest::addColumn<QString>("extraVer");
     QTest::addColumn<bool>("extraUsable");
@@ -145,7 +251,7 @@ void TestVolumeSelectors::checkVer_data() {
     QTest::newRow("version independent") << QString("MI_VerIndpd") << QString() << true;
 }
 
-void TestVolumeSelectors::checkVer() {
+void TestPageOptions::checkVer() {
     QFETCH(QString, item);
     QFETCH(QString, extraVer);
     QFETCH(bool, extraUsable);
@@ -175,7 +281,7 @@ void TestVolumeSelectors::checkVer() {
 
 // Only the desktop destination disables the volume popup; clicking the chosen destination
 // again keeps it chosen.
-void TestVolumeSelectors::destinationActions() {
+void TestPageOptions::destinationActions() {
     WindowFixture f;
     f.makeVolume(QStringLiteral("HD"), {"Extra/Extensions", "System/Library/Extensions"});
     addVolumes(f, {QStringLiteral("HD")});
@@ -187,5 +293,5 @@ void TestVolumeSelectors::destinationActions() {
     }
 }
 
-QTEST_MAIN(TestVolumeSelectors)
-#include "tst_volumeselectors.moc"
+QTEST_MAIN(TestPageOptions)
+#include "tst_pageoptions.moc"

@@ -1,25 +1,31 @@
 #include "ToolbarCustomizeDialog.h"
 #include "WindowFixture.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
+#include <QTabWidget>
 #include <QTest>
 #include <QToolBar>
 
-// Page switching from the toolbar and the menu while the long tasks run.
-class TestPageSwitching : public QObject {
+// The pages: switching from the toolbar and the menu while the long tasks run, the
+// toolbar's customisation, and every page's texts fitting the window.
+class TestPages : public QObject {
     Q_OBJECT
 private slots:
     void guards_data();
     void guards();
     void customizeToolbarGuard();
     void customizeToolbarChangesItems();
+    void textsFit_data();
+    void textsFit();
 };
 
 enum Busy { Idle, MaintenanceRuns, InstallationRuns };
 
-void TestPageSwitching::guards_data() {
+void TestPages::guards_data() {
     QTest::addColumn<QString>("action");
     QTest::addColumn<int>("busy");
     QTest::addColumn<int>("expectedPage");
@@ -45,7 +51,7 @@ void TestPageSwitching::guards_data() {
     }
 }
 
-void TestPageSwitching::guards() {
+void TestPages::guards() {
     QFETCH(QString, action);
     QFETCH(int, busy);
     QFETCH(int, expectedPage);
@@ -66,7 +72,7 @@ void TestPageSwitching::guards() {
 }
 
 // Only a running maintenance keeps the toolbar's customisation dialog closed.
-void TestPageSwitching::customizeToolbarGuard() {
+void TestPages::customizeToolbarGuard() {
     for (const Busy busy : {Idle, MaintenanceRuns, InstallationRuns}) {
         WindowFixture f;
         f.delegate->workingMain = busy == MaintenanceRuns;
@@ -77,7 +83,7 @@ void TestPageSwitching::customizeToolbarGuard() {
     }
 }
 
-void TestPageSwitching::customizeToolbarChangesItems() {
+void TestPages::customizeToolbarChangesItems() {
     WindowFixture f;
     f.delegate->TBCust();
     auto *dialog = f.window->findChild<ToolbarCustomizeDialog *>();
@@ -95,5 +101,37 @@ void TestPageSwitching::customizeToolbarChangesItems() {
     QCOMPARE(f.find<QToolBar>("ToolBar")->toolButtonStyle(), Qt::ToolButtonTextOnly);
 }
 
-QTEST_MAIN(TestPageSwitching)
-#include "tst_pageswitching.moc"
+void TestPages::textsFit_data() {
+    QTest::addColumn<int>("page");
+    int page = 0;
+    for (const char *name : {"maintenance", "installation", "unpacking", "checking", "loaded"})
+        QTest::newRow(name) << page++;
+}
+
+void TestPages::textsFit() {
+    QFETCH(int, page);
+    const QSize size(800, 600); // the start size; a larger window only gives more room
+
+    WindowFixture f;
+    f.makeVolume(QStringLiteral("Macintosh HD"), {"Extra/Extensions", "System/Library/Extensions"});
+    f.delegate->applicationDidFinishLaunching();
+    f.window->resize(size);
+    f.window->show();
+    f.window->showPage(page);
+    QVERIFY(QTest::qWaitForWindowExposed(f.window.get()));
+    QCOMPARE(f.window->size(), size);
+
+    QWidget *shown = f.window->findChild<QTabWidget *>(QStringLiteral("TBV"))->currentWidget();
+    for (QWidget *widget : shown->findChildren<QWidget *>()) {
+        const bool hasText = qobject_cast<QLabel *>(widget) ||
+                             qobject_cast<QAbstractButton *>(widget) ||
+                             qobject_cast<QComboBox *>(widget);
+        const QSize need = widget->minimumSizeHint();
+        QVERIFY2(!hasText || !widget->isVisible() ||
+                     (widget->width() >= need.width() && widget->height() >= need.height()),
+                 qPrintable(widget->objectName() + QStringLiteral(" is clipped")));
+    }
+}
+
+QTEST_MAIN(TestPages)
+#include "tst_pages.moc"
