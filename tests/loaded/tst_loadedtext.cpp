@@ -132,8 +132,6 @@ private slots:
             << fixture("system_profiler/software-10.6.txt") << QStringLiteral("Jörg's Mac Pro");
         QTest::newRow("fewer than six lines") << softwareHead + "\n      A: 1\n      B: 2\n"
                                               << "";
-        QTest::newRow("short computer line") << softwareHead + "\n1\n2\n3\n4\n      Computer\n"
-                                             << "";
     }
 
     void defaultFileName() {
