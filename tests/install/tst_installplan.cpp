@@ -211,12 +211,8 @@ void TestInstallPlan::commands_data() {
     QTest::newRow("desktop: staging folder packed into Extensions.mkext")
         << L{ext} << "desktop"
         << "" << true << true << two
-        << Expected{cp(a, pack),
-                    cp(b, pack),
-                    own(pack),
-                    mode(pack),
-                    mkext("D/Extensions.mkext", pack),
-                    L{"R/bin/rm", "-R", pack}};
+        << Expected{cp(a, pack), cp(b, pack), own(pack), mode(pack)} +
+               Expected{mkext("D/Extensions.mkext", pack), L{"R/bin/rm", "-R", pack}};
 }
 
 void TestInstallPlan::commands() {
@@ -265,17 +261,10 @@ void TestInstallPlan::viewSequence_data() {
     const QString rp = QStringLiteral("state %1/|");
     const QStringList start{"max 1", "disable", "working 1"};
     const QString done = QStringLiteral("info Selected tasks were finished.");
+    const QStringList finish{
+        "indeterminate 1", "indeterminate 0", "enable", "reevaluate", "working 0", done, "reset"};
     QTest::newRow("extra finished") << QStringList{"V/Extra/Extensions"} << "extra"
-                                    << start + QStringList{rp,
-                                                           "bundle 0/2",
-                                                           "bundle 1/2",
-                                                           "indeterminate 1",
-                                                           "indeterminate 0",
-                                                           "enable",
-                                                           "reevaluate",
-                                                           "working 0",
-                                                           done,
-                                                           "reset"};
+                                    << start + QStringList{rp, "bundle 0/2", "bundle 1/2"} + finish;
     QTest::newRow("extra neither folder")
         << QStringList{"V/Extra"} << "extra"
         << start + QStringList{rp, "enable", "working 0", "reevaluate",
