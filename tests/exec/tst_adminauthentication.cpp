@@ -2,6 +2,7 @@
 #include "RecordingLog.h"
 #include "ScriptedPrompt.h"
 #include "exec/AdminAuthentication.h"
+#include "exec/RootScript.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -9,6 +10,12 @@
 #include <cerrno>
 
 namespace {
+QByteArray readFile(const QString &path) {
+    QFile file(path);
+    file.open(QIODevice::ReadOnly);
+    return file.readAll();
+}
+
 class CountingDelegate final : public AuthenticationDelegate {
 public:
     int authorized = 0, deauthorized = 0, executed = 0, failed = 0;
@@ -19,6 +26,7 @@ public:
 };
 } // namespace
 
+// The administrator session over a stand-in sudo, and the root script that runs in it.
 class TestAdminAuthentication : public QObject {
     Q_OBJECT
 private slots:
@@ -28,6 +36,9 @@ private slots:
     void refusedOrWrongPasswordRunsNothing();
     void grantedRunIsLogged();
     void directModeNeverAsks();
+    void rootScriptArgumentIsOneWord_data();
+    void rootScriptArgumentIsOneWord();
+    void refusedRootScriptIsLeft();
 
 private:
     AdminAuthentication::Config config() const {
@@ -39,15 +50,13 @@ private:
         return writeScript(QDir(m_dir->path()), QStringLiteral("tool%1.sh").arg(++m_tools), body);
     }
     void grant() { QFile(m_state).open(QIODevice::WriteOnly); }
-    QByteArray calls() const {
-        QFile file(m_state + ".calls");
-        file.open(QIODevice::ReadOnly);
-        return file.readAll();
-    }
+    QByteArray calls() const { return readFile(m_state + ".calls"); }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_sudo;
     QString m_state;
+    QString m_home; // with a blank, so an unquoted log path would split into two words
+    QString m_record;
     int m_tools = 0;
 };
 
@@ -56,6 +65,15 @@ void TestAdminAuthentication::init() {
     m_sudo = writeFakeSudo(QDir(m_dir->path()));
     m_state = m_dir->filePath("granted");
     qputenv("FAKE_SUDO_STATE", m_state.toLocal8Bit());
+    m_home = m_dir->filePath("ho me");
+    m_record = m_dir->filePath("record.txt");
+    QDir().mkpath(m_home);
+    QDir().mkpath(m_dir->filePath("bin"));
+    // Records its arguments one per line, the way a root tool found by bare name would
+    // receive them.
+    writeScript(QDir(m_dir->filePath("bin")), QStringLiteral("kextrecord"),
+                "for a in \"$@\"; do printf '[%s]\\n' \"$a\"; done > \"$RECORD\"\n");
+    qputenv("RECORD", m_record.toLocal8Bit());
 }
 
 // sudo's timestamp is the session: while it lasts nothing is asked; ending the session
@@ -156,6 +174,41 @@ void TestAdminAuthentication::directModeNeverAsks() {
     QCOMPARE(log.entries, QList<QByteArray>{"Error " + QByteArray::number(ENOENT) +
                                             " in AuthorizationExecuteWithPrivileges"});
     QCOMPARE(delegate.failed, 1);
+}
+
+void TestAdminAuthentication::rootScriptArgumentIsOneWord_data() {
+    QTest::addColumn<QString>("argument");
+    QTest::newRow("empty") << QString();
+    QTest::newRow("hostile, non-ASCII")
+        << QStringLiteral("/Volumes/Données/it's $(touch pwned) `id` ; rm -rf Ünï.kext");
+}
+
+// The argument reaches the tool as one word, never as shell code; neither the script nor
+// its log is left behind.
+void TestAdminAuthentication::rootScriptArgumentIsOneWord() {
+    QFETCH(QString, argument);
+    AdminAuthentication::Config config;
+    config.direct = true;
+    config.environment = {QStringLiteral("PATH=") + m_dir->filePath("bin") + ":/usr/bin:/bin"};
+    RecordingLog log;
+    AdminAuthentication auth(config, nullptr, &log);
+    RootScript script(auth, m_home);
+    QCOMPARE(script.run("kextrecord", argument).value_or("absent"), QString());
+    QCOMPARE(QString::fromUtf8(readFile(m_record)), "[" + argument + "]\n");
+    QVERIFY(!QFile::exists(QStringLiteral("pwned"))); // in our working folder
+    QVERIFY(!QFile::exists(script.scriptPath()));
+    QVERIFY(!QFile::exists(script.logPath()));
+}
+
+void TestAdminAuthentication::refusedRootScriptIsLeft() {
+    ScriptedPrompt prompt; // cancelled
+    AdminAuthentication auth(config(), &prompt, nullptr);
+    RootScript script(auth, m_home);
+    QVERIFY(!script.run("kextrecord", "/x/It's.kext").has_value());
+    QCOMPARE(prompt.asked, 1);
+    QVERIFY(!QFile::exists(m_record));
+    QCOMPARE(readFile(m_home + "/qz_scr.sh"),
+             "kextrecord '/x/It'\\''s.kext' 2> '" + m_home.toUtf8() + "/qz_log.txt'");
 }
 
 QTEST_GUILESS_MAIN(TestAdminAuthentication)
