@@ -4,7 +4,7 @@
 #include "volumes/KextLocationIndex.h"
 
 #include <QDir>
-#include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
