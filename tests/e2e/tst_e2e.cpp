@@ -1,4 +1,5 @@
 #include "AssembledWindow.h"
+#include "CliRun.h"
 #include "E2eSandbox.h"
 #include "InstallController.h"
 #include "MaintenanceController.h"
@@ -27,14 +28,14 @@
 #include <QToolButton>
 #include <QUrl>
 
-// The real main window, driven like a user would, on a fresh sandbox Mac with real
-// processes all the way down. The command log must hold exactly the commands the
-// command-line verbs run for the same task (tst_e2ecli), and every task must end with
-// its message on the window.
-class TestE2eWindow : public QObject {
+// The real main window, driven like a user would, and the command-line verbs, each on a
+// fresh sandbox Mac with real processes all the way down. For the same task both must leave
+// exactly the same commands in the log, and every task must end with its message.
+class TestE2e : public QObject {
     Q_OBJECT
 
     std::unique_ptr<E2eSandbox> m_mac;
+    std::unique_ptr<E2eSandbox> m_cli; // the command line's own sandbox
     std::unique_ptr<AssembledWindow> m_app;
     RecordingSheets m_sheets;
 
@@ -66,6 +67,14 @@ class TestE2eWindow : public QObject {
         m_mac->sandbox.clearLog();
     }
 
+    bool startCli(bool prelink = false, const QString &fixedRoot = {}) {
+        m_cli = std::make_unique<E2eSandbox>();
+        return m_cli->create(fixedRoot) && m_cli->writeSettings(prelink);
+    }
+    CliRun cli(const QStringList &args) const {
+        return runKextKeeper(m_cli->sandbox.root(), m_cli->home(), args);
+    }
+
     // A file dropped on the window, as the file manager delivers it.
     void dropOnWindow(const QString &file) const {
         QMimeData data;
@@ -84,6 +93,7 @@ private slots:
         IconAlert::configureDefault(SystemPaths(), AdminAuthentication::sharedInstance(),
                                     Alerts(nullptr, nullptr));
         m_mac.reset();
+        m_cli.reset();
     }
 
     void maintenanceWithAllFourOptions_data() {
@@ -94,6 +104,14 @@ private slots:
 
     void maintenanceWithAllFourOptions() {
         QFETCH(bool, prelink);
+        QVERIFY(startCli(prelink));
+        const CliRun run = cli({"maintain", "--volume", "Macintosh HD", "--repair-extra",
+                                "--rebuild-extra-mkext", "--repair-sle", "--rebuild-caches"});
+        QCOMPARE(run.status, 0);
+        QVERIFY(run.out.endsWith("Selected tasks were finished.\n"));
+        QCOMPARE(m_cli->sandbox.logLines(), m_cli->maintenanceCommands(prelink));
+        QVERIFY(QFileInfo(m_cli->r("Extra/Extensions.mkext")).size() > 0);
+
         start(prelink);
         // The parents' boxes tick their children: the command list shows all four options ran.
         find<QCheckBox>("cbExtra")->click();
@@ -109,6 +127,15 @@ private slots:
     }
 
     void installTwoDroppedKextsWithBackup() {
+        QVERIFY(startCli());
+        const QStringList toInstall = m_cli->makeBundlesToInstall();
+        const CliRun run =
+            cli(QStringList{"install", "--volume", "Macintosh HD", "--to", "extra", "--backup"} +
+                toInstall);
+        QVERIFY2(run.status == 0, qPrintable(run.err));
+        QCOMPARE(m_cli->sandbox.logLines(), m_cli->installCommands(toInstall));
+        QVERIFY(m_cli->installedWithBackup());
+
         start();
         const QStringList bundles = m_mac->makeBundlesToInstall();
         find<QAction>("ti_i")->trigger();
@@ -138,6 +165,18 @@ private slots:
 
     void convertToKextStore() {
         QFETCH(bool, kextcache);
+        // Our own builder writes no line in the log: only the move is there without kextcache.
+        QVERIFY(startCli());
+        QStringList expected = m_cli->kextStoreCommands();
+        if (!kextcache) {
+            expected.removeLast();
+            QVERIFY(QFile::remove(m_cli->sandbox.path("/usr/sbin/kextcache")));
+        }
+        const CliRun run = cli({"extra", "to-kextstore", "--volume", "Macintosh HD", "--yes"});
+        QVERIFY2(run.status == 0, qPrintable(run.err));
+        QCOMPARE(m_cli->sandbox.logLines(), expected);
+        QVERIFY(m_cli->convertedToKextStore());
+
         start();
         const QString tool = m_mac->sandbox.path("/usr/sbin/kextcache");
         if (!kextcache)
@@ -152,8 +191,7 @@ private slots:
         QCOMPARE(box->text(), "Continue?");
         QCOMPARE(box->defaultButton()->text(), "Yes");
         box->defaultButton()->click();
-        // Our own builder writes no line in the log: only the move is there without kextcache.
-        QStringList expected = m_mac->kextStoreCommands();
+        expected = m_mac->kextStoreCommands();
         if (!kextcache)
             expected.removeLast();
         QTRY_COMPARE_WITH_TIMEOUT(m_mac->sandbox.logLines(), expected, 30000);
@@ -167,12 +205,36 @@ private slots:
                                              "instead."));
     }
 
-    void testLoad_data() { E2eSandbox::testLoadRows(); }
+    // A kext that loads, and one the kernel refuses (i386 only), with kextload's own text
+    // (%1: the bundle).
+    void testLoad_data() {
+        QTest::addColumn<QString>("bundle");
+        QTest::addColumn<QString>("identifier");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("loads") << "Extra/Extensions/ExampleDiskShim.kext"
+                               << "org.example.driver.DiskShim"
+                               << "";
+        QTest::newRow("i386 only")
+            << "Extra/Extensions/ExampleEthernet.kext"
+            << "org.example.driver.Ethernet"
+            << "%1 failed to load - (libkern/kext) not loadable (reason unspecified); check the "
+               "system/kernel logs for errors or try kextutil(8).\n";
+    }
 
     void testLoad() {
         QFETCH(QString, bundle);
         QFETCH(QString, identifier);
         QFETCH(QString, error);
+        QVERIFY(startCli());
+        const QString k = m_cli->r(bundle);
+        const CliRun run = cli({"load", k});
+        QCOMPARE(run.status, error.isEmpty() ? 0 : 1);
+        QVERIFY2(run.err.contains(error.arg(k).trimmed()), qPrintable(run.err));
+        QCOMPARE(m_cli->sandbox.logLines(), m_cli->testLoadCommands(k));
+        QCOMPARE(LoadedKextState::find(LoadedKextState(m_cli->sandbox.root()).read(), identifier) !=
+                     nullptr,
+                 error.isEmpty());
+
         start();
         const QString kext = m_mac->r(bundle);
         find<QAction>("ti_c")->trigger();
@@ -184,6 +246,30 @@ private slots:
                  error.isEmpty() ? QStringList{} : QStringList{"error: " + error.arg(kext)});
         const QList<LoadedKext> kexts = LoadedKextState(m_mac->sandbox.root()).read();
         QCOMPARE(LoadedKextState::find(kexts, identifier) != nullptr, error.isEmpty());
+    }
+
+    void unloadByCommandLine_data() {
+        QTest::addColumn<QString>("bundle");
+        QTest::addColumn<QString>("error"); // empty: unloads
+        QTest::newRow("unloads") << "/Extra/Extensions/ExampleAudioPatch.kext"
+                                 << "";
+        QTest::newRow("its plug-in keeps it")
+            << "/System/Library/Extensions/SandboxACPIFamily.kext"
+            << "Failed to unload com.sandboxmac.iokit.ACPIFamily - (libkern/kext) kext is in use "
+               "or retained (cannot unload).";
+    }
+
+    void unloadByCommandLine() {
+        QFETCH(QString, bundle);
+        QFETCH(QString, error);
+        QVERIFY(startCli());
+        const QString kext = m_cli->sandbox.path(bundle);
+        const CliRun run = cli({"unload", kext});
+        QCOMPARE(run.status, error.isEmpty() ? 0 : 1);
+        QVERIFY2(run.err.contains(error), qPrintable(run.err));
+        QCOMPARE(m_cli->sandbox.logLines(), QStringList{m_cli->tool("/sbin/kextunload", {kext})});
+        QCOMPARE(cli({"loaded"}).out.contains("org.example.driver.AudioPatch (1.2)"),
+                 !bundle.contains("AudioPatch"));
     }
 
     void unloadFromTheLoadedPage() {
@@ -238,7 +324,18 @@ private slots:
     }
 
     void savedReport() {
-        const QString root = E2eSandbox::reportRoot("win");
+        const QString root = E2eSandbox::reportRoot();
+        QVERIFY(startCli(false, root));
+        const CliRun run = cli({"report", m_cli->desktop() + "/Sandbox Mac.txt"});
+        QVERIFY2(run.status == 0, qPrintable(run.err));
+        QCOMPARE(run.out, "Saved.\n");
+        QFile written(m_cli->desktop() + "/Sandbox Mac.txt");
+        QVERIFY(written.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(written.readAll()), E2eSandbox::expectedReport());
+        QStringList log = m_cli->sandbox.logLines();
+        log.sort();
+        QCOMPARE(log, m_cli->reportCommands());
+
         start(false, root);
         QString offered;
         const QString file = m_mac->desktop() + "/report.txt";
@@ -254,8 +351,8 @@ private slots:
         QCOMPARE(m_sheets.texts, QStringList{"info: Saved."});
         QFile saved(file);
         QVERIFY(saved.open(QIODevice::ReadOnly));
-        QCOMPARE(QString::fromUtf8(saved.readAll()), E2eSandbox::expectedReport(root));
-        QStringList log = m_mac->sandbox.logLines();
+        QCOMPARE(QString::fromUtf8(saved.readAll()), E2eSandbox::expectedReport());
+        log = m_mac->sandbox.logLines();
         QVERIFY(!log.isEmpty());
         QCOMPARE(log.takeFirst(), m_mac->software());
         log.sort();
@@ -263,5 +360,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestE2eWindow)
-#include "tst_e2ewindow.moc"
+QTEST_MAIN(TestE2e)
+#include "tst_e2e.moc"
