@@ -76,9 +76,8 @@ void LoadedPageController::controlTextDidChange() {
 }
 
 void LoadedPageController::showRows(const QStringList &rows) {
-    m_aLoaded = rows;
     ui()->lbLdedFnd->setText(LoadedKextList::foundText(rows.size()));
-    m_model->setStringList(m_aLoaded);
+    m_model->setStringList(rows);
 }
 
 void LoadedPageController::KextSelected() {
@@ -86,7 +85,7 @@ void LoadedPageController::KextSelected() {
     const QModelIndexList selected = form->tbLoaded->selectionModel()->selectedRows();
     if (selected.isEmpty() || collapsed())
         return;
-    const QString identifier = kextRowIdentifier(m_aLoaded.value(selected.first().row()));
+    const QString identifier = kextRowIdentifier(selected.first().data().toString());
     // An empty identifier (a line the listing could not fill) names no kext.
     const QString path =
         identifier.isEmpty() ? QString() : IconAlert::defaultinst().index().FindPath(identifier);

@@ -29,8 +29,6 @@ public:
     using Probe = std::function<QString(const QString &kextPath)>;
     void setProbe(Probe probe) { m_probe = std::move(probe); }
 
-    // The rows shown now (after filtering).
-    const QStringList &aLoaded() const { return m_aLoaded; }
     // The height the detail pane has, or is animating to.
     static constexpr int collapsedHeight = 1;
     static constexpr int expandedHeight = 72;
@@ -54,7 +52,6 @@ private:
 
     MainWindow &m_window;
     LoadedKextList m_list;
-    QStringList m_aLoaded;
     QStringListModel *m_model;
     QPropertyAnimation *m_animation;
     KextUnloader m_unloader;
