@@ -111,6 +111,7 @@ void TestExtraFolderOperations::outcomes_data() {
         << "No Extra folder on selected disk." << none;
     // A refused password ends it silently.
     QTest::newRow("bring back, refused") << "bring back" << all << Outcome::Refused << "" << none;
+    QTest::newRow("create, refused") << "create" << all << Outcome::Refused << "" << none;
     QTest::newRow("show, refused") << "show" << all << Outcome::Refused << "" << none;
 }
 
