@@ -50,6 +50,9 @@ private slots:
         QTest::newRow("report with both Extra folders")
             << QStringList{"+", "report", "@/report.txt"} << 1 << ""
             << "kextkeeper report: Both Extra/Extensions and Extra/KextStore found.\n";
+        QTest::newRow("report into a missing folder")
+            << QStringList{"report", "@/gone/report.txt"} << 1 << ""
+            << "kextkeeper report: could not write @/gone/report.txt\n";
     }
 
     void verbs() {
@@ -65,7 +68,8 @@ private slots:
                                             args.replaceInStrings(QStringLiteral("@"), m_root));
         QCOMPARE(result.status, status);
         QCOMPARE(result.out, out.replace(QLatin1Char('@'), m_root));
-        QVERIFY2(result.err.contains(err), qPrintable(result.err));
+        QVERIFY2(result.err.contains(err.replace(QLatin1Char('@'), m_root)),
+                 qPrintable(result.err));
         QVERIFY(!QFile::exists(m_root + QStringLiteral("/report.txt")));
     }
 
