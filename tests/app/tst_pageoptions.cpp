@@ -230,7 +230,6 @@ void TestPageOptions::checkVer_data() {
     QTest::addColumn<QString>("extraVer");
     QTest::addColumn<bool>("extraUsable");
     QTest::newRow("10.6 without kexts") << QString("MI_Ver106") << QString("10.6") << false;
-    QTest::newRow("10.7 with KextStore") << QString("MI_Ver107") << QString("10.7") << true;
     QTest::newRow("version independent") << QString("MI_VerIndpd") << QString() << true;
 }
 
