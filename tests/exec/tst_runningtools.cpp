@@ -2,18 +2,27 @@
 #include "RecordingLog.h"
 #include "ScriptedPrompt.h"
 #include "exec/AdminAuthentication.h"
+#include "exec/ProcessRunner.h"
 #include "exec/RootScript.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <cerrno>
+#include <sys/wait.h>
 
 namespace {
 QByteArray readFile(const QString &path) {
     QFile file(path);
     file.open(QIODevice::ReadOnly);
     return file.readAll();
+}
+
+// A child that ended and was never waited for; looked at without reaping it.
+bool zombieLeft() {
+    siginfo_t info{};
+    return ::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid != 0;
 }
 
 class CountingDelegate final : public AuthenticationDelegate {
@@ -26,11 +35,16 @@ public:
 };
 } // namespace
 
-// The administrator session over a stand-in sudo, and the root script that runs in it.
-class TestAdminAuthentication : public QObject {
+// Running tools: the process runner, the administrator session over a stand-in sudo, and
+// the root script that runs in it.
+class TestRunningTools : public QObject {
     Q_OBJECT
 private slots:
     void init();
+    void streamsAreSeparated_data();
+    void streamsAreSeparated();
+    void returnsWhenOutputClosesNotAtExit();
+    void leavesNoZombie();
     void sessionFollowsSudosTimestamp();
     void refusedOrWrongPasswordRunsNothing_data();
     void refusedOrWrongPasswordRunsNothing();
@@ -60,7 +74,7 @@ private:
     int m_tools = 0;
 };
 
-void TestAdminAuthentication::init() {
+void TestRunningTools::init() {
     m_dir = std::make_unique<QTemporaryDir>();
     m_sudo = writeFakeSudo(QDir(m_dir->path()));
     m_state = m_dir->filePath("granted");
@@ -76,10 +90,51 @@ void TestAdminAuthentication::init() {
     qputenv("RECORD", m_record.toLocal8Bit());
 }
 
+void TestRunningTools::streamsAreSeparated_data() {
+    QTest::addColumn<QByteArray>("body"); // empty: there is no tool
+    QTest::addColumn<QString>("out");     // "<absent>": no text at all
+    QTest::addColumn<QString>("err");
+    const QString absent = QStringLiteral("<absent>");
+    QTest::newRow("both") << QByteArray("echo to-out; echo to-err >&2\n") << QString("to-out\n")
+                          << QString("to-err\n");
+    QTest::newRow("nothing") << QByteArray("exit 3\n") << QString() << QString();
+    QTest::newRow("non-ASCII") << QByteArray("printf 'Gr\\303\\274n'\n") << QStringLiteral("Grün")
+                               << QString();
+    QTest::newRow("invalid UTF-8")
+        << QByteArray("printf 'caf\\351'\nprintf '\\377' >&2\n") << absent << absent;
+    QTest::newRow("multi-byte sequence cut short at the end")
+        << QByteArray("printf 'ab\\303'\n") << absent << QString();
+    QTest::newRow("missing tool") << QByteArray() << absent << absent;
+}
+
+void TestRunningTools::streamsAreSeparated() {
+    QFETCH(QByteArray, body);
+    QFETCH(QString, out);
+    QFETCH(QString, err);
+    const QString program = body.isEmpty() ? m_dir->filePath("no-such-tool") : tool(body);
+    QCOMPARE(ProcessRunner::output(program, {}).value_or("<absent>"), out);
+    QCOMPARE(ProcessRunner::errorOutput(program, {}).value_or("<absent>"), err);
+}
+
+void TestRunningTools::returnsWhenOutputClosesNotAtExit() {
+    const QString linger = tool("echo done\nexec >&- 2>&-\nsleep 5\n");
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(ProcessRunner::output(linger, {}).value_or("absent"), QStringLiteral("done\n"));
+    QVERIFY2(timer.elapsed() < 3000, "the runner waited for the tool's exit");
+}
+
+void TestRunningTools::leavesNoZombie() {
+    const QString quick = tool("echo hi\n");
+    for (int i = 0; i < 5; ++i)
+        QVERIFY(ProcessRunner::output(quick, {}).has_value());
+    QTRY_VERIFY_WITH_TIMEOUT(!zombieLeft(), 3000);
+}
+
 // sudo's timestamp is the session: while it lasts nothing is asked; ending the session
 // drops it, once however often it is ended; then the password is asked once for the tasks
 // that follow.
-void TestAdminAuthentication::sessionFollowsSudosTimestamp() {
+void TestRunningTools::sessionFollowsSudosTimestamp() {
     grant();
     ScriptedPrompt prompt;
     prompt.answer = QStringLiteral("secret");
@@ -108,13 +163,13 @@ void TestAdminAuthentication::sessionFollowsSudosTimestamp() {
     QVERIFY2(log.entries.isEmpty(), "authorizing wrote to the log");
 }
 
-void TestAdminAuthentication::refusedOrWrongPasswordRunsNothing_data() {
+void TestRunningTools::refusedOrWrongPasswordRunsNothing_data() {
     QTest::addColumn<std::optional<QString>>("answer");
     QTest::newRow("cancelled") << std::optional<QString>();
     QTest::newRow("wrong password") << std::optional<QString>(QStringLiteral("guess"));
 }
 
-void TestAdminAuthentication::refusedOrWrongPasswordRunsNothing() {
+void TestRunningTools::refusedOrWrongPasswordRunsNothing() {
     QFETCH(std::optional<QString>, answer);
     ScriptedPrompt prompt;
     prompt.answer = answer;
@@ -135,7 +190,7 @@ void TestAdminAuthentication::refusedOrWrongPasswordRunsNothing() {
 
 // Through sudo the tool gets at most 19 arguments; its output reaches the log as it comes,
 // in pieces of at most 1024 bytes, and no output makes no entry.
-void TestAdminAuthentication::grantedRunIsLogged() {
+void TestRunningTools::grantedRunIsLogged() {
     grant();
     RecordingLog log;
     AdminAuthentication auth(config(), nullptr, &log);
@@ -154,7 +209,7 @@ void TestAdminAuthentication::grantedRunIsLogged() {
 
 // Run as root already (or on a sandbox), root tasks need no password and no sudo; a tool
 // that cannot be started is logged the way the system's own call reports it.
-void TestAdminAuthentication::directModeNeverAsks() {
+void TestRunningTools::directModeNeverAsks() {
     ScriptedPrompt prompt;
     RecordingLog log;
     CountingDelegate delegate;
@@ -176,7 +231,7 @@ void TestAdminAuthentication::directModeNeverAsks() {
     QCOMPARE(delegate.failed, 1);
 }
 
-void TestAdminAuthentication::rootScriptArgumentIsOneWord_data() {
+void TestRunningTools::rootScriptArgumentIsOneWord_data() {
     QTest::addColumn<QString>("argument");
     QTest::newRow("empty") << QString();
     QTest::newRow("hostile, non-ASCII")
@@ -185,7 +240,7 @@ void TestAdminAuthentication::rootScriptArgumentIsOneWord_data() {
 
 // The argument reaches the tool as one word, never as shell code; neither the script nor
 // its log is left behind.
-void TestAdminAuthentication::rootScriptArgumentIsOneWord() {
+void TestRunningTools::rootScriptArgumentIsOneWord() {
     QFETCH(QString, argument);
     AdminAuthentication::Config config;
     config.direct = true;
@@ -200,7 +255,7 @@ void TestAdminAuthentication::rootScriptArgumentIsOneWord() {
     QVERIFY(!QFile::exists(script.logPath()));
 }
 
-void TestAdminAuthentication::refusedRootScriptIsLeft() {
+void TestRunningTools::refusedRootScriptIsLeft() {
     ScriptedPrompt prompt; // cancelled
     AdminAuthentication auth(config(), &prompt, nullptr);
     RootScript script(auth, m_home);
@@ -211,5 +266,5 @@ void TestAdminAuthentication::refusedRootScriptIsLeft() {
              "kextrecord '/x/It'\\''s.kext' 2> '" + m_home.toUtf8() + "/qz_log.txt'");
 }
 
-QTEST_GUILESS_MAIN(TestAdminAuthentication)
-#include "tst_adminauthentication.moc"
+QTEST_GUILESS_MAIN(TestRunningTools)
+#include "tst_runningtools.moc"
