@@ -461,6 +461,22 @@ private slots:
         QCOMPARE(run.out, QString());
         QCOMPARE(run.status, status);
     }
+
+    // A dry run says what it would write or unpack, with the default processors in the
+    // rebuild command's order, and writes nothing.
+    void verbDryRun() {
+        const QString out = path("Out's.mkext");
+        const auto dryRun = [this](const QStringList &args) {
+            return runKextKeeper(m_dir.path(), m_dir.path(),
+                                 QStringList{"--dry-run", "mkext"} + args);
+        };
+        const CliRun build = dryRun({"build", out, m_dir.path()});
+        QCOMPARE(build.out, "would write " + out + " from " + m_dir.path() + " for i386, x86_64\n");
+        QCOMPARE(build.status, 0);
+        const CliRun unpack = dryRun({"unpack", out, "--to", path("kexts")});
+        QCOMPARE(unpack.out, "would unpack " + out + " into " + path("kexts") + "\n");
+        QVERIFY(!QFile::exists(out));
+    }
 };
 
 QTEST_GUILESS_MAIN(TstMkextArchive)
