@@ -281,8 +281,6 @@ void TovrelAppDelegate::fillVolumeLists() {
 // --- Drops ------------------------------------------------------------------------------
 
 void TovrelAppDelegate::filesDragged(const QStringList &files) {
-    if (m_dropHandler)
-        m_dropHandler(files);
     emit filesDropped(files);
 }
 

@@ -49,10 +49,6 @@ public:
     // Whether a volume root is the started system; IconAlert's diskutil probe unless a
     // test puts its own answer in.
     void setIsRootProbe(std::function<bool(const QString &)> probe) { m_isRoot = std::move(probe); }
-    // What is done with files dropped on the window (the inspection pages decide).
-    void setDropHandler(std::function<void(const QStringList &)> handler) {
-        m_dropHandler = std::move(handler);
-    }
 
     // Gives every control its start-up content, in order, and starts the update check
     // or the donation probe.
@@ -109,5 +105,4 @@ private:
     std::unique_ptr<OptionGroup> m_sleGroup;
     std::unique_ptr<VolumeTables> m_tables;
     std::function<bool(const QString &)> m_isRoot;
-    std::function<void(const QStringList &)> m_dropHandler;
 };
