@@ -1,19 +1,163 @@
 #include "CliRun.h"
-#include "MkextTestKexts.h"
+#include "mkext/IOKitPlist.h"
 #include "mkext/KextCollector.h"
 #include "mkext/Lzss.h"
 #include "mkext/MkextArchive.h"
 #include "mkext/MkextBuiltinTool.h"
 #include "mkext/MkextWriter.h"
+#include "mkext/ZlibCodec.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
-
-using namespace MkextTestKexts;
+#include <QtEndian>
+#include <cstdlib>
+#include <plist/plist.h>
+#include <zlib.h>
 
 namespace {
+
+// Test material written from the formats' own rules, independent of the code under
+// test: Mach-O files, kext folders, and raw archive surgery.
+
+constexpr uint32_t I386 = 7;
+constexpr uint32_t X86_64 = 0x01000007;
+constexpr uint32_t PPC = 18;
+
+// Big-endian word access.
+uint32_t word(const QByteArray &bytes, qsizetype at) {
+    return qFromBigEndian<quint32>(bytes.constData() + at);
+}
+void setWord(QByteArray &bytes, qsizetype at, uint32_t value) {
+    qToBigEndian<quint32>(value, bytes.data() + at);
+}
+
+// A thin Mach-O header for `cputype` (little-endian for Intel, big for ppc), then `payload`.
+QByteArray thinMachO(uint32_t cputype, const QByteArray &payload) {
+    const bool is64 = cputype & 0x01000000;
+    const uint32_t magic = is64 ? 0xfeedfacf : 0xfeedface;
+    const uint32_t subtype = (cputype & 0xffffff) == I386 ? 3 : 0;
+    const uint32_t fields[] = {magic, cputype, subtype, is64 ? 11u : 1u, 0, 0, 0, 0};
+    QByteArray out;
+    for (int i = 0; i < (is64 ? 8 : 7); ++i) {
+        char buffer[4];
+        if ((cputype & 0xffffff) == PPC)
+            qToBigEndian<quint32>(fields[i], buffer);
+        else
+            qToLittleEndian<quint32>(fields[i], buffer);
+        out.append(buffer, 4);
+    }
+    return out + payload;
+}
+
+// A universal file of the thin files, each at a 4096-byte boundary.
+QByteArray fatMachO(const QList<QPair<uint32_t, QByteArray>> &slices) {
+    QByteArray out(8 + 20 * slices.size(), '\0');
+    setWord(out, 0, 0xcafebabe);
+    setWord(out, 4, uint32_t(slices.size()));
+    for (qsizetype i = 0; i < slices.size(); ++i) {
+        out.append((4096 - out.size() % 4096) % 4096, '\0');
+        const qsizetype at = 8 + 20 * i;
+        setWord(out, at, slices[i].first);
+        setWord(out, at + 4, (slices[i].first & 0xffffff) == I386 ? 3 : 0);
+        setWord(out, at + 8, uint32_t(out.size()));
+        setWord(out, at + 12, uint32_t(slices[i].second.size()));
+        setWord(out, at + 16, 12);
+        out.append(slices[i].second);
+    }
+    return out;
+}
+
+QByteArray randomBytes(qsizetype size, quint32 seed) {
+    QRandomGenerator generator(seed);
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (char &c : bytes)
+        c = char(generator.bounded(256));
+    return bytes;
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes) {
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+QByteArray readFile(const QString &path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// An Info.plist with the identifier, the version, the executable's name unless that is
+// empty, and `extraXml` (key/value pairs).
+QByteArray infoPlist(const QString &identifier, const QString &version, const QString &executable,
+                     const QString &extraXml = QString()) {
+    QString xml =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC "
+        "\"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+        "<plist version=\"1.0\">\n<dict>\n"
+        "<key>CFBundleIdentifier</key><string>" +
+        identifier + "</string><key>CFBundleVersion</key><string>" + version + "</string>";
+    if (!executable.isEmpty())
+        xml += "<key>CFBundleExecutable</key><string>" + executable.toHtmlEscaped() + "</string>";
+    return (xml + extraXml + "</dict>\n</plist>\n").toUtf8();
+}
+
+// Writes <folder>/<name>.kext with that Info.plist and, when `executable` is not null, the
+// executable file. Returns the bundle path.
+QString writeKext(const QString &folder, const QString &name, const QString &identifier,
+                  const QString &version, const QByteArray &executable,
+                  const QString &extraXml = QString()) {
+    const QString bundle = folder + '/' + name + ".kext";
+    writeFile(bundle + "/Contents/Info.plist",
+              infoPlist(identifier, version, executable.isNull() ? QString() : name, extraXml));
+    if (!executable.isNull())
+        writeFile(bundle + "/Contents/MacOS/" + name, executable);
+    return bundle;
+}
+
+// A fresh length and checksum for the archive at `base`.
+void reseal(QByteArray &bytes, qsizetype base = 0) {
+    const qsizetype length = bytes.size() - base;
+    setWord(bytes, base + 8, uint32_t(length));
+    const auto *summed = reinterpret_cast<const Bytef *>(bytes.constData() + base + 16);
+    setWord(bytes, base + 12, uint32_t(adler32(adler32(0, Z_NULL, 0), summed, uInt(length - 16))));
+}
+
+// A tree, or the Info.plist of a bundle, as libplist's XML (key order kept), for
+// comparisons.
+QByteArray xmlOf(plist_t node) {
+    char *xml = nullptr;
+    uint32_t length = 0;
+    plist_to_xml(node, &xml, &length);
+    QByteArray text(xml, qsizetype(length));
+    free(xml);
+    return text;
+}
+QByteArray infoXml(const QString &plistPath) {
+    const QByteArray bytes = readFile(plistPath);
+    plist_t root = nullptr;
+    plist_from_memory(bytes.constData(), uint32_t(bytes.size()), &root);
+    if (!root)
+        return QByteArray("unreadable");
+    const QByteArray text = xmlOf(root);
+    plist_free(root);
+    return text;
+}
+
+// Every file below `folder`, relative, sorted.
+QStringList tree(const QString &folder) {
+    QStringList files;
+    QDirIterator it(folder,
+                    QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext())
+        files << QDir(folder).relativeFilePath(it.next());
+    files.sort();
+    return files;
+}
 
 // With KK_MKEXT_CORPUS set, every archive the tests make is also kept there: the seed
 // corpus of the reader's fuzz target.
@@ -102,20 +246,10 @@ QByteArray firstVersionArchive(const QList<OldKext> &kexts, uint32_t cputype) {
     return out;
 }
 
-QByteArray plainPlist(const QByteArray &identifier, const QByteArray &version,
-                      const QByteArray &executable) {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n"
-           "<key>CFBundleIdentifier</key><string>" +
-           identifier + "</string><key>CFBundleVersion</key><string>" + version + "</string>" +
-           (executable.isEmpty()
-                ? ""
-                : "<key>CFBundleExecutable</key><string>" + executable + "</string>") +
-           "</dict>\n</plist>\n";
-}
-
 } // namespace
 
-class TstMkextArchive : public QObject {
+// The archive codecs and the built-in tool that builds, lists and unpacks archives.
+class TstMkext : public QObject {
     Q_OBJECT
 
     QTemporaryDir m_dir;
@@ -138,6 +272,170 @@ private slots:
         m_built = readFile(m_builtPath);
         keepForCorpus("sample-fat.mkext", m_built);
         keepForCorpus("sample-thin.mkext", thinSlice(0));
+    }
+
+    // Streams written by hand from the coder's rules, so the decoder is checked against
+    // the format rather than against our own encoder; a stream that does not give exactly
+    // the declared size is refused.
+    void lzssDecodesHandMadeStreams_data() {
+        QTest::addColumn<QByteArray>("stream");
+        QTest::addColumn<qsizetype>("declared");
+        QTest::addColumn<QByteArray>("expected"); // null: refused
+        // Flags 0x07: three literals, then a match at the ring's write start (4078 =
+        // 0xfee) of 6 bytes that runs into the bytes it produces.
+        const QByteArray abc = QByteArray::fromHex("07616263eef3");
+        QTest::newRow("literals and overlapping match")
+            << abc << qsizetype(9) << QByteArray("abcabcabc");
+        // A match into the blank-filled ring before anything was written.
+        QTest::newRow("match of preset blanks")
+            << QByteArray::fromHex("000000") << qsizetype(3) << QByteArray("   ");
+        // Nine items need a second flag byte; its bits are read from the lowest.
+        QTest::newRow("second flag byte") << QByteArray::fromHex("ff") + QByteArray("12345678") +
+                                                 QByteArray::fromHex("01") + QByteArray("9")
+                                          << qsizetype(9) << QByteArray("123456789");
+        QTest::newRow("declared larger than stream") << abc << qsizetype(10) << QByteArray();
+        QTest::newRow("stream longer than declared") << abc << qsizetype(8) << QByteArray();
+        QTest::newRow("match cut after one byte")
+            << QByteArray::fromHex("0000") << qsizetype(3) << QByteArray();
+        QTest::newRow("negative size") << abc << qsizetype(-1) << QByteArray();
+    }
+    void lzssDecodesHandMadeStreams() {
+        QFETCH(QByteArray, stream);
+        QFETCH(qsizetype, declared);
+        QFETCH(QByteArray, expected);
+        const std::optional<QByteArray> plain = Lzss::decompress(stream, declared);
+        QCOMPARE(plain, expected.isNull() ? std::nullopt : std::optional(expected));
+    }
+
+    void lzssRoundTrip_data() {
+        QTest::addColumn<QByteArray>("plain");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("leading blanks") << QByteArray(40, ' ') + "tail";
+        QTest::newRow("longer than the ring") << (randomBytes(3000, 9) + randomBytes(3000, 9));
+    }
+    void lzssRoundTrip() {
+        QFETCH(QByteArray, plain);
+        const QByteArray packed = Lzss::compress(plain);
+        QCOMPARE(Lzss::decompress(packed, plain.size()), std::optional(plain));
+    }
+
+    void zlibInflateIsBounded_data() {
+        QTest::addColumn<QByteArray>("stream");
+        QTest::addColumn<qsizetype>("declared");
+        QTest::addColumn<bool>("accepted");
+        const QByteArray zeros(1 << 20, '\0');
+        const QByteArray bomb = ZlibCodec::deflate(zeros, 9);
+        QTest::newRow("exact size") << bomb << qsizetype(zeros.size()) << true;
+        QTest::newRow("inflates to more than declared") << bomb << qsizetype(4096) << false;
+        QTest::newRow("inflates to less than declared")
+            << bomb << qsizetype(zeros.size() + 1) << false;
+        QTest::newRow("cut stream")
+            << bomb.left(bomb.size() / 2) << qsizetype(zeros.size()) << false;
+        QTest::newRow("not zlib") << QByteArray("plain text, not a stream") << qsizetype(10)
+                                  << false;
+        QTest::newRow("empty stream of empty data")
+            << ZlibCodec::deflate(QByteArray()) << qsizetype(0) << true;
+    }
+    void zlibInflateIsBounded() {
+        QFETCH(QByteArray, stream);
+        QFETCH(qsizetype, declared);
+        QFETCH(bool, accepted);
+        const std::optional<QByteArray> plain = ZlibCodec::inflate(stream, declared);
+        QCOMPARE(plain.has_value(), accepted);
+        if (plain)
+            QCOMPARE(plain->size(), declared);
+    }
+
+    void kernelDialectIsRead_data() {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QByteArray>("plainXmlBody");
+        QTest::newRow("sizes, hex and shared objects")
+            << QByteArray("<dict><key>A</key><string ID=\"1\">com.apple.kpi</string>"
+                          "<key>B</key><integer size=\"32\">0x1f</integer>"
+                          "<key>C</key><string IDREF=\"1\"/>"
+                          "<key>D</key><array ID=\"2\"><true/><false/></array>"
+                          "<key>E</key><array IDREF=\"2\"/>"
+                          "<key>F</key><data>AAEC</data></dict>") +
+                   QByteArray(1, '\0')
+            << QByteArray("<dict>\n\t<key>A</key>\n\t<string>com.apple.kpi</string>\n"
+                          "\t<key>B</key>\n\t<integer>31</integer>\n"
+                          "\t<key>C</key>\n\t<string>com.apple.kpi</string>\n"
+                          "\t<key>D</key>\n\t<array>\n\t\t<true/>\n\t\t<false/>\n\t</array>\n"
+                          "\t<key>E</key>\n\t<array>\n\t\t<true/>\n\t\t<false/>\n\t</array>\n"
+                          "\t<key>F</key>\n\t<data>\n\tAAEC\n\t</data>\n</dict>");
+        QTest::newRow("regular Info.plist with doctype and wrapper")
+            << QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC "
+                          "\"-//Apple//DTD PLIST 1.0//EN\" "
+                          "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+                          "<plist version=\"1.0\">\n<dict>\n  <key>N</key>\n  "
+                          "<string>Drïver &amp; Co</string>\n  <key>V</key><integer>12</integer>"
+                          "<key>S</key><set><string>x</string></set></dict>\n</plist>\n")
+            << QByteArray("<dict>\n\t<key>N</key>\n\t<string>Drïver &amp; Co</string>\n"
+                          "\t<key>V</key>\n\t<integer>12</integer>\n"
+                          "\t<key>S</key>\n\t<array>\n\t\t<string>x</string>\n\t</array>\n"
+                          "</dict>");
+    }
+    void kernelDialectIsRead() {
+        QFETCH(QByteArray, text);
+        QFETCH(QByteArray, plainXmlBody);
+        const PlistPtr root = IOKitPlist::parse(text);
+        QVERIFY(root);
+        QVERIFY(xmlOf(root.get()).contains(plainXmlBody));
+    }
+
+    void malformedOrHostileTextIsRefused_data() {
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("unclosed dict") << QByteArray("<dict><key>A</key><string>x</string>");
+        QTest::newRow("value without key") << QByteArray("<dict><string>x</string></dict>");
+        QTest::newRow("key without value") << QByteArray("<dict><key>A</key></dict>");
+        QTest::newRow("unknown reference") << QByteArray("<array><string IDREF=\"9\"/></array>");
+        QTest::newRow("unknown element") << QByteArray("<dict><key>A</key><blob/></dict>");
+        QTest::newRow("bad integer") << QByteArray("<integer size=\"32\">0xZZ</integer>");
+        QTest::newRow("bad base64") << QByteArray("<data>!!!</data>");
+        QTest::newRow("NUL inside") << QByteArray("<string>a\0b</string>", 20);
+        QTest::newRow("declared entity")
+            << QByteArray("<!DOCTYPE d [<!ENTITY x \"xxxxxxxx\">]><string>&x;&x;</string>");
+        QTest::newRow("too deep") << QByteArray("<array>").repeated(200) +
+                                         QByteArray("</array>").repeated(200);
+        // Each level references the previous one twice: 2^40 nodes if copied blindly.
+        QByteArray doubling("<array><array ID=\"0\"><true/></array>");
+        for (int i = 1; i <= 40; ++i)
+            doubling += QStringLiteral("<array ID=\"%1\"><array IDREF=\"%2\"/><array IDREF=\"%2\"/>"
+                                       "</array>")
+                            .arg(i)
+                            .arg(i - 1)
+                            .toLatin1();
+        QTest::newRow("reference doubling") << doubling + "</array>";
+    }
+    void malformedOrHostileTextIsRefused() {
+        QFETCH(QByteArray, text);
+        QVERIFY(!IOKitPlist::parse(text));
+    }
+
+    // What we write reads back as the same tree, without the XML header the kernel's
+    // reader does not want, and keeping 64-bit integers whole.
+    void writtenTextReadsBackEqual_data() {
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("nested Info.plist") << QByteArray(
+            "<dict><key>CFBundleIdentifier</key><string>com.example.&lt;ü&gt;</string>"
+            "<key>IOKitPersonalities</key><dict><key>P</key><dict>"
+            "<key>IOProbeScore</key><integer size=\"64\">0xffffffffffffffff</integer>"
+            "<key>IOMatch</key><array><string>a</string><data>3q2+7w==</data></array>"
+            "</dict></dict><key>OSBundleRequired</key><true/><key>Empty</key><dict/></dict>");
+        QTest::newRow("lone boolean followed by junk") << QByteArray("<false/>k>");
+    }
+    void writtenTextReadsBackEqual() {
+        QFETCH(QByteArray, text);
+        const PlistPtr first = IOKitPlist::parse(text);
+        QVERIFY(first);
+        const QByteArray written = IOKitPlist::serialize(first.get());
+        QVERIFY(!written.startsWith("<?xml"));
+        if (text.contains("0xffffffffffffffff"))
+            QVERIFY(written.contains("<integer size=\"64\">0xffffffffffffffff</integer>"));
+        const PlistPtr second = IOKitPlist::parse(written);
+        QVERIFY(second);
+        QCOMPARE(xmlOf(second.get()), xmlOf(first.get()));
     }
 
     // The layout the kernel reads: a fat wrapper in the rebuild command's order, and per
@@ -279,9 +577,9 @@ private slots:
     void firstVersionArchiveIsListedAndUnpacked() {
         const QByteArray code = thinMachO(I386, QByteArray("old driver code ").repeated(64));
         const QByteArray archive = firstVersionArchive(
-            {{plainPlist("com.example.old", "1.0", "OldDriver"), code, true},
-             {plainPlist("com.example.codeless", "2.5", ""), QByteArray(), false},
-             {plainPlist("com.example.stored", "3", "Stored"), thinMachO(I386, "s"), false}},
+            {{infoPlist("com.example.old", "1.0", "OldDriver"), code, true},
+             {infoPlist("com.example.codeless", "2.5", ""), QByteArray(), false},
+             {infoPlist("com.example.stored", "3", "Stored"), thinMachO(I386, "s"), false}},
             I386);
         keepForCorpus("version1.mkext", archive);
         const QString file = path("old.mkext");
@@ -356,7 +654,7 @@ private slots:
         row("fat count beyond the file", changed(m_built, 4, 0x10000000, false), "x86_64",
             badMagic);
         row("first version kext count beyond the file",
-            changed(firstVersionArchive({{plainPlist("a", "1", "A"), "c", false}}, I386), 20,
+            changed(firstVersionArchive({{infoPlist("a", "1", "A"), "c", false}}, I386), 20,
                     0x08000000),
             "i386", "Can't read mkext1 archive.\n");
     }
@@ -384,15 +682,12 @@ private slots:
         QTest::addColumn<QString>("bundlePath");
         QTest::addColumn<QString>("executable");
         QTest::addColumn<QString>("writtenExecutable");
-        QTest::newRow("parent steps") << "../../evil.kext"
-                                      << "evil"
-                                      << "evil.kext/Contents/MacOS/evil";
-        QTest::newRow("absolute path") << "/tmp/evil.kext"
-                                       << "../../../../tmp/x"
-                                       << "evil.kext/Contents/MacOS/x";
-        QTest::newRow("empty path and executable") << ""
-                                                   << ""
-                                                   << "hostile.kext/Contents/MacOS/hostile";
+        auto row = [](const char *tag, QString bundle, QString executable, QString written) {
+            QTest::newRow(tag) << bundle << executable << written;
+        };
+        row("parent steps", "../../evil.kext", "evil", "evil.kext/Contents/MacOS/evil");
+        row("absolute path", "/tmp/evil.kext", "../../../../tmp/x", "evil.kext/Contents/MacOS/x");
+        row("empty path and executable", "", "", "hostile.kext/Contents/MacOS/hostile");
     }
     void hostileNamesStayInsideTheFolder() {
         QFETCH(QString, bundlePath);
@@ -479,5 +774,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TstMkextArchive)
-#include "tst_mkextarchive.moc"
+QTEST_GUILESS_MAIN(TstMkext)
+#include "tst_mkext.moc"
