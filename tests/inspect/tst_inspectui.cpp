@@ -8,6 +8,7 @@
 #include "TovrelAppDelegate.h"
 #include "UnpackController.h"
 #include "exec/AdminAuthentication.h"
+#include "exec/Command.h"
 #include "exec/IconAlert.h"
 #include "inspect/MachOWriter.h"
 #include "mkext/MkextBuiltinTool.h"
@@ -23,13 +24,14 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-// The check and unpack pages in a real window: what each button does to the page's own
-// controls and which texts it shows. The happy test load and the unpack with Apple's tool
-// run end to end elsewhere.
-class TestInspectPages : public QObject {
+// The check and unpack pages in a real window (what each button does to the page's own
+// controls and which texts it shows) and `kextkeeper check` and `kextkeeper load` as real
+// processes. The happy test load and the unpack with Apple's tool run end to end elsewhere.
+class TestInspectUi : public QObject {
     Q_OBJECT
 private slots:
-    // The root has kextlibs and kextload scripts that log their arguments, and no mkextunpack.
+    // The root has kextlibs, chown and kextload scripts that log their arguments, and no
+    // mkextunpack.
     void init() {
         m_dir = std::make_unique<QTemporaryDir>();
         m_paths = std::make_unique<SystemPaths>(m_dir->filePath("root"), m_dir->filePath("home"),
@@ -44,7 +46,8 @@ private slots:
                         "'\necho 'For all architectures:' >&2\n"
                         "printf '    com.apple.kpi.bsd = 10.8.0\\n    com.apple.kpi.libkern = "
                         "10.8.0\\n'\n");
-        writeScript(sbin, "kextload", "echo \"kextload $*\" >> '" + log + "'\n");
+        for (const char *tool : {"chown", "kextload"})
+            writeScript(sbin, tool, "echo \"" + QByteArray(tool) + " $*\" >> '" + log + "'\n");
 
         AdminAuthentication::Config config;
         config.direct = true;
@@ -181,7 +184,56 @@ private slots:
         QCOMPARE(w<QPlainTextEdit>("tvMkext")->toPlainText(), listing);
     }
 
+    // The library tool's headings go to its standard error, which is not ours to judge.
+    void checkVerb() {
+        using W = MachOWriter;
+        const QString fat =
+            makeKext("It's Ü", W::fat({W::kextSlice(W::X86_64), W::kextSlice(W::I386)}));
+        CliRun result = run({"check", fat});
+        QCOMPARE(result.out, "x86_64: yes\ni386: yes\nppc: no\nppc64: no\n");
+        QCOMPARE(result.status, 0);
+        result = run({"check", makeKext("Ppc", W::thin(W::kextSlice(W::PPC))), "--deps"});
+        QCOMPARE(result.out, "x86_64: no\ni386: no\nppc: yes\nppc64: no\n    com.apple.kpi.bsd = "
+                             "10.8.0\n    com.apple.kpi.libkern = 10.8.0\n");
+        QCOMPARE(result.status, 0);
+    }
+
+    void verbUsage_data() {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("status");
+        QTest::newRow("check without kext") << QStringList{"check"} << 2;
+        QTest::newRow("check unknown option") << QStringList{"check", "/a.kext", "--arch"} << 2;
+        QTest::newRow("check missing kext") << QStringList{"check", "/nowhere/a.kext"} << 1;
+        QTest::newRow("load missing kext") << QStringList{"load", "/nowhere/a.kext"} << 1;
+    }
+
+    void verbUsage() {
+        QFETCH(QStringList, args);
+        QFETCH(int, status);
+        const CliRun result = run(args);
+        QCOMPARE(result.status, status);
+        QVERIFY(!result.err.isEmpty());
+        QCOMPARE(result.out, QString());
+    }
+
+    void loadVerbDryRunChangesNothing() {
+        const QString path =
+            makeKext("Good One", MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::X86_64)));
+        const CliRun result = run({"--dry-run", "load", path});
+        QCOMPARE(result.err, QString());
+        const Command chown{m_paths->system("/usr/sbin/chown"), {"-R", "0:0", path}};
+        const Command load{"kextload", {path}};
+        QCOMPARE(result.out, chown.toShellLine() + '\n' + load.toShellLine() + '\n');
+        QCOMPARE(result.status, 0);
+        QCOMPARE(toolCalls(), QString());
+        QVERIFY(!QFileInfo::exists(m_paths->home() + "/.config/kextkeeper/CustomKextDirs.plist"));
+    }
+
 private:
+    CliRun run(const QStringList &args) const {
+        return runKextKeeper(m_paths->root(), m_paths->home(), args);
+    }
+
     template <typename T> T *w(const char *name) const { return childWidget<T>(*m_window, name); }
     QList<bool> archBoxes() const {
         QList<bool> on;
@@ -196,7 +248,7 @@ private:
         return kext;
     }
 
-    // What the kextlibs and kextload scripts were asked, one line per run.
+    // What the tool scripts were asked, one line per run.
     QString toolCalls() const {
         QFile file(m_dir->filePath("tools.log"));
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
@@ -213,5 +265,5 @@ private:
     UnpackController *m_unpack = nullptr;
 };
 
-QTEST_MAIN(TestInspectPages)
-#include "tst_inspectpages.moc"
+QTEST_MAIN(TestInspectUi)
+#include "tst_inspectui.moc"
