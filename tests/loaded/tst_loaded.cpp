@@ -1,18 +1,31 @@
+#include "TestScripts.h"
+#include "exec/ProcessRunner.h"
 #include "loaded/ExtraKextTable.h"
 #include "loaded/KextStatText.h"
+#include "loaded/KextUnloader.h"
 #include "loaded/LoadedKextList.h"
 #include "loaded/LoadedKextRows.h"
 #include "loaded/ReportOverview.h"
+#include "loaded/SystemReport.h"
 
 #include <QDir>
 #include <QFile>
+#include <QMutex>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
+
+using namespace std::chrono_literals;
 
 namespace {
+QByteArray readAll(const QString &path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 QString fixture(const QString &name) {
-    QFile file(QStringLiteral(KK_FIXTURES "/") + name);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    return QString::fromUtf8(readAll(QStringLiteral(KK_FIXTURES "/") + name));
 }
 
 QString blanks(int count) {
@@ -29,11 +42,85 @@ const QString header64 = QStringLiteral(
     "Index Refs Address            Size       Wired      Name (Version) <Linked Against>");
 const QString softwareHead = QStringLiteral("Software:\n\n    System Software Overview:\n");
 const QString hardwareHead = QStringLiteral("Hardware:\n\n    Hardware Overview:\n");
+
+// Kexts of the fixture listing that the index knows, and the processors the probe names
+// in each one's executable (the report reads bare words).
+const struct {
+    const char *id, *path, *probe;
+} known[] = {
+    {"com.apple.kpi.bsd", "/System/Library/Extensions/System.kext/PlugIns/BSDKernel.kext",
+     "x86_64 i386"},
+    {"com.example.A", "/Extra/Extensions/A.kext", "x86_64"},
+    {"com.example.A.P1", "/Extra/Extensions/A.kext/Contents/PlugIns/P1.kext", "i386"},
+    {"com.example.B", "/Extra/Extensions/B.kext", ""},
+    {"org.bücher.Treiber", "/System/Library/Extensions/Bücher Treiber.kext", "ppc i386"},
+    {"com.example.NoVersion", "/System/Library/Extensions/NoVersion.kext", "x86_64"},
+};
+
+// A sandbox Mac whose system_profiler and kextstat print the fixtures.
+struct Sandbox {
+    QTemporaryDir dir;
+    QString root = dir.filePath(QStringLiteral("root"));
+    QMutex probeLock;
+    QSet<QString> probeThreads;
+    int probes = 0;
+
+    Sandbox() {
+        const QDir sbin(root + QStringLiteral("/usr/sbin"));
+        QDir().mkpath(sbin.path());
+        const QByteArray fixtures = KK_FIXTURES;
+        writeScript(sbin, QStringLiteral("system_profiler"),
+                    "case \"$*\" in\n"
+                    "SPSoftwareDataType) cat '" +
+                        fixtures +
+                        "/system_profiler/software-10.6.txt' ;;\n"
+                        "'SPHardwareDataType -detailLevel mini') cat '" +
+                        fixtures + "/system_profiler/hardware-mini.txt' ;;\nesac\n");
+        writeScript(sbin, QStringLiteral("kextstat"),
+                    "cat '" + fixtures + "/kextstat/kextstat-report.txt'\n");
+        const QString base = root + QStringLiteral("/Extra/Extensions");
+        QDir().mkpath(base + QStringLiteral("/A.kext/Contents/PlugIns/P1.kext"));
+        QDir().mkpath(base + QStringLiteral("/A.kext/Contents/PlugIns/P2.kext"));
+        QDir().mkpath(base + QStringLiteral("/B.kext/Contents"));
+    }
+
+    SystemReport::Sources sources() {
+        return {SystemPaths(root), ProcessRunner::output,
+                [](const QString &id) {
+                    for (const auto &kext : known) {
+                        if (id == QString::fromUtf8(kext.id))
+                            return QString::fromUtf8(kext.path);
+                    }
+                    return QString();
+                },
+                [this](const QString &path) {
+                    QMutexLocker lock(&probeLock);
+                    probeThreads << QThread::currentThread()->objectName();
+                    ++probes;
+                    for (const auto &kext : known) {
+                        if (path == QString::fromUtf8(kext.path))
+                            return QString::fromUtf8(kext.probe);
+                    }
+                    return QString();
+                }};
+    }
+};
+
+SystemReport::End waitFor(const std::shared_future<SystemReport::End> &end) {
+    if (end.wait_for(20s) != std::future_status::ready)
+        qFatal("the report did not end");
+    return end.get();
+}
+
 } // namespace
 
 // The rows of the kext status tool and the pieces of the report where their rules meet odd
-// input; the usual rows are in the whole report that tst_systemreport compares.
-class TestLoadedText : public QObject {
+// input; the whole report, written by its concurrent jobs from real runs of stand-in tools on
+// a sandbox root, compared byte for byte with the expected file; and unload and reload over
+// a stand-in root run that answers each tool with a given error text (none: the
+// authorization was refused). The real root script unloads on the loaded kexts page and end
+// to end.
+class TestLoaded : public QObject {
     Q_OBJECT
 private slots:
     void rows_data() {
@@ -243,7 +330,94 @@ private slots:
                  secondNames);
         QCOMPARE(looked, firstNames.mid(1) + secondNames);
     }
+
+    // Three reports at once, so that one report's state cannot leak into another's file.
+    void wholeReport() {
+        Sandbox sandbox;
+        const QString file = sandbox.dir.filePath(QStringLiteral("Jörg's Mac Pro.txt"));
+        const QString other = sandbox.dir.filePath(QStringLiteral("other.txt"));
+        int ends = 0;
+        const auto firstEnd = SystemReport::start(sandbox.sources(), file,
+                                                  [&ends](const SystemReport::End &) { ++ends; });
+        const auto otherEnd = SystemReport::start(sandbox.sources(), other);
+        // The window says "Saved." whatever happened; the command line reads `written`.
+        const auto unwritable =
+            SystemReport::start(sandbox.sources(), sandbox.dir.filePath("missing folder/r.txt"));
+        const SystemReport::End end = waitFor(firstEnd);
+        QCOMPARE(end.outcome, SystemReport::Outcome::Saved);
+        QCOMPARE(end.message, QStringLiteral("Saved."));
+        QVERIFY(end.written);
+        QCOMPARE(ends, 1);
+        const QByteArray expected =
+            readAll(QStringLiteral(KK_FIXTURES "/report/expected-report.txt"));
+        QCOMPARE(readAll(file), expected);
+        QVERIFY(waitFor(otherEnd).written);
+        QCOMPARE(readAll(other), expected);
+        QCOMPARE(waitFor(unwritable).message, QStringLiteral("Saved."));
+        QVERIFY(!waitFor(unwritable).written);
+        // Both halves of the rows ran, each on its own labelled thread.
+        QCOMPARE(sandbox.probes, 18);
+        QCOMPARE(sandbox.probeThreads, (QSet<QString>{"LKGCD1", "LKGCD2"}));
+    }
+
+    void unloaderSteps_data() {
+        QTest::addColumn<bool>("reload");
+        QTest::addColumn<QString>("kext"); // below the test folder
+        QTest::addColumn<std::optional<QString>>("unloadAnswer");
+        QTest::addColumn<std::optional<QString>>("loadAnswer");
+        QTest::addColumn<int>("outcome");
+        QTest::addColumn<QString>("error");
+        QTest::addColumn<QStringList>("calls");
+
+        using A = std::optional<QString>;
+        const int skipped = int(KextUnloader::Outcome::Skipped);
+        const int done = int(KextUnloader::Outcome::Done);
+        const int failed = int(KextUnloader::Outcome::Failed);
+        const QString busy = QStringLiteral("Failed to unload com.example.Busy - (libkern/kext) "
+                                            "kext is in use or retained (cannot unload).\n");
+        const QString unloadCall = QStringLiteral("kextunload [@/Jörg's Kext.kext]");
+        const QString loadCall = QStringLiteral("kextload [@/Jörg's Kext.kext]");
+        const QString kext = QStringLiteral("Jörg's Kext.kext");
+        QTest::newRow("unload, nothing there")
+            << false << "Gone.kext" << A("") << A("") << skipped << "" << QStringList();
+        QTest::newRow("unload fails")
+            << false << kext << A(busy) << A("") << failed << busy << QStringList{unloadCall};
+        QTest::newRow("unload refused counts as done")
+            << false << kext << A() << A("") << done << "" << QStringList{unloadCall};
+        QTest::newRow("reload") << true << kext << A("") << A("") << done << ""
+                                << QStringList{unloadCall, loadCall};
+        QTest::newRow("reload, unload fails: no load")
+            << true << kext << A(busy) << A("") << failed << busy << QStringList{unloadCall};
+        QTest::newRow("reload, refused unload still loads")
+            << true << kext << A() << A("") << done << "" << QStringList{unloadCall, loadCall};
+        QTest::newRow("reload, load fails")
+            << true << kext << A("") << A("not loadable\n") << failed << "not loadable\n"
+            << QStringList{unloadCall, loadCall};
+    }
+
+    void unloaderSteps() {
+        QFETCH(bool, reload);
+        QFETCH(QString, kext);
+        QFETCH(std::optional<QString>, unloadAnswer);
+        QFETCH(std::optional<QString>, loadAnswer);
+        QFETCH(int, outcome);
+        QFETCH(QString, error);
+        QFETCH(QStringList, calls);
+
+        QTemporaryDir dir;
+        QVERIFY(QDir().mkpath(dir.filePath(QStringLiteral("Jörg's Kext.kext"))));
+        QStringList recorded;
+        const KextUnloader unloader([&](const QString &command, const QString &argument) {
+            recorded << command + " [" + argument + ']';
+            return command == QLatin1String("kextunload") ? unloadAnswer : loadAnswer;
+        });
+        const QString path = dir.filePath(kext);
+        const KextUnloader::Result result = reload ? unloader.reload(path) : unloader.unload(path);
+        QCOMPARE(int(result.outcome), outcome);
+        QCOMPARE(result.error, error);
+        QCOMPARE(recorded, calls.replaceInStrings(QStringLiteral("@"), dir.path()));
+    }
 };
 
-QTEST_GUILESS_MAIN(TestLoadedText)
-#include "tst_loadedtext.moc"
+QTEST_GUILESS_MAIN(TestLoaded)
+#include "tst_loaded.moc"
