@@ -29,9 +29,11 @@ const QString acpi = QStringLiteral("com.apple.iokit.IOACPIFamily (1.3.0)");
 const QString voodoo = QStringLiteral("org.voodoo.driver.VoodooHDA (2.7.2)");
 } // namespace
 
-// The loaded kexts page's own wiring (the happy unload and the saved report run end to
-// end elsewhere), on a sandbox Mac whose kextstat and kextunload are scripts.
-class TestLoadedPage : public QObject {
+// The loaded kexts page's own wiring, and the loaded, unload, reload and report verbs on the
+// real binary (their output, exit status and usage errors), on a sandbox Mac whose kextstat,
+// kextunload and system_profiler are scripts. The happy unload and the saved report run end
+// to end elsewhere.
+class TestLoadedUi : public QObject {
     Q_OBJECT
 private slots:
     void init() {
@@ -55,6 +57,8 @@ private slots:
             "grep -v VoodooHDA '" +
                 state + "' > '" + state + ".new'; mv '" + state + ".new' '" + state + "'\n");
         writeScript(sbin, QStringLiteral("kextload"), "exit 0\n");
+        writeScript(sbin, QStringLiteral("system_profiler"), "exit 0\n");
+        QDir().mkpath(root() + QStringLiteral("/Jörg's.kext"));
         makeKext(QStringLiteral("System/Library/Extensions/IOACPIFamily.kext"),
                  QStringLiteral("com.apple.iokit.IOACPIFamily"));
         makeKext(QStringLiteral("Extra/Extensions/VoodooHDA.kext"),
@@ -172,6 +176,53 @@ private slots:
         QVERIFY(!QFile::exists(file));
     }
 
+    void verbs_data() {
+        QTest::addColumn<QStringList>("args"); // "@" stands for the sandbox root
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("out");
+        QTest::addColumn<QString>("err"); // a part of standard error
+
+        QTest::newRow("loaded, filter in capitals")
+            << QStringList{"loaded", "--filter", "IOKIT"} << 0
+            << "com.apple.kpi.iokit (10.8.0)\ncom.apple.iokit.IOACPIFamily (1.3.0)\nFound: 2\n"
+            << "";
+        QTest::newRow("loaded, stray word") << QStringList{"loaded", "x"} << 2 << ""
+                                            << "unexpected words";
+        QTest::newRow("unload, missing kext") << QStringList{"unload", "@/Gone.kext"} << 1 << ""
+                                              << "does not exist";
+        QTest::newRow("unload without path") << QStringList{"unload"} << 2 << ""
+                                             << "needs exactly one path";
+        QTest::newRow("reload, dry run prints both lines")
+            << QStringList{"--dry-run", "reload", QStringLiteral("@/Jörg's.kext")} << 0
+            << QStringLiteral("kextunload '@/Jörg'\\''s.kext'\nkextload '@/Jörg'\\''s.kext'\n")
+            << "";
+        // "+" makes Extra/KextStore beside Extra/Extensions first.
+        QTest::newRow("report with both Extra folders")
+            << QStringList{"+", "report", "@/report.txt"} << 1 << ""
+            << "kextkeeper report: Both Extra/Extensions and Extra/KextStore found.\n";
+        QTest::newRow("report into a missing folder")
+            << QStringList{"report", "@/gone/report.txt"} << 1 << ""
+            << "kextkeeper report: could not write @/gone/report.txt\n";
+    }
+
+    void verbs() {
+        QFETCH(QStringList, args);
+        QFETCH(int, status);
+        QFETCH(QString, out);
+        QFETCH(QString, err);
+        if (args.first() == QLatin1String("+")) {
+            args.removeFirst();
+            QVERIFY(QDir().mkpath(root() + QStringLiteral("/Extra/KextStore")));
+        }
+        const CliRun result = runKextKeeper(root(), m_dir->filePath(QStringLiteral("home")),
+                                            args.replaceInStrings(QStringLiteral("@"), root()));
+        QCOMPARE(result.status, status);
+        QCOMPARE(result.out, out.replace(QLatin1Char('@'), root()));
+        QVERIFY2(result.err.contains(err.replace(QLatin1Char('@'), root())),
+                 qPrintable(result.err));
+        QVERIFY(!QFile::exists(root() + QStringLiteral("/report.txt")));
+    }
+
 private:
     template <typename T> T *find(const char *name) const {
         return childWidget<T>(*m_window, name);
@@ -217,5 +268,5 @@ private:
     std::unique_ptr<LoadedDelegate> m_delegate;
 };
 
-QTEST_MAIN(TestLoadedPage)
-#include "tst_loadedpage.moc"
+QTEST_MAIN(TestLoadedUi)
+#include "tst_loadedui.moc"
