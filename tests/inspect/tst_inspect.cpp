@@ -46,6 +46,11 @@ QString marked(const ArchitectureProbe::Architectures &a) {
     return on.join(QLatin1Char(' '));
 }
 
+// One data row, its values in the order of the columns.
+template <typename... T> void row(const char *tag, const T &...values) {
+    (QTest::newRow(tag) << ... << values);
+}
+
 const QString kextPath = QStringLiteral("/S/L/E/My Kext.kext/Contents/MacOS/My Kext");
 
 // A stand-in for the archive tool: records the arguments of every run and answers with
@@ -188,50 +193,33 @@ private slots:
         QTest::addColumn<QString>("check");
         QTest::addColumn<QString>("loaded");
         QTest::addColumn<QString>("cell");
-        QTest::newRow("universal x86_64 i386")
-            << "Mach-O universal binary with 2 architectures\n"
-               "/K (for architecture x86_64):\tMach-O 64-bit kext bundle x86_64\n"
-               "/K (for architecture i386):\tMach-O object i386\n"
-            << "x86_64 i386"
-            << "x86_64 i386"
-            << "x86_64 i386      ";
-        QTest::newRow("thin x86_64 kext") << "Mach-O 64-bit kext bundle x86_64\n"
-                                          << "x86_64"
-                                          << "x86_64"
-                                          << "x86_64           ";
-        QTest::newRow("thin i386 object") << "Mach-O object i386\n"
-                                          << "i386"
-                                          << "i386"
-                                          << "       i386      ";
+        row("universal x86_64 i386",
+            "Mach-O universal binary with 2 architectures\n"
+            "/K (for architecture x86_64):\tMach-O 64-bit kext bundle x86_64\n"
+            "/K (for architecture i386):\tMach-O object i386\n",
+            "x86_64 i386", "x86_64 i386", "x86_64 i386      ");
+        row("thin x86_64 kext", "Mach-O 64-bit kext bundle x86_64\n", "x86_64", "x86_64",
+            "x86_64           ");
+        row("thin i386 object", "Mach-O object i386\n", "i386", "i386", "       i386      ");
         // Any 64-bit file counts as x86_64 on the pages, whatever its processor; in the
         // report ppc64 counts as ppc, and the ppc filler is one blank wider.
-        QTest::newRow("thin 64-bit ppc64") << "Mach-O 64-bit object ppc64\n"
-                                           << "x86_64"
-                                           << "x86_64"
-                                           << "            ppc ";
+        row("thin 64-bit ppc64", "Mach-O 64-bit object ppc64\n", "x86_64", "x86_64",
+            "            ppc ");
         // The ppc marker is part of the ppc64 one.
-        QTest::newRow("ppc64 object wording") << "Mach-O object ppc64\n"
-                                              << "ppc ppc64"
-                                              << ""
-                                              << "            ppc ";
+        row("ppc64 object wording", "Mach-O object ppc64\n", "ppc ppc64", "", "            ppc ");
         // The closing parenthesis keeps the ppc line marker off the ppc64 slice line, but the
         // slice's own 64-bit description still says x86_64.
-        QTest::newRow("universal ppc64 only")
-            << "Mach-O universal binary with 1 architecture\n"
-               "/K (for architecture ppc64):\tMach-O 64-bit object ppc64\n"
-            << "x86_64 ppc64"
-            << "x86_64"
-            << "            ppc ";
-        QTest::newRow("universal ppc and i386")
-            << "Mach-O universal binary with 2 architectures\n"
-               "/K (for architecture ppc):\tMach-O object ppc\n"
-               "/K (for architecture i386):\tMach-O object i386\n"
-            << "i386 ppc"
-            << "i386"
-            << "       i386 ppc ";
-        QTest::newRow("case matters") << "mach-o object I386 (FOR ARCHITECTURE X86_64)"
-                                      << ""
-                                      << "" << QString(17, ' ');
+        row("universal ppc64 only",
+            "Mach-O universal binary with 1 architecture\n"
+            "/K (for architecture ppc64):\tMach-O 64-bit object ppc64\n",
+            "x86_64 ppc64", "x86_64", "            ppc ");
+        row("universal ppc and i386",
+            "Mach-O universal binary with 2 architectures\n"
+            "/K (for architecture ppc):\tMach-O object ppc\n"
+            "/K (for architecture i386):\tMach-O object i386\n",
+            "i386 ppc", "i386", "       i386 ppc ");
+        row("case matters", "mach-o object I386 (FOR ARCHITECTURE X86_64)", "", "",
+            QString(17, ' '));
     }
 
     void markers() {

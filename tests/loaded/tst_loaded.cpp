@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QHash>
 #include <QMutex>
 #include <QSet>
 #include <QTemporaryDir>
@@ -38,6 +39,11 @@ void touch(const QString &path) {
     file.open(QIODevice::WriteOnly);
 }
 
+// One data row, its values in the order of the columns.
+template <typename... T> void row(const char *tag, const T &...values) {
+    (QTest::newRow(tag) << ... << values);
+}
+
 const QString header64 = QStringLiteral(
     "Index Refs Address            Size       Wired      Name (Version) <Linked Against>");
 const QString softwareHead = QStringLiteral("Software:\n\n    System Software Overview:\n");
@@ -61,6 +67,7 @@ const struct {
 struct Sandbox {
     QTemporaryDir dir;
     QString root = dir.filePath(QStringLiteral("root"));
+    QHash<QString, QString> pathOf, probeOf;
     QMutex probeLock;
     QSet<QString> probeThreads;
     int probes = 0;
@@ -82,26 +89,20 @@ struct Sandbox {
         QDir().mkpath(base + QStringLiteral("/A.kext/Contents/PlugIns/P1.kext"));
         QDir().mkpath(base + QStringLiteral("/A.kext/Contents/PlugIns/P2.kext"));
         QDir().mkpath(base + QStringLiteral("/B.kext/Contents"));
+        for (const auto &kext : known) {
+            pathOf.insert(QString::fromUtf8(kext.id), QString::fromUtf8(kext.path));
+            probeOf.insert(QString::fromUtf8(kext.path), QString::fromUtf8(kext.probe));
+        }
     }
 
     SystemReport::Sources sources() {
         return {SystemPaths(root), ProcessRunner::output,
-                [](const QString &id) {
-                    for (const auto &kext : known) {
-                        if (id == QString::fromUtf8(kext.id))
-                            return QString::fromUtf8(kext.path);
-                    }
-                    return QString();
-                },
+                [this](const QString &id) { return pathOf.value(id); },
                 [this](const QString &path) {
                     QMutexLocker lock(&probeLock);
                     probeThreads << QThread::currentThread()->objectName();
                     ++probes;
-                    for (const auto &kext : known) {
-                        if (path == QString::fromUtf8(kext.path))
-                            return QString::fromUtf8(kext.probe);
-                    }
-                    return QString();
+                    return probeOf.value(path);
                 }};
     }
 };
@@ -127,22 +128,18 @@ private slots:
         QTest::addColumn<QString>("output");
         QTest::addColumn<QStringList>("expected");
 
-        const QStringList rows64{QStringLiteral("com.apple.kpi.bsd (10.8.0)"),
-                                 QStringLiteral("com.apple.kpi.iokit (10.8.0)"),
-                                 QStringLiteral("com.apple.iokit.IOACPIFamily (1.3.0)"),
-                                 QStringLiteral("com.apple.driver.AppleACPIPlatform (1.3.6)"),
-                                 QStringLiteral("org.voodoo.driver.VoodooHDA (2.7.2)"),
-                                 QStringLiteral("com.example.NoLinks (1.0)")};
+        const QStringList rows64{
+            "com.apple.kpi.bsd (10.8.0)",           "com.apple.kpi.iokit (10.8.0)",
+            "com.apple.iokit.IOACPIFamily (1.3.0)", "com.apple.driver.AppleACPIPlatform (1.3.6)",
+            "org.voodoo.driver.VoodooHDA (2.7.2)",  "com.example.NoLinks (1.0)"};
         const QString listing64 = fixture("kextstat/kextstat-64bit.txt");
         QTest::newRow("64-bit kernel") << listing64 << rows64;
         QTest::newRow("64-bit, no final newline: the last kext is lost")
             << listing64.chopped(1) << rows64.first(5);
         QTest::newRow("32-bit kernel, narrower address column")
             << fixture("kextstat/kextstat-32bit.txt")
-            << QStringList{
-                   QStringLiteral("com.apple.kernel.6.0 (7.9.9)"),
-                   QStringLiteral("com.apple.iokit.IOACPIFamily (1.2.0)"),
-                   QStringLiteral("com.apple.driver.AppleIntelCPUPowerManagement (76.2.0)")};
+            << QStringList{"com.apple.kernel.6.0 (7.9.9)", "com.apple.iokit.IOACPIFamily (1.2.0)",
+                           "com.apple.driver.AppleIntelCPUPowerManagement (76.2.0)"};
 
         const QString pad(52, QLatin1Char(' '));
         QTest::newRow("only the first \" <\" cuts") << header64 + "\n" + pad + "a.b (1) <3> <4>\n"
@@ -167,15 +164,11 @@ private slots:
         QTest::addColumn<QString>("identifier");
         QTest::addColumn<QString>("version");
 
-        QTest::newRow("no version") << "com.example.Bare"
-                                    << "com.example.Bare"
-                                    << "";
-        QTest::newRow("version without closing parenthesis") << "com.example.Cut (1.2"
-                                                             << "com.example.Cut"
-                                                             << "1.2";
-        QTest::newRow("parenthesis inside the identifier") << "com.ex)ample.Odd (3.0)"
-                                                           << "com.ex)ample.Odd"
-                                                           << "3.0";
+        row("no version", "com.example.Bare", "com.example.Bare", "");
+        row("version without closing parenthesis", "com.example.Cut (1.2", "com.example.Cut",
+            "1.2");
+        row("parenthesis inside the identifier", "com.ex)ample.Odd (3.0)", "com.ex)ample.Odd",
+            "3.0");
     }
 
     void parts() {
@@ -217,8 +210,7 @@ private slots:
 
         QTest::newRow("10.6 overview")
             << fixture("system_profiler/software-10.6.txt") << QStringLiteral("Jörg's Mac Pro");
-        QTest::newRow("fewer than six lines") << softwareHead + "\n      A: 1\n      B: 2\n"
-                                              << "";
+        row("fewer than six lines", softwareHead + "\n      A: 1\n      B: 2\n", "");
     }
 
     void defaultFileName() {
@@ -240,13 +232,9 @@ private slots:
         QTest::newRow("user name and uptime dropped by position")
             << softwareHead + "\n1\n2\n3\n4\n5\nuser\n7\n8\nuptime\n10\n"
             << hardwareHead << "1. Software Info:\n1\n2\n3\n4\n5\n7\n8\n10\n2. Hardware Info:";
-        QTest::newRow("short software: no line to drop")
-            << softwareHead + "\n1\n2\n"
-            << ""
-            << "1. Software Info:\n1\n2\n2. Hardware Info:";
-        QTest::newRow("tools printed nothing") << ""
-                                               << ""
-                                               << "1. Software Info:2. Hardware Info:";
+        row("short software: no line to drop", softwareHead + "\n1\n2\n", "",
+            "1. Software Info:\n1\n2\n2. Hardware Info:");
+        row("tools printed nothing", "", "", "1. Software Info:2. Hardware Info:");
     }
 
     void overviewSections() {
