@@ -1,4 +1,3 @@
-#include "CliRun.h"
 #include "RecordingExecutor.h"
 #include "TestScripts.h"
 #include "exec/AdminAuthentication.h"
@@ -10,6 +9,7 @@
 #include "inspect/MachODescriber.h"
 #include "inspect/MachOWriter.h"
 #include "inspect/MkextUnpackTask.h"
+#include "plist/PlistFile.h"
 #include "volumes/KextLocationIndex.h"
 
 #include <QRegularExpression>
@@ -53,6 +53,35 @@ template <typename... T> void row(const char *tag, const T &...values) {
 
 const QString kextPath = QStringLiteral("/S/L/E/My Kext.kext/Contents/MacOS/My Kext");
 
+void writeFile(const QString &path, const QByteArray &bytes) {
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+QByteArray plist(const QByteArray &body) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + body +
+           "</dict></plist>\n";
+}
+
+QByteArray infoPlist(const QString &identifier) {
+    return plist("<key>CFBundleIdentifier</key><string>" + identifier.toUtf8() +
+                 "</string><key>CFBundleName</key><string>x</string>");
+}
+
+// A kext bundle with its Info.plist in Contents.
+void makeKext(const QString &path, const QString &identifier) {
+    writeFile(path + QStringLiteral("/Contents/Info.plist"), infoPlist(identifier));
+}
+
+QByteArray customDirs(const QStringList &dirs, const QByteArray &more = {}) {
+    QByteArray body = "<key>Custom Kext Directories</key><array>";
+    for (const QString &dir : dirs)
+        body += "<string>" + dir.toUtf8() + "</string>";
+    return plist(body + "</array>" + more);
+}
+
 // A stand-in for the archive tool: records the arguments of every run and answers with
 // the error text (and optionally writes a file into the unpack folder).
 struct FakeTool {
@@ -76,13 +105,15 @@ struct FakeTool {
 } // namespace
 
 // The inspecting pieces without a window: the Mach-O describer and the processor probe
-// reading its text, the dropped-file dispatch, the mkext unpack and the test load, each with
-// stand-in tools over a temporary root.
+// reading its text, the dropped-file dispatch, the mkext unpack, and the test load with the
+// index of kext folders it adds to, each with stand-in tools over a temporary root.
 class TestInspect : public QObject {
     Q_OBJECT
 
     std::unique_ptr<QTemporaryDir> m_dir;
 
+    QString ext() const { return m_dir->filePath("Ext"); }
+    QString settings() const { return m_dir->filePath("contents/CustomKextDirs.plist"); }
     SystemPaths paths() const {
         return SystemPaths(m_dir->filePath("root"), m_dir->filePath("home"),
                            m_dir->filePath("contents"));
@@ -396,12 +427,180 @@ private slots:
         QCOMPARE(outcome.message, QStringLiteral("Architecture i386 not found in mkext."));
     }
 
+    void indexesEveryEntry() {
+        const QString folder = ext();
+        makeKext(folder + "/A.kext", "com.example.a");
+        writeFile(folder + "/.DS_Store", "junk");
+        writeFile(folder + "/readme.txt", "hello");
+        writeFile(folder + "/.hidden", "");
+        writeFile(m_dir->filePath("plain"), "x");
+
+        KextLocationIndex index(settings());
+        // A folder that is missing or a file adds nothing.
+        index.FillLists(m_dir->filePath("missing"));
+        index.FillLists(m_dir->filePath("plain"));
+        QVERIFY(index.pathes().isEmpty());
+        index.FillLists(folder);
+        QCOMPARE(index.pathes().size(), 3);
+        QCOMPARE(index.idbundles().size(), 3);
+        const qsizetype a = index.pathes().indexOf(folder + "/A.kext");
+        const qsizetype text = index.pathes().indexOf(folder + "/readme.txt");
+        QVERIFY(a >= 0 && text >= 0 && index.pathes().contains(folder + "/.hidden"));
+        QCOMPARE(index.idbundles().at(a), "com.example.a");
+        QCOMPARE(index.idbundles().at(text), QString());
+        // Only the whole identifier, with its case, finds the kext.
+        QCOMPARE(index.FindPath("com.example.a"), folder + "/A.kext");
+        QCOMPARE(index.FindPath("com.example.A"), QString());
+        QCOMPARE(index.FindPath("com.example"), QString());
+    }
+
+    void indexIdentifiers_data() {
+        QTest::addColumn<QString>("contentsPlist");
+        QTest::addColumn<QString>("topPlist");
+        QTest::addColumn<QString>("expected");
+        const QString a = QString::fromUtf8(infoPlist("com.example.contents"));
+        const QString b = QString::fromUtf8(infoPlist("com.example.top"));
+        QTest::newRow("old style top level") << QString() << b << "com.example.top";
+        QTest::newRow("contents first") << a << b << "com.example.contents";
+        // A broken Contents/Info.plist does not fall back to the top-level one.
+        QTest::newRow("malformed contents") << "<plist><dict><key>" << b << QString();
+        QTest::newRow("no identifier")
+            << QString::fromUtf8(plist("<key>CFBundleName</key><string>x</string>")) << QString()
+            << QString();
+        QTest::newRow("identifier not a string")
+            << QString::fromUtf8(plist("<key>CFBundleIdentifier</key><integer>4</integer>"))
+            << QString() << QString();
+        QTest::newRow("array instead of dictionary")
+            << "<?xml version=\"1.0\"?><plist version=\"1.0\"><array/></plist>" << QString()
+            << QString();
+        QTest::newRow("non-ASCII identifier")
+            << QString::fromUtf8(infoPlist(QStringLiteral("com.exämple.ünï"))) << QString()
+            << QStringLiteral("com.exämple.ünï");
+    }
+
+    void indexIdentifiers() {
+        QFETCH(QString, contentsPlist);
+        QFETCH(QString, topPlist);
+        QFETCH(QString, expected);
+        const QString kext = ext() + "/It's A.kext";
+        QDir().mkpath(kext);
+        if (!contentsPlist.isNull())
+            writeFile(kext + "/Contents/Info.plist", contentsPlist.toUtf8());
+        if (!topPlist.isNull())
+            writeFile(kext + "/Info.plist", topPlist.toUtf8());
+        KextLocationIndex index(settings());
+        index.FillLists(ext());
+        QCOMPARE(index.pathes(), QStringList{kext});
+        QCOMPARE(index.idbundles(), QStringList{expected});
+    }
+
+    void indexPlugInsFollowTheirKext() {
+        const QString folder = ext();
+        const QString parent = folder + "/Parent.kext";
+        makeKext(parent, "com.example.parent");
+        makeKext(parent + "/Contents/Plugins/One.kext", "p.one");
+        makeKext(parent + "/Contents/Plugins/Two.kext", "p.two");
+        // A plug-in with plug-ins of its own, at the old top-level place.
+        makeKext(parent + "/Contents/Plugins/One.kext/Plugins/Deep.kext", "p.deep");
+        makeKext(folder + "/Sibling.kext", "com.example.sibling");
+        makeKext(folder + "/Other.kext", "com.example.other");
+        // Plug-ins that lead back to the scanned folder itself end the walk.
+        QVERIFY(QFile::link(folder, folder + "/Other.kext/Contents/Plugins"));
+        // The plug-in folder is Plugins: PlugIns is found only where the file system ignores case.
+        makeKext(folder + "/Sibling.kext/Contents/PlugIns/Capital.kext", "p.capital");
+        const bool caseIgnored = QFileInfo::exists(folder + "/Sibling.kext/Contents/Plugins");
+
+        KextLocationIndex index(settings());
+        index.FillLists(folder);
+        const QStringList ids = index.idbundles();
+        QCOMPARE(ids.size(), caseIgnored ? 7 : 6);
+        QCOMPARE(ids.contains("p.capital"), caseIgnored);
+        // Whatever order the folder lists its kexts in, a kext's plug-ins (and theirs) come
+        // right after it, before the next sibling.
+        const qsizetype p = ids.indexOf("com.example.parent");
+        const qsizetype one = ids.indexOf("p.one");
+        const qsizetype two = ids.indexOf("p.two");
+        const qsizetype deep = ids.indexOf("p.deep");
+        QCOMPARE(QList<qsizetype>({one, two, deep}).count(-1), 0);
+        QCOMPARE(std::min(one, two), p + 1);
+        QCOMPARE(deep, one + 1);
+        QCOMPARE(std::max({one, two, deep}), p + 3);
+        QCOMPARE(index.pathes().at(deep), parent + "/Contents/Plugins/One.kext/Plugins/Deep.kext");
+    }
+
+    void indexRebuildScansSystemFirst() {
+        const QString sle = paths().system("/System/Library/Extensions");
+        const QString extra = paths().system("/Extra/Extensions");
+        const QString store = paths().system("/Extra/KextStore");
+        const QString custom = paths().desktop();
+        makeKext(extra + "/Same.kext", "com.example.same");
+        makeKext(sle + "/Same.kext", "com.example.same");
+        makeKext(store + "/Stored.kext", "com.example.stored");
+        makeKext(custom + "/Mine.kext", "com.example.mine");
+        writeFile(settings(), customDirs({m_dir->filePath("gone"), custom}));
+
+        KextLocationIndex index(settings());
+        index.FillLists(paths().system("/Extra")); // stale entries from an earlier use
+        index.rebuild(paths());
+        QCOMPARE(index.pathes(), (QStringList{sle + "/Same.kext", extra + "/Same.kext",
+                                              store + "/Stored.kext", custom + "/Mine.kext"}));
+        QCOMPARE(index.FindPath("com.example.same"), sle + "/Same.kext");
+        QCOMPARE(index.FindPath("com.example.mine"), custom + "/Mine.kext");
+        // A custom folder that is gone is skipped but stays in the list.
+        QCOMPARE(index.kextDirs().size(), 2);
+    }
+
+    void indexCustomFoldersLoadOnce() {
+        KextLocationIndex index(settings());
+        QCOMPARE(index.CountPathes(), 0u); // no file yet
+        writeFile(settings(), plist("<key>Other</key><string>x</string>"));
+        QCOMPARE(index.CountPathes(), 0u); // no key yet: asked again next time
+        writeFile(settings(), customDirs({"/a b", "/c'd"}));
+        // Nothing but CountPathes reads the file.
+        index.InitLists();
+        QVERIFY(index.kextDirs().isEmpty());
+        QCOMPARE(index.CountPathes(), 2u);
+        QCOMPARE(index.kextDirs(), (QStringList{"/a b", "/c'd"}));
+        // Once loaded the list is not read again.
+        writeFile(settings(), customDirs({"/x"}));
+        QCOMPARE(index.CountPathes(), 2u);
+        writeFile(settings(), "not a property list at all");
+        QCOMPARE(KextLocationIndex(settings()).CountPathes(), 0u);
+    }
+
+    // The test load asks for the count first so that the saved folders are loaded and the
+    // new one joins them instead of replacing them; other keys of the file stay, and its
+    // folder is made when missing.
+    void indexAddKextPathSavesParentFolder() {
+        const QString file = m_dir->filePath("fresh/config/CustomKextDirs.plist");
+        writeFile(file, customDirs({"/saved"}, "<key>Other</key><string>kept</string>"));
+        KextLocationIndex index(file);
+        QCOMPARE(index.CountPathes(), 1u);
+        const QString desktop = m_dir->filePath(QStringLiteral("Dësk top"));
+        index.AddKextPath(desktop + "/It's.kext");
+        index.AddKextPath(desktop + "/Second.kext/");
+        index.AddKextPath("/saved/Y.kext");
+        QCOMPARE(index.kextDirs(), (QStringList{"/saved", desktop}));
+
+        // The file was written at once; a new run finds the folders again.
+        KextLocationIndex nextRun(file);
+        QCOMPARE(nextRun.CountPathes(), 2u);
+        QCOMPARE(nextRun.PathAtId(1), desktop);
+        const auto saved = PlistFile::readDictionary(file);
+        QVERIFY(saved);
+        QCOMPARE(PlistFile::string(*saved, "Other"), std::optional<QString>("kept"));
+
+        QDir(m_dir->filePath("fresh")).removeRecursively();
+        index.AddKextPath("/a/B.kext");
+        QCOMPARE(KextLocationIndex(file).CountPathes(), 3u);
+    }
+
     // A kext gone while the password was asked for stops before any command (a refused
     // authorization is the check page's test). Then the loader's text is the failure; no
     // text, or none readable, is a load.
     void testLoad() {
         RecordingExecutor executor;
-        KextLocationIndex index(m_dir->filePath("contents/CustomKextDirs.plist"));
+        KextLocationIndex index(settings());
         QList<QStringList> rootRuns;
         auto load = [&](const QString &kext, std::optional<QString> answer) {
             const KextTestLoad testLoad(
@@ -422,8 +621,7 @@ private slots:
         QVERIFY(!QFileInfo::exists(index.settingsFile()));
 
         // A folder saved by an earlier run must survive the new one being added.
-        QVERIFY(writePlist(index.settingsFile(), "<key>Custom Kext Directories</key><array>"
-                                                 "<string>/earlier</string></array>"));
+        writeFile(index.settingsFile(), customDirs({"/earlier"}));
         const QString kext = m_dir->filePath("My Desk's/Bad Kext.kext");
         QDir().mkpath(kext);
         const QString loader =
