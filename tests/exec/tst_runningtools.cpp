@@ -1,15 +1,16 @@
-#include "FakeSudo.h"
-#include "RecordingLog.h"
-#include "ScriptedPrompt.h"
+#include "TestScripts.h"
 #include "exec/AdminAuthentication.h"
+#include "exec/PasswordPrompt.h"
 #include "exec/ProcessRunner.h"
 #include "exec/RootScript.h"
+#include "exec/SystemLog.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <cerrno>
+#include <optional>
 #include <sys/wait.h>
 
 namespace {
@@ -25,6 +26,49 @@ bool zombieLeft() {
     return ::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid != 0;
 }
 
+// A stand-in for sudo with a state file as its timestamp: "-n -v" succeeds while the
+// file exists, "-S -p '' -v" creates it when standard input brings "secret", "-k"
+// removes it, "-n -- TOOL ARGS" runs the tool while it exists. Every call's arguments
+// are appended to STATE.calls so tests can check that no password was ever an argument.
+QString writeFakeSudo(const QDir &dir) {
+    return writeScript(dir, QStringLiteral("sudo"), R"(state="$FAKE_SUDO_STATE"
+printf '%s\n' "$*" >> "$state.calls"
+case "$1" in
+  -n) shift
+      if [ "$1" = "-v" ]; then [ -f "$state" ] && exit 0; exit 1; fi
+      if [ "$1" = "--" ]; then
+          shift
+          [ -f "$state" ] || { echo "sudo: a password is required" >&2; exit 1; }
+          exec "$@"
+      fi ;;
+  -S) [ "$2" = "-p" ] && [ -z "$3" ] && [ "$4" = "-v" ] || exit 2
+      read -r pw
+      [ "$pw" = "secret" ] && { : > "$state"; exit 0; }
+      exit 1 ;;
+  -k) rm -f "$state"; exit 0 ;;
+esac
+exit 1
+)");
+}
+
+// The password dialog as a test scripts it: gives `answer` (none: cancelled) and counts
+// how often it was asked.
+class ScriptedPrompt final : public PasswordPrompt {
+public:
+    std::optional<QString> answer;
+    int asked = 0;
+    std::optional<QString> askPassword(const QString &) override {
+        ++asked;
+        return answer;
+    }
+};
+
+class RecordingLog final : public SystemLog {
+public:
+    QList<QByteArray> entries;
+    void write(const QByteArray &entry) override { entries << entry; }
+};
+
 class CountingDelegate final : public AuthenticationDelegate {
 public:
     int authorized = 0, deauthorized = 0, executed = 0, failed = 0;
@@ -33,28 +77,26 @@ public:
     void authenticationDidExecute(AdminAuthentication *) override { ++executed; }
     void authenticationFailedExecute(AdminAuthentication *) override { ++failed; }
 };
+
+// A session with everything that reaches its dialog, log and delegate recorded.
+struct Session {
+    ScriptedPrompt prompt;
+    RecordingLog log;
+    CountingDelegate delegate;
+    AdminAuthentication auth;
+    Session(const AdminAuthentication::Config &config, std::optional<QString> answer = {})
+        : auth(config, &prompt, &log) {
+        prompt.answer = answer;
+        auth.setDelegate(&delegate);
+    }
+};
 } // namespace
 
 // Running tools: the process runner, the administrator session over a stand-in sudo, and
 // the root script that runs in it.
 class TestRunningTools : public QObject {
     Q_OBJECT
-private slots:
-    void init();
-    void streamsAreSeparated_data();
-    void streamsAreSeparated();
-    void returnsWhenOutputClosesNotAtExit();
-    void leavesNoZombie();
-    void sessionFollowsSudosTimestamp();
-    void refusedOrWrongPasswordRunsNothing_data();
-    void refusedOrWrongPasswordRunsNothing();
-    void grantedRunIsLogged();
-    void directModeNeverAsks();
-    void rootScriptArgumentIsOneWord_data();
-    void rootScriptArgumentIsOneWord();
-    void refusedRootScriptIsLeft();
 
-private:
     AdminAuthentication::Config config() const {
         AdminAuthentication::Config c;
         c.sudo = m_sudo;
@@ -72,197 +114,187 @@ private:
     QString m_home; // with a blank, so an unquoted log path would split into two words
     QString m_record;
     int m_tools = 0;
+
+private slots:
+    void init() {
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_sudo = writeFakeSudo(QDir(m_dir->path()));
+        m_state = m_dir->filePath("granted");
+        qputenv("FAKE_SUDO_STATE", m_state.toLocal8Bit());
+        m_home = m_dir->filePath("ho me");
+        m_record = m_dir->filePath("record.txt");
+        QDir().mkpath(m_home);
+        QDir().mkpath(m_dir->filePath("bin"));
+        // Records its arguments one per line, the way a root tool found by bare name would
+        // receive them.
+        writeScript(QDir(m_dir->filePath("bin")), QStringLiteral("kextrecord"),
+                    "for a in \"$@\"; do printf '[%s]\\n' \"$a\"; done > \"$RECORD\"\n");
+        qputenv("RECORD", m_record.toLocal8Bit());
+    }
+
+    void streamsAreSeparated_data() {
+        QTest::addColumn<QByteArray>("body"); // empty: there is no tool
+        QTest::addColumn<QString>("out");     // "<absent>": no text at all
+        QTest::addColumn<QString>("err");
+        const QString absent = QStringLiteral("<absent>");
+        QTest::newRow("both, non-ASCII") << QByteArray("printf 'Gr\\303\\274n'; echo to-err >&2\n")
+                                         << QStringLiteral("Grün") << QString("to-err\n");
+        QTest::newRow("nothing") << QByteArray("exit 3\n") << QString() << QString();
+        QTest::newRow("invalid UTF-8")
+            << QByteArray("printf 'caf\\351'\nprintf '\\377' >&2\n") << absent << absent;
+        QTest::newRow("multi-byte sequence cut short at the end")
+            << QByteArray("printf 'ab\\303'\n") << absent << QString();
+        QTest::newRow("missing tool") << QByteArray() << absent << absent;
+    }
+
+    void streamsAreSeparated() {
+        QFETCH(QByteArray, body);
+        QFETCH(QString, out);
+        QFETCH(QString, err);
+        const QString program = body.isEmpty() ? m_dir->filePath("no-such-tool") : tool(body);
+        QCOMPARE(ProcessRunner::output(program, {}).value_or("<absent>"), out);
+        QCOMPARE(ProcessRunner::errorOutput(program, {}).value_or("<absent>"), err);
+    }
+
+    void returnsWhenOutputClosesNotAtExit() {
+        const QString linger = tool("echo done\nexec >&- 2>&-\nsleep 5\n");
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(ProcessRunner::output(linger, {}).value_or("absent"), QStringLiteral("done\n"));
+        QVERIFY2(timer.elapsed() < 3000, "the runner waited for the tool's exit");
+    }
+
+    void leavesNoZombie() {
+        const QString quick = tool("echo hi\n");
+        for (int i = 0; i < 5; ++i)
+            QVERIFY(ProcessRunner::output(quick, {}).has_value());
+        QTRY_VERIFY_WITH_TIMEOUT(!zombieLeft(), 3000);
+    }
+
+    // sudo's timestamp is the session: while it lasts nothing is asked; ending the session
+    // drops it, once however often it is ended; then the password is asked once for the tasks
+    // that follow.
+    void sessionFollowsSudosTimestamp() {
+        grant();
+        Session session(config(), QStringLiteral("secret"));
+        auto &[prompt, log, delegate, auth] = session;
+        auth.deauthenticate(); // no session yet: nothing happens
+        QCOMPARE(delegate.deauthorized, 0);
+        QVERIFY(auth.authenticate("root"));
+        QVERIFY(auth.authorizeRootTask());
+        QCOMPARE(prompt.asked, 0);
+        QCOMPARE(delegate.authorized, 0);
+        auth.deauthenticate();
+        QCOMPARE(delegate.deauthorized, 1);
+        QVERIFY(!QFile::exists(m_state)); // sudo -k dropped the timestamp
+
+        QVERIFY(auth.authorizeRootTask());
+        QVERIFY(auth.authorizeRootTask());
+        QCOMPARE(prompt.asked, 1);
+        QCOMPARE(delegate.authorized, 1);
+        auth.deauthenticate();
+        auth.deauthenticate();
+        QCOMPARE(delegate.deauthorized, 2);
+        QVERIFY2(!calls().contains("secret"), "the password reached sudo's command line");
+        QVERIFY2(log.entries.isEmpty(), "authorizing wrote to the log");
+    }
+
+    void refusedOrWrongPasswordRunsNothing_data() {
+        QTest::addColumn<std::optional<QString>>("answer");
+        QTest::newRow("cancelled") << std::optional<QString>();
+        QTest::newRow("wrong password") << std::optional<QString>(QStringLiteral("guess"));
+    }
+
+    void refusedOrWrongPasswordRunsNothing() {
+        QFETCH(std::optional<QString>, answer);
+        Session session(config(), answer);
+        auto &[prompt, log, delegate, auth] = session;
+        QVERIFY(!auth.authorizeRootTask());
+        QCOMPARE(prompt.asked, 1);
+        QCOMPARE(delegate.authorized, 0);
+        // The next root run asks again; refused, it launches nothing and logs nothing.
+        QVERIFY(!auth.executeCommandSynced(tool("echo ran\n"), {}));
+        QCOMPARE(prompt.asked, 2);
+        QVERIFY(log.entries.isEmpty());
+        QCOMPARE(delegate.executed + delegate.failed, 0);
+        QVERIFY2(!calls().contains("guess"), "the password reached sudo's command line");
+    }
+
+    // Through sudo the tool gets at most 19 arguments; its output reaches the log as it comes,
+    // in pieces of at most 1024 bytes, and no output makes no entry.
+    void grantedRunIsLogged() {
+        grant();
+        RecordingLog log;
+        AdminAuthentication auth(config(), nullptr, &log);
+        QVERIFY(auth.executeCommandSynced(tool(":\n"), {}));
+        QVERIFY(log.entries.isEmpty());
+        QStringList args;
+        for (int i = 1; i <= 20; ++i)
+            args << QString::number(i);
+        QVERIFY(auth.executeCommandSynced(
+            tool("echo \"$# $1 ${19}\"\nhead -c 5000 /dev/zero | tr '\\0' x\n"), args));
+        QCOMPARE(log.entries.join(), "19 1 19\n" + QByteArray(5000, 'x'));
+        QVERIFY(log.entries.size() >= 5);
+        for (const QByteArray &entry : log.entries)
+            QVERIFY(entry.size() <= 1024);
+    }
+
+    // Run as root already (or on a sandbox), root tasks need no password and no sudo; a tool
+    // that cannot be started is logged the way the system's own call reports it.
+    void directModeNeverAsks() {
+        AdminAuthentication::Config direct;
+        direct.direct = true;
+        direct.sudo = m_dir->filePath("not-there");
+        Session session(direct);
+        auto &[prompt, log, delegate, auth] = session;
+        QVERIFY(auth.authorizeRootTask());
+        QVERIFY(auth.executeCommandSynced(tool("echo direct\n"), {}));
+        QCOMPARE(log.entries, QList<QByteArray>{"direct\n"});
+        QCOMPARE(prompt.asked, 0);
+        QCOMPARE(delegate.executed, 1);
+
+        log.entries.clear();
+        QVERIFY(!auth.executeCommandSynced(m_dir->filePath("missing-tool"), {}));
+        QCOMPARE(log.entries, QList<QByteArray>{"Error " + QByteArray::number(ENOENT) +
+                                                " in AuthorizationExecuteWithPrivileges"});
+        QCOMPARE(delegate.failed, 1);
+    }
+
+    void rootScriptArgumentIsOneWord_data() {
+        QTest::addColumn<QString>("argument");
+        QTest::newRow("empty") << QString();
+        QTest::newRow("hostile, non-ASCII")
+            << QStringLiteral("/Volumes/Données/it's $(touch pwned) `id` ; rm -rf Ünï.kext");
+    }
+
+    // The argument reaches the tool as one word, never as shell code; neither the script nor
+    // its log is left behind.
+    void rootScriptArgumentIsOneWord() {
+        QFETCH(QString, argument);
+        AdminAuthentication::Config config;
+        config.direct = true;
+        config.environment = {QStringLiteral("PATH=") + m_dir->filePath("bin") + ":/usr/bin:/bin"};
+        RecordingLog log;
+        AdminAuthentication auth(config, nullptr, &log);
+        RootScript script(auth, m_home);
+        QCOMPARE(script.run("kextrecord", argument).value_or("absent"), QString());
+        QCOMPARE(QString::fromUtf8(readFile(m_record)), "[" + argument + "]\n");
+        QVERIFY(!QFile::exists(QStringLiteral("pwned"))); // in our working folder
+        QVERIFY(!QFile::exists(script.scriptPath()));
+        QVERIFY(!QFile::exists(script.logPath()));
+    }
+
+    void refusedRootScriptIsLeft() {
+        ScriptedPrompt prompt; // cancelled
+        AdminAuthentication auth(config(), &prompt, nullptr);
+        RootScript script(auth, m_home);
+        QVERIFY(!script.run("kextrecord", "/x/It's.kext").has_value());
+        QCOMPARE(prompt.asked, 1);
+        QVERIFY(!QFile::exists(m_record));
+        QCOMPARE(readFile(m_home + "/qz_scr.sh"),
+                 "kextrecord '/x/It'\\''s.kext' 2> '" + m_home.toUtf8() + "/qz_log.txt'");
+    }
 };
-
-void TestRunningTools::init() {
-    m_dir = std::make_unique<QTemporaryDir>();
-    m_sudo = writeFakeSudo(QDir(m_dir->path()));
-    m_state = m_dir->filePath("granted");
-    qputenv("FAKE_SUDO_STATE", m_state.toLocal8Bit());
-    m_home = m_dir->filePath("ho me");
-    m_record = m_dir->filePath("record.txt");
-    QDir().mkpath(m_home);
-    QDir().mkpath(m_dir->filePath("bin"));
-    // Records its arguments one per line, the way a root tool found by bare name would
-    // receive them.
-    writeScript(QDir(m_dir->filePath("bin")), QStringLiteral("kextrecord"),
-                "for a in \"$@\"; do printf '[%s]\\n' \"$a\"; done > \"$RECORD\"\n");
-    qputenv("RECORD", m_record.toLocal8Bit());
-}
-
-void TestRunningTools::streamsAreSeparated_data() {
-    QTest::addColumn<QByteArray>("body"); // empty: there is no tool
-    QTest::addColumn<QString>("out");     // "<absent>": no text at all
-    QTest::addColumn<QString>("err");
-    const QString absent = QStringLiteral("<absent>");
-    QTest::newRow("both, non-ASCII") << QByteArray("printf 'Gr\\303\\274n'; echo to-err >&2\n")
-                                     << QStringLiteral("Grün") << QString("to-err\n");
-    QTest::newRow("nothing") << QByteArray("exit 3\n") << QString() << QString();
-    QTest::newRow("invalid UTF-8")
-        << QByteArray("printf 'caf\\351'\nprintf '\\377' >&2\n") << absent << absent;
-    QTest::newRow("multi-byte sequence cut short at the end")
-        << QByteArray("printf 'ab\\303'\n") << absent << QString();
-    QTest::newRow("missing tool") << QByteArray() << absent << absent;
-}
-
-void TestRunningTools::streamsAreSeparated() {
-    QFETCH(QByteArray, body);
-    QFETCH(QString, out);
-    QFETCH(QString, err);
-    const QString program = body.isEmpty() ? m_dir->filePath("no-such-tool") : tool(body);
-    QCOMPARE(ProcessRunner::output(program, {}).value_or("<absent>"), out);
-    QCOMPARE(ProcessRunner::errorOutput(program, {}).value_or("<absent>"), err);
-}
-
-void TestRunningTools::returnsWhenOutputClosesNotAtExit() {
-    const QString linger = tool("echo done\nexec >&- 2>&-\nsleep 5\n");
-    QElapsedTimer timer;
-    timer.start();
-    QCOMPARE(ProcessRunner::output(linger, {}).value_or("absent"), QStringLiteral("done\n"));
-    QVERIFY2(timer.elapsed() < 3000, "the runner waited for the tool's exit");
-}
-
-void TestRunningTools::leavesNoZombie() {
-    const QString quick = tool("echo hi\n");
-    for (int i = 0; i < 5; ++i)
-        QVERIFY(ProcessRunner::output(quick, {}).has_value());
-    QTRY_VERIFY_WITH_TIMEOUT(!zombieLeft(), 3000);
-}
-
-// sudo's timestamp is the session: while it lasts nothing is asked; ending the session
-// drops it, once however often it is ended; then the password is asked once for the tasks
-// that follow.
-void TestRunningTools::sessionFollowsSudosTimestamp() {
-    grant();
-    ScriptedPrompt prompt;
-    prompt.answer = QStringLiteral("secret");
-    RecordingLog log;
-    CountingDelegate delegate;
-    AdminAuthentication auth(config(), &prompt, &log);
-    auth.setDelegate(&delegate);
-    auth.deauthenticate(); // no session yet: nothing happens
-    QCOMPARE(delegate.deauthorized, 0);
-    QVERIFY(auth.authenticate("root"));
-    QVERIFY(auth.authorizeRootTask());
-    QCOMPARE(prompt.asked, 0);
-    QCOMPARE(delegate.authorized, 0);
-    auth.deauthenticate();
-    QCOMPARE(delegate.deauthorized, 1);
-    QVERIFY(!QFile::exists(m_state)); // sudo -k dropped the timestamp
-
-    QVERIFY(auth.authorizeRootTask());
-    QVERIFY(auth.authorizeRootTask());
-    QCOMPARE(prompt.asked, 1);
-    QCOMPARE(delegate.authorized, 1);
-    auth.deauthenticate();
-    auth.deauthenticate();
-    QCOMPARE(delegate.deauthorized, 2);
-    QVERIFY2(!calls().contains("secret"), "the password reached sudo's command line");
-    QVERIFY2(log.entries.isEmpty(), "authorizing wrote to the log");
-}
-
-void TestRunningTools::refusedOrWrongPasswordRunsNothing_data() {
-    QTest::addColumn<std::optional<QString>>("answer");
-    QTest::newRow("cancelled") << std::optional<QString>();
-    QTest::newRow("wrong password") << std::optional<QString>(QStringLiteral("guess"));
-}
-
-void TestRunningTools::refusedOrWrongPasswordRunsNothing() {
-    QFETCH(std::optional<QString>, answer);
-    ScriptedPrompt prompt;
-    prompt.answer = answer;
-    RecordingLog log;
-    CountingDelegate delegate;
-    AdminAuthentication auth(config(), &prompt, &log);
-    auth.setDelegate(&delegate);
-    QVERIFY(!auth.authorizeRootTask());
-    QCOMPARE(prompt.asked, 1);
-    QCOMPARE(delegate.authorized, 0);
-    // The next root run asks again; refused, it launches nothing and logs nothing.
-    QVERIFY(!auth.executeCommandSynced(tool("echo ran\n"), {}));
-    QCOMPARE(prompt.asked, 2);
-    QVERIFY(log.entries.isEmpty());
-    QCOMPARE(delegate.executed + delegate.failed, 0);
-    QVERIFY2(!calls().contains("guess"), "the password reached sudo's command line");
-}
-
-// Through sudo the tool gets at most 19 arguments; its output reaches the log as it comes,
-// in pieces of at most 1024 bytes, and no output makes no entry.
-void TestRunningTools::grantedRunIsLogged() {
-    grant();
-    RecordingLog log;
-    AdminAuthentication auth(config(), nullptr, &log);
-    QVERIFY(auth.executeCommandSynced(tool(":\n"), {}));
-    QVERIFY(log.entries.isEmpty());
-    QStringList args;
-    for (int i = 1; i <= 20; ++i)
-        args << QString::number(i);
-    QVERIFY(auth.executeCommandSynced(
-        tool("echo \"$# $1 ${19}\"\nhead -c 5000 /dev/zero | tr '\\0' x\n"), args));
-    QCOMPARE(log.entries.join(), "19 1 19\n" + QByteArray(5000, 'x'));
-    QVERIFY(log.entries.size() >= 5);
-    for (const QByteArray &entry : log.entries)
-        QVERIFY(entry.size() <= 1024);
-}
-
-// Run as root already (or on a sandbox), root tasks need no password and no sudo; a tool
-// that cannot be started is logged the way the system's own call reports it.
-void TestRunningTools::directModeNeverAsks() {
-    ScriptedPrompt prompt;
-    RecordingLog log;
-    CountingDelegate delegate;
-    AdminAuthentication::Config direct;
-    direct.direct = true;
-    direct.sudo = m_dir->filePath("not-there");
-    AdminAuthentication auth(direct, &prompt, &log);
-    auth.setDelegate(&delegate);
-    QVERIFY(auth.authorizeRootTask());
-    QVERIFY(auth.executeCommandSynced(tool("echo direct\n"), {}));
-    QCOMPARE(log.entries, QList<QByteArray>{"direct\n"});
-    QCOMPARE(prompt.asked, 0);
-    QCOMPARE(delegate.executed, 1);
-
-    log.entries.clear();
-    QVERIFY(!auth.executeCommandSynced(m_dir->filePath("missing-tool"), {}));
-    QCOMPARE(log.entries, QList<QByteArray>{"Error " + QByteArray::number(ENOENT) +
-                                            " in AuthorizationExecuteWithPrivileges"});
-    QCOMPARE(delegate.failed, 1);
-}
-
-void TestRunningTools::rootScriptArgumentIsOneWord_data() {
-    QTest::addColumn<QString>("argument");
-    QTest::newRow("empty") << QString();
-    QTest::newRow("hostile, non-ASCII")
-        << QStringLiteral("/Volumes/Données/it's $(touch pwned) `id` ; rm -rf Ünï.kext");
-}
-
-// The argument reaches the tool as one word, never as shell code; neither the script nor
-// its log is left behind.
-void TestRunningTools::rootScriptArgumentIsOneWord() {
-    QFETCH(QString, argument);
-    AdminAuthentication::Config config;
-    config.direct = true;
-    config.environment = {QStringLiteral("PATH=") + m_dir->filePath("bin") + ":/usr/bin:/bin"};
-    RecordingLog log;
-    AdminAuthentication auth(config, nullptr, &log);
-    RootScript script(auth, m_home);
-    QCOMPARE(script.run("kextrecord", argument).value_or("absent"), QString());
-    QCOMPARE(QString::fromUtf8(readFile(m_record)), "[" + argument + "]\n");
-    QVERIFY(!QFile::exists(QStringLiteral("pwned"))); // in our working folder
-    QVERIFY(!QFile::exists(script.scriptPath()));
-    QVERIFY(!QFile::exists(script.logPath()));
-}
-
-void TestRunningTools::refusedRootScriptIsLeft() {
-    ScriptedPrompt prompt; // cancelled
-    AdminAuthentication auth(config(), &prompt, nullptr);
-    RootScript script(auth, m_home);
-    QVERIFY(!script.run("kextrecord", "/x/It's.kext").has_value());
-    QCOMPARE(prompt.asked, 1);
-    QVERIFY(!QFile::exists(m_record));
-    QCOMPARE(readFile(m_home + "/qz_scr.sh"),
-             "kextrecord '/x/It'\\''s.kext' 2> '" + m_home.toUtf8() + "/qz_log.txt'");
-}
 
 QTEST_GUILESS_MAIN(TestRunningTools)
 #include "tst_runningtools.moc"
