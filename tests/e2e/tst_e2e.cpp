@@ -55,12 +55,11 @@ public:
             QDir(m_root).removeRecursively();
     }
 
-    // The report lays out its path column by the longest path, so the sandbox that a report
-    // is compared on lies at a fixed root.
-    static QString reportRoot() { return "/tmp/kk-e2e-win/Mac's sandbox"; }
-    static QString expectedReport() {
-        QFile file(KK_FIXTURES "/report/sandbox-report.txt");
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    // A file's text; a file that cannot be read gives a text no file here holds.
+    static QString readText(const QString &path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll())
+                                              : "unreadable " + path;
     }
 
     // `fixedRoot` empty: a temporary root with a blank, an apostrophe and an umlaut. What an
@@ -120,9 +119,10 @@ public:
     }
     void clearLog() const { QFile::remove(StandInScripts::logPath(m_root)); }
 
-    QString rebuild(const QString &mkext, const QString &folder) const {
-        return tool("/usr/sbin/kextcache",
-                    {"-v", "1", "-a", "i386", "-a", "x86_64", "-m", mkext, folder});
+    // The Extra folder's archive rebuilt from `folder`.
+    QString rebuild(const QString &folder) const {
+        return tool("/usr/sbin/kextcache", {"-v", "1", "-a", "i386", "-a", "x86_64", "-m",
+                                            r("Extra/Extensions.mkext"), folder});
     }
 
     // Maintenance of "Macintosh HD" with all four options.
@@ -133,7 +133,7 @@ public:
             tool("/usr/sbin/chown", {"-R", "0:0", extensions}),
             tool("/bin/chmod", {"-R", "755", extensions}),
             tool("/usr/bin/touch", {extensions}),
-            rebuild(r("Extra/Extensions.mkext"), extensions),
+            rebuild(extensions),
             tool("/usr/sbin/chown", {"-R", "0:0", sle}),
             tool("/bin/chmod", {"-R", "755", sle}),
             tool("/usr/sbin/diskutil", {"repairpermissions", r()}),
@@ -169,7 +169,7 @@ public:
             tool("/usr/sbin/chown", {"-R", "0:0", d}),
             tool("/bin/chmod", {"-R", "755", d}),
             tool("/usr/bin/touch", {d}),
-            rebuild(r("Extra/Extensions.mkext"), d),
+            rebuild(d),
         };
     }
     // The replaced bundle went to one dated backup folder first; the new ones are in place.
@@ -184,10 +184,13 @@ public:
                QFileInfo::exists(d + "/Zed's Ü driver.kext/Contents/Info.plist");
     }
 
-    QStringList kextStoreCommands() const {
+    // Our own builder, used without kextcache, writes no line in the log.
+    QStringList kextStoreCommands(bool kextcache) const {
         const QString store = r("Extra/KextStore");
-        return {tool("/bin/mv", {r("Extra/Extensions"), store}),
-                rebuild(r("Extra/Extensions.mkext"), store)};
+        QStringList commands{tool("/bin/mv", {r("Extra/Extensions"), store})};
+        if (kextcache)
+            commands << rebuild(store);
+        return commands;
     }
     bool convertedToKextStore() const {
         return QFileInfo::exists(r("Extra/KextStore/ExampleSensors.kext")) &&
@@ -353,7 +356,6 @@ private slots:
         row("thin ppc object", "LegacyVideo", "Contents/MacOS/SandboxLegacyVideo", "ppc");
         row("old-style bundle", "OldSerial", "SandboxOldSerial", "i386");
     }
-
     void kextBundles() {
         QFETCH(QString, bundle);
         QFETCH(QString, identifier);
@@ -461,7 +463,6 @@ private slots:
             {"-a", "ppc", "-d", "/tmp", "/Extra/Extensions.mkext"}, 1, "",
             "Architecture ppc not found in mkext.\n");
     }
-
     void toolsAnswerAsOnAMac() {
         QFETCH(QString, tool);
         QFETCH(QStringList, args);
@@ -539,12 +540,10 @@ private slots:
 
     void chflagsRecordsBesideTheFolder() {
         const QString extra = m_sandbox.volume("Macintosh HD/Extra");
-        QFile record(m_sandbox.volume("Macintosh HD/.Extra.flags"));
+        const QString record = m_sandbox.volume("Macintosh HD/.Extra.flags");
         for (const QString flag : {"hidden", "nohidden"}) {
             QCOMPARE(m_sandbox.run("/usr/bin/chflags", {flag, extra}).status, 0);
-            QVERIFY(record.open(QIODevice::ReadOnly));
-            QCOMPARE(record.readAll(), flag.toUtf8() + '\n');
-            record.close();
+            QCOMPARE(SandboxMac::readText(record), flag + '\n');
         }
     }
 
@@ -553,7 +552,6 @@ private slots:
         QTest::newRow("prelink off") << false;
         QTest::newRow("prelink on") << true;
     }
-
     void maintenanceWithAllFourOptions() {
         QFETCH(bool, prelink);
         QVERIFY(startCli(prelink));
@@ -614,19 +612,14 @@ private slots:
         QTest::newRow("with kextcache") << true;
         QTest::newRow("without kextcache") << false;
     }
-
     void convertToKextStore() {
         QFETCH(bool, kextcache);
-        // Our own builder writes no line in the log: only the move is there without kextcache.
         QVERIFY(startCli());
-        QStringList expected = m_cli->kextStoreCommands();
-        if (!kextcache) {
-            expected.removeLast();
+        if (!kextcache)
             QVERIFY(QFile::remove(m_cli->path("/usr/sbin/kextcache")));
-        }
         const CliRun run = cli({"extra", "to-kextstore", "--volume", "Macintosh HD", "--yes"});
         QVERIFY2(run.status == 0, qPrintable(run.err));
-        QCOMPARE(m_cli->logLines(), expected);
+        QCOMPARE(m_cli->logLines(), m_cli->kextStoreCommands(kextcache));
         QVERIFY(m_cli->convertedToKextStore());
 
         start();
@@ -643,10 +636,7 @@ private slots:
         QCOMPARE(box->text(), "Continue?");
         QCOMPARE(box->defaultButton()->text(), "Yes");
         box->defaultButton()->click();
-        expected = m_mac->kextStoreCommands();
-        if (!kextcache)
-            expected.removeLast();
-        QTRY_COMPARE_WITH_TIMEOUT(m_mac->logLines(), expected, 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_mac->logLines(), m_mac->kextStoreCommands(kextcache), 30000);
         QVERIFY(m_mac->convertedToKextStore());
         QTRY_VERIFY(QFileInfo(mkext).size() > 0);
         QVERIFY(m_sheets.texts.isEmpty());
@@ -668,7 +658,6 @@ private slots:
             << "%1 failed to load - (libkern/kext) not loadable (reason unspecified); check the "
                "system/kernel logs for errors or try kextutil(8).\n";
     }
-
     void testLoad() {
         QFETCH(QString, name);
         QFETCH(QString, error);
@@ -703,7 +692,6 @@ private slots:
             << "Failed to unload com.sandboxmac.iokit.ACPIFamily - (libkern/kext) kext is in use "
                "or retained (cannot unload).";
     }
-
     void unloadByCommandLine() {
         QFETCH(QString, bundle);
         QFETCH(QString, error);
@@ -769,14 +757,15 @@ private slots:
     }
 
     void savedReport() {
-        const QString root = SandboxMac::reportRoot();
+        // The report lays out its path column by the longest path, so the sandbox that it is
+        // compared on lies at a fixed root.
+        const QString root = "/tmp/kk-e2e-win/Mac's sandbox";
+        const QString expected = SandboxMac::readText(KK_FIXTURES "/report/sandbox-report.txt");
         QVERIFY(startCli(false, root));
         const CliRun run = cli({"report", m_cli->desktop() + "/Sandbox Mac.txt"});
         QVERIFY2(run.status == 0, qPrintable(run.err));
         QCOMPARE(run.out, "Saved.\n");
-        QFile written(m_cli->desktop() + "/Sandbox Mac.txt");
-        QVERIFY(written.open(QIODevice::ReadOnly));
-        QCOMPARE(QString::fromUtf8(written.readAll()), SandboxMac::expectedReport());
+        QCOMPARE(SandboxMac::readText(m_cli->desktop() + "/Sandbox Mac.txt"), expected);
         QStringList log = m_cli->logLines();
         log.sort();
         QCOMPARE(log, m_cli->reportCommands());
@@ -794,9 +783,7 @@ private slots:
         QVERIFY(ended.wait(30000));
         QCOMPARE(offered, "Sandbox Mac");
         QCOMPARE(m_sheets.texts, QStringList{"info: Saved."});
-        QFile saved(file);
-        QVERIFY(saved.open(QIODevice::ReadOnly));
-        QCOMPARE(QString::fromUtf8(saved.readAll()), SandboxMac::expectedReport());
+        QCOMPARE(SandboxMac::readText(file), expected);
         log = m_mac->logLines();
         QVERIFY(!log.isEmpty());
         QCOMPARE(log.takeFirst(), m_mac->software());
