@@ -41,15 +41,10 @@ QByteArray thinMachO(uint32_t cputype, const QByteArray &payload) {
     const uint32_t magic = is64 ? 0xfeedfacf : 0xfeedface;
     const uint32_t subtype = (cputype & 0xffffff) == I386 ? 3 : 0;
     const uint32_t fields[] = {magic, cputype, subtype, is64 ? 11u : 1u, 0, 0, 0, 0};
-    QByteArray out;
-    for (int i = 0; i < (is64 ? 8 : 7); ++i) {
-        char buffer[4];
-        if ((cputype & 0xffffff) == PPC)
-            qToBigEndian<quint32>(fields[i], buffer);
-        else
-            qToLittleEndian<quint32>(fields[i], buffer);
-        out.append(buffer, 4);
-    }
+    QByteArray out(is64 ? 32 : 28, '\0');
+    for (int i = 0; i < out.size() / 4; ++i)
+        (cputype & 0xffffff) == PPC ? qToBigEndian<quint32>(fields[i], out.data() + 4 * i)
+                                    : qToLittleEndian<quint32>(fields[i], out.data() + 4 * i);
     return out + payload;
 }
 
@@ -171,34 +166,6 @@ QString safeName(QString tag) {
     return tag.replace(QRegularExpression("[^A-Za-z0-9]+"), "-");
 }
 
-// The folder of the round trip: universal code, a codeless kext, a plug-in with code for
-// one processor only, a kext with only PowerPC code, and non-ASCII names.
-struct Sample {
-    QString folder;
-    QByteArray aIntel64, aIntel32, uIntel64, uIntel32, plugIntel64;
-};
-
-Sample writeSample(const QString &folder) {
-    Sample s;
-    s.folder = folder;
-    s.aIntel64 = thinMachO(X86_64, randomBytes(20000, 1)); // incompressible: stored
-    s.aIntel32 = thinMachO(I386, randomBytes(9000, 2));
-    s.uIntel64 = thinMachO(X86_64, QByteArray(30000, 'k')); // compressible
-    s.uIntel32 = thinMachO(I386, QByteArray("i386 code ").repeated(500));
-    s.plugIntel64 = thinMachO(X86_64, randomBytes(4000, 3));
-    writeKext(folder, "A Kext", "com.example.a", "1.0",
-              fatMachO({{X86_64, s.aIntel64}, {I386, s.aIntel32}}),
-              "<key>OSBundleLibraries</key><dict><key>com.apple.kpi.libkern</key>"
-              "<string>10.0</string></dict><key>Flag</key><true/><key>Count</key>"
-              "<integer>42</integer><key>Blob</key><data>AAECAwQ=</data>");
-    writeKext(folder, "NoCode", "com.example.nocode", "2.0", QByteArray());
-    writeKext(folder, "PPCOnly", "com.example.ppc", "0.1", thinMachO(PPC, "ppc"));
-    const QString u = writeKext(folder, "Ünïcode Drïver's", "com.example.ü", "3.1",
-                                fatMachO({{I386, s.uIntel32}, {X86_64, s.uIntel64}}));
-    writeKext(u + "/Contents/PlugIns", "Plug", "com.example.plug", "1", s.plugIntel64);
-    return s;
-}
-
 // A second-version archive of one kext whose names come straight from the archive.
 QByteArray archiveWithNames(const QString &path, const QString &executable) {
     KextSource kext;
@@ -253,7 +220,10 @@ class TstMkext : public QObject {
     Q_OBJECT
 
     QTemporaryDir m_dir;
-    Sample m_sample;
+    // The folder of the round trip: universal code, a codeless kext, a plug-in with code for
+    // one processor only, a kext with only PowerPC code, and non-ASCII names.
+    QString m_folder;
+    QByteArray m_aIntel64, m_aIntel32, m_uIntel64, m_uIntel32, m_plugIntel64;
     QByteArray m_built; // fat, i386 then x86_64
     QString m_builtPath;
 
@@ -265,9 +235,24 @@ class TstMkext : public QObject {
 private slots:
     void initTestCase() {
         QVERIFY(m_dir.isValid());
-        m_sample = writeSample(path("Kexts"));
+        m_folder = path("Kexts");
+        m_aIntel64 = thinMachO(X86_64, randomBytes(20000, 1)); // incompressible: stored
+        m_aIntel32 = thinMachO(I386, randomBytes(9000, 2));
+        m_uIntel64 = thinMachO(X86_64, QByteArray(30000, 'k')); // compressible
+        m_uIntel32 = thinMachO(I386, QByteArray("i386 code ").repeated(500));
+        m_plugIntel64 = thinMachO(X86_64, randomBytes(4000, 3));
+        writeKext(m_folder, "A Kext", "com.example.a", "1.0",
+                  fatMachO({{X86_64, m_aIntel64}, {I386, m_aIntel32}}),
+                  "<key>OSBundleLibraries</key><dict><key>com.apple.kpi.libkern</key>"
+                  "<string>10.0</string></dict><key>Flag</key><true/><key>Count</key>"
+                  "<integer>42</integer><key>Blob</key><data>AAECAwQ=</data>");
+        writeKext(m_folder, "NoCode", "com.example.nocode", "2.0", QByteArray());
+        writeKext(m_folder, "PPCOnly", "com.example.ppc", "0.1", thinMachO(PPC, "ppc"));
+        const QString u = writeKext(m_folder, "Ünïcode Drïver's", "com.example.ü", "3.1",
+                                    fatMachO({{I386, m_uIntel32}, {X86_64, m_uIntel64}}));
+        writeKext(u + "/Contents/PlugIns", "Plug", "com.example.plug", "1", m_plugIntel64);
         m_builtPath = path("Extensions.mkext");
-        const MkextToolOutput built = MkextBuiltinTool::build(m_builtPath, m_sample.folder, {});
+        const MkextToolOutput built = MkextBuiltinTool::build(m_builtPath, m_folder, {});
         QCOMPARE(built.err, QString());
         m_built = readFile(m_builtPath);
         keepForCorpus("sample-fat.mkext", m_built);
@@ -480,7 +465,7 @@ private slots:
                                             "%1/Ünïcode Drïver's.kext - com.example.ü (3.1)\n"
                                             "%1/Ünïcode Drïver's.kext/Contents/PlugIns/Plug.kext - "
                                             "com.example.plug (1)\n")
-                                 .arg(m_sample.folder));
+                                 .arg(m_folder));
     }
 
     void unpackGivesBackEachArchitecturesCode_data() {
@@ -497,10 +482,9 @@ private slots:
         const QStringList common = bundle("A Kext", true) + bundle("NoCode", false);
         const QStringList unicode = bundle("Ünïcode Drïver's", true);
         QTest::newRow("x86_64") << "x86_64" << common + bundle("Plug", true) + unicode
-                                << QList<QByteArray>{m_sample.aIntel64, m_sample.plugIntel64,
-                                                     m_sample.uIntel64};
+                                << QList<QByteArray>{m_aIntel64, m_plugIntel64, m_uIntel64};
         QTest::newRow("i386") << "i386" << common + unicode
-                              << QList<QByteArray>{m_sample.aIntel32, m_sample.uIntel32};
+                              << QList<QByteArray>{m_aIntel32, m_uIntel32};
     }
     void unpackGivesBackEachArchitecturesCode() {
         QFETCH(QString, arch);
@@ -521,7 +505,7 @@ private slots:
         // The dictionaries come back equal to the originals, key order included.
         for (const QString name : {"A Kext", "NoCode", "Ünïcode Drïver's"})
             QCOMPARE(infoXml(target + "/" + name + ".kext/Contents/Info.plist"),
-                     infoXml(m_sample.folder + "/" + name + ".kext/Contents/Info.plist"));
+                     infoXml(m_folder + "/" + name + ".kext/Contents/Info.plist"));
     }
 
     void buildReportsWhatItLeavesOut_data() {
@@ -545,7 +529,7 @@ private slots:
             << path("no such folder") << QStringList() << "Can't read kext folder %1.\n"
             << QList<uint32_t>();
         QTest::newRow("unknown architecture")
-            << m_sample.folder << QStringList{"i386", "arm64"} << "Unknown architecture arm64.\n"
+            << m_folder << QStringList{"i386", "arm64"} << "Unknown architecture arm64.\n"
             << QList<uint32_t>();
         const QString onlyPPC = path("Only PPC");
         writeKext(onlyPPC, "P", "com.example.p", "1", thinMachO(PPC, "p"));
