@@ -59,44 +59,28 @@ exit 1
 )");
 }
 
-// The password dialog as a test scripts it: gives `answer` (none: cancelled) and counts
-// how often it was asked.
-class ScriptedPrompt final : public PasswordPrompt {
+// A session whose password dialog, log and delegate record what reaches them; the dialog
+// gives `answer` (none: cancelled).
+class Session final : public PasswordPrompt, public SystemLog, public AuthenticationDelegate {
 public:
     std::optional<QString> answer;
-    int asked = 0;
+    int asked = 0, authorized = 0, deauthorized = 0, executed = 0, failed = 0;
+    QList<QByteArray> entries;
+    AdminAuthentication auth;
+
+    Session(const AdminAuthentication::Config &config, std::optional<QString> answer = {})
+        : answer(std::move(answer)), auth(config, this, this) {
+        auth.setDelegate(this);
+    }
     std::optional<QString> askPassword(const QString &) override {
         ++asked;
         return answer;
     }
-};
-
-class RecordingLog final : public SystemLog {
-public:
-    QList<QByteArray> entries;
     void write(const QByteArray &entry) override { entries << entry; }
-};
-
-class CountingDelegate final : public AuthenticationDelegate {
-public:
-    int authorized = 0, deauthorized = 0, executed = 0, failed = 0;
     void authenticationDidAuthorize(AdminAuthentication *) override { ++authorized; }
     void authenticationDidDeauthorize(AdminAuthentication *) override { ++deauthorized; }
     void authenticationDidExecute(AdminAuthentication *) override { ++executed; }
     void authenticationFailedExecute(AdminAuthentication *) override { ++failed; }
-};
-
-// A session with everything that reaches its dialog, log and delegate recorded.
-struct Session {
-    ScriptedPrompt prompt;
-    RecordingLog log;
-    CountingDelegate delegate;
-    AdminAuthentication auth;
-    Session(const AdminAuthentication::Config &config, std::optional<QString> answer = {})
-        : auth(config, &prompt, &log) {
-        prompt.answer = answer;
-        auth.setDelegate(&delegate);
-    }
 };
 
 class RecordingNotifier final : public Notifier {
@@ -212,27 +196,26 @@ private slots:
     // that follow.
     void sessionFollowsSudosTimestamp() {
         grant();
-        Session session(config(), QStringLiteral("secret"));
-        auto &[prompt, log, delegate, auth] = session;
-        auth.deauthenticate(); // no session yet: nothing happens
-        QCOMPARE(delegate.deauthorized, 0);
-        QVERIFY(auth.authenticate("root"));
-        QVERIFY(auth.authorizeRootTask());
-        QCOMPARE(prompt.asked, 0);
-        QCOMPARE(delegate.authorized, 0);
-        auth.deauthenticate();
-        QCOMPARE(delegate.deauthorized, 1);
+        Session s(config(), QStringLiteral("secret"));
+        s.auth.deauthenticate(); // no session yet: nothing happens
+        QCOMPARE(s.deauthorized, 0);
+        QVERIFY(s.auth.authenticate("root"));
+        QVERIFY(s.auth.authorizeRootTask());
+        QCOMPARE(s.asked, 0);
+        QCOMPARE(s.authorized, 0);
+        s.auth.deauthenticate();
+        QCOMPARE(s.deauthorized, 1);
         QVERIFY(!QFile::exists(m_state)); // sudo -k dropped the timestamp
 
-        QVERIFY(auth.authorizeRootTask());
-        QVERIFY(auth.authorizeRootTask());
-        QCOMPARE(prompt.asked, 1);
-        QCOMPARE(delegate.authorized, 1);
-        auth.deauthenticate();
-        auth.deauthenticate();
-        QCOMPARE(delegate.deauthorized, 2);
+        QVERIFY(s.auth.authorizeRootTask());
+        QVERIFY(s.auth.authorizeRootTask());
+        QCOMPARE(s.asked, 1);
+        QCOMPARE(s.authorized, 1);
+        s.auth.deauthenticate();
+        s.auth.deauthenticate();
+        QCOMPARE(s.deauthorized, 2);
         QVERIFY2(!calls().contains("secret"), "the password reached sudo's command line");
-        QVERIFY2(log.entries.isEmpty(), "authorizing wrote to the log");
+        QVERIFY2(s.entries.isEmpty(), "authorizing wrote to the log");
     }
 
     void refusedOrWrongPasswordRunsNothing_data() {
@@ -243,16 +226,15 @@ private slots:
 
     void refusedOrWrongPasswordRunsNothing() {
         QFETCH(std::optional<QString>, answer);
-        Session session(config(), answer);
-        auto &[prompt, log, delegate, auth] = session;
-        QVERIFY(!auth.authorizeRootTask());
-        QCOMPARE(prompt.asked, 1);
-        QCOMPARE(delegate.authorized, 0);
+        Session s(config(), answer);
+        QVERIFY(!s.auth.authorizeRootTask());
+        QCOMPARE(s.asked, 1);
+        QCOMPARE(s.authorized, 0);
         // The next root run asks again; refused, it launches nothing and logs nothing.
-        QVERIFY(!auth.executeCommandSynced(tool("echo ran\n"), {}));
-        QCOMPARE(prompt.asked, 2);
-        QVERIFY(log.entries.isEmpty());
-        QCOMPARE(delegate.executed + delegate.failed, 0);
+        QVERIFY(!s.auth.executeCommandSynced(tool("echo ran\n"), {}));
+        QCOMPARE(s.asked, 2);
+        QVERIFY(s.entries.isEmpty());
+        QCOMPARE(s.executed + s.failed, 0);
         QVERIFY2(!calls().contains("guess"), "the password reached sudo's command line");
     }
 
@@ -260,18 +242,17 @@ private slots:
     // in pieces of at most 1024 bytes, and no output makes no entry.
     void grantedRunIsLogged() {
         grant();
-        RecordingLog log;
-        AdminAuthentication auth(config(), nullptr, &log);
-        QVERIFY(auth.executeCommandSynced(tool(":\n"), {}));
-        QVERIFY(log.entries.isEmpty());
+        Session s(config());
+        QVERIFY(s.auth.executeCommandSynced(tool(":\n"), {}));
+        QVERIFY(s.entries.isEmpty());
         QStringList args;
         for (int i = 1; i <= 20; ++i)
             args << QString::number(i);
-        QVERIFY(auth.executeCommandSynced(
+        QVERIFY(s.auth.executeCommandSynced(
             tool("echo \"$# $1 ${19}\"\nhead -c 5000 /dev/zero | tr '\\0' x\n"), args));
-        QCOMPARE(log.entries.join(), "19 1 19\n" + QByteArray(5000, 'x'));
-        QVERIFY(log.entries.size() >= 5);
-        for (const QByteArray &entry : log.entries)
+        QCOMPARE(s.entries.join(), "19 1 19\n" + QByteArray(5000, 'x'));
+        QVERIFY(s.entries.size() >= 5);
+        for (const QByteArray &entry : s.entries)
             QVERIFY(entry.size() <= 1024);
     }
 
@@ -281,19 +262,18 @@ private slots:
         AdminAuthentication::Config direct;
         direct.direct = true;
         direct.sudo = m_dir->filePath("not-there");
-        Session session(direct);
-        auto &[prompt, log, delegate, auth] = session;
-        QVERIFY(auth.authorizeRootTask());
-        QVERIFY(auth.executeCommandSynced(tool("echo direct\n"), {}));
-        QCOMPARE(log.entries, QList<QByteArray>{"direct\n"});
-        QCOMPARE(prompt.asked, 0);
-        QCOMPARE(delegate.executed, 1);
+        Session s(direct);
+        QVERIFY(s.auth.authorizeRootTask());
+        QVERIFY(s.auth.executeCommandSynced(tool("echo direct\n"), {}));
+        QCOMPARE(s.entries, QList<QByteArray>{"direct\n"});
+        QCOMPARE(s.asked, 0);
+        QCOMPARE(s.executed, 1);
 
-        log.entries.clear();
-        QVERIFY(!auth.executeCommandSynced(m_dir->filePath("missing-tool"), {}));
-        QCOMPARE(log.entries, QList<QByteArray>{"Error " + QByteArray::number(ENOENT) +
-                                                " in AuthorizationExecuteWithPrivileges"});
-        QCOMPARE(delegate.failed, 1);
+        s.entries.clear();
+        QVERIFY(!s.auth.executeCommandSynced(m_dir->filePath("missing-tool"), {}));
+        QCOMPARE(s.entries, QList<QByteArray>{"Error " + QByteArray::number(ENOENT) +
+                                              " in AuthorizationExecuteWithPrivileges"});
+        QCOMPARE(s.failed, 1);
     }
 
     void rootScriptArgumentIsOneWord_data() {
@@ -310,9 +290,8 @@ private slots:
         AdminAuthentication::Config config;
         config.direct = true;
         config.environment = {QStringLiteral("PATH=") + m_dir->filePath("bin") + ":/usr/bin:/bin"};
-        RecordingLog log;
-        AdminAuthentication auth(config, nullptr, &log);
-        RootScript script(auth, m_home);
+        Session s(config);
+        RootScript script(s.auth, m_home);
         QCOMPARE(script.run("kextrecord", argument).value_or("absent"), QString());
         QCOMPARE(QString::fromUtf8(readFile(m_record)), "[" + argument + "]\n");
         QVERIFY(!QFile::exists(QStringLiteral("pwned"))); // in our working folder
@@ -321,11 +300,10 @@ private slots:
     }
 
     void refusedRootScriptIsLeft() {
-        ScriptedPrompt prompt; // cancelled
-        AdminAuthentication auth(config(), &prompt, nullptr);
-        RootScript script(auth, m_home);
+        Session s(config()); // the password dialog is cancelled
+        RootScript script(s.auth, m_home);
         QVERIFY(!script.run("kextrecord", "/x/It's.kext").has_value());
-        QCOMPARE(prompt.asked, 1);
+        QCOMPARE(s.asked, 1);
         QVERIFY(!QFile::exists(m_record));
         QCOMPARE(readFile(m_home + "/qz_scr.sh"),
                  "kextrecord '/x/It'\\''s.kext' 2> '" + m_home.toUtf8() + "/qz_log.txt'");
