@@ -446,12 +446,10 @@ private slots:
                     << QString::fromLatin1(row.states);
         }
         // Only Extra clears an unavailable step (its mkext rebuild); the parent still shows on.
-        QTest::newRow("Extra: a disabled step is cleared") << "Extra"
-                                                           << "D1"
-                                                           << "on off on";
-        QTest::newRow("SLE: a disabled step stays") << "SLE"
-                                                    << "D1"
-                                                    << "on on on";
+        QTest::newRow("Extra: a disabled step is cleared")
+            << QString("Extra") << QString("D1") << QString("on off on");
+        QTest::newRow("SLE: a disabled step stays")
+            << QString("SLE") << QString("D1") << QString("on on on");
     }
 
     void clicks() {
