@@ -187,6 +187,17 @@ private slots:
         QCOMPARE(readFile(f.paths.infoPlist()), original);
     }
 
+    // Without a readable settings file the mark still flips, and no file is made up.
+    void settingToggledWithoutSettingsFile() {
+        WindowFixture f;
+        QFile::remove(f.paths.infoPlist());
+        QAction *action = f.window->action(QStringLiteral("MI_PrelinkKernel"));
+        const bool before = action->isChecked();
+        action->trigger();
+        QCOMPARE(action->isChecked(), !before);
+        QVERIFY(!QFile::exists(f.paths.infoPlist()));
+    }
+
     void checksAtStartup_data() {
         QTest::addColumn<QString>("settings");
         QTest::addColumn<QStringList>("versions"); // in the feed
