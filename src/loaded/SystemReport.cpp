@@ -7,15 +7,16 @@
 #include <QSaveFile>
 #include <QThread>
 #include <QThreadPool>
-#include <atomic>
-#include <chrono>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <thread>
 
 namespace {
 
 // One report's shared state. Each job writes only its own part and then raises its
-// flag; the writer reads a part only after its flag is up.
+// flag under the lock; the writer sleeps on the condition until it has all three parts
+// (or the report is abandoned) and reads a part only after its flag is up.
 struct ReportState {
     SystemReport::Sources sources;
     QString file;
@@ -25,10 +26,27 @@ struct ReportState {
     QString list;
     LoadedKextRows first;
     LoadedKextRows second;
-    std::atomic<bool> listDone{false};
-    std::atomic<bool> abandoned{false};
-    std::atomic<bool> kext1Done{false};
-    std::atomic<bool> kext2Done{false};
+
+    std::mutex lock;
+    std::condition_variable changed;
+    bool listDone = false;
+    bool abandoned = false;
+    bool kext1Done = false;
+    bool kext2Done = false;
+
+    void raise(bool ReportState::*flag) {
+        {
+            const std::lock_guard guard(lock);
+            this->*flag = true;
+        }
+        changed.notify_one();
+    }
+    // True when the parts are all there, false when the report was abandoned.
+    bool waitForParts() {
+        std::unique_lock guard(lock);
+        changed.wait(guard, [this] { return abandoned || (listDone && kext1Done && kext2Done); });
+        return !abandoned;
+    }
 };
 
 QString runTool(const ReportState &state, const QString &tool, const QStringList &args) {
@@ -42,11 +60,11 @@ void sectionsJob(ReportState &state) {
     const QString hardware = runTool(state, profiler, SystemReport::hardwareArgs());
     const std::optional<QString> extra = ExtraKextTable::section(paths);
     if (!extra) {
-        state.abandoned = true;
+        state.raise(&ReportState::abandoned);
         return;
     }
     state.list = ReportOverview::sections(software, hardware) + *extra;
-    state.listDone = true;
+    state.raise(&ReportState::listDone);
 }
 
 void rowJob(ReportState &state, LoadedKextRows::Half half) {
@@ -56,10 +74,10 @@ void rowJob(ReportState &state, LoadedKextRows::Half half) {
         LoadedKextRows::build(listing, half, state.sources.pathOf, state.sources.probe);
     if (half == LoadedKextRows::Half::First) {
         state.first = std::move(rows);
-        state.kext1Done = true;
+        state.raise(&ReportState::kext1Done);
     } else {
         state.second = std::move(rows);
-        state.kext2Done = true;
+        state.raise(&ReportState::kext2Done);
     }
 }
 
@@ -71,10 +89,6 @@ std::jthread labelledThread(const char *label, std::function<void()> job) {
         pthread_setname_np(pthread_self(), label);
         job();
     });
-}
-
-bool allDone(const ReportState &state) {
-    return state.listDone && state.kext1Done && state.kext2Done;
 }
 
 SystemReport::End writeReport(ReportState &state) {
@@ -89,16 +103,14 @@ SystemReport::End writeReport(ReportState &state) {
 }
 
 void writerJob(ReportState &state, std::jthread &rows1, std::jthread &rows2) {
-    using namespace std::chrono_literals;
-    while (!allDone(state) && !state.abandoned)
-        std::this_thread::sleep_for(100ms);
+    const bool complete = state.waitForParts();
     // An abandoned report writes nothing; its row jobs still end on their own.
     rows1.join();
     rows2.join();
     const SystemReport::End end =
-        state.abandoned ? SystemReport::End{SystemReport::Outcome::Abandoned,
-                                            ExtraKextTable::bothFoldersMessage(), false}
-                        : writeReport(state);
+        complete ? writeReport(state)
+                 : SystemReport::End{SystemReport::Outcome::Abandoned,
+                                     ExtraKextTable::bothFoldersMessage(), false};
     if (state.onEnd)
         state.onEnd(end);
     state.end.set_value(end);
