@@ -1,17 +1,12 @@
 #include "mkext/MkextUnpacker.h"
 
+#include "mkext/BundleNamer.h"
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <cstdlib>
 
 namespace {
-
-bool taken(const QString &path) {
-    // A dangling link counts as taken: writing through it could land anywhere.
-    const QFileInfo info(path);
-    return info.exists() || info.isSymLink();
-}
 
 bool writeNew(const QString &path, const QByteArray &bytes, QFileDevice::Permissions mode) {
     QFile file(path);
@@ -34,13 +29,6 @@ QByteArray infoPlistText(const MkextArchive::Kext &kext) {
 
 } // namespace
 
-QString MkextUnpacker::freeBundleName(const QString &folder, const QString &name) {
-    QString candidate = name + QStringLiteral(".kext");
-    for (int n = 1; taken(folder + QLatin1Char('/') + candidate); ++n)
-        candidate = QStringLiteral("%1-%2.kext").arg(name).arg(n);
-    return candidate;
-}
-
 QString MkextUnpacker::unpack(const MkextArchive &archive, const QString &folder) {
     const QString root = QDir::cleanPath(QFileInfo(folder).absoluteFilePath());
     if (!QFileInfo(root).isDir())
@@ -49,9 +37,9 @@ QString MkextUnpacker::unpack(const MkextArchive &archive, const QString &folder
                           QFileDevice::ReadGroup | QFileDevice::ReadOther;
     const auto runnable =
         readOnly | QFileDevice::ExeOwner | QFileDevice::ExeGroup | QFileDevice::ExeOther;
+    BundleNamer names(root);
     for (const MkextArchive::Kext &kext : archive.kexts()) {
-        const QString bundle =
-            root + QLatin1Char('/') + freeBundleName(root, MkextArchive::kextName(kext));
+        const QString bundle = root + QLatin1Char('/') + names.next(MkextArchive::kextName(kext));
         // The name is one component by construction; checked again because a mistake
         // here would write outside the folder the user chose.
         if (QFileInfo(bundle).absolutePath() != root)

@@ -12,7 +12,4 @@ class MkextUnpacker {
 public:
     // The error line (without line feed), or an empty string when every kext was written.
     static QString unpack(const MkextArchive &archive, const QString &folder);
-
-    // "<Name>.kext", "<Name>-1.kext", ...: the first name free in `folder`.
-    static QString freeBundleName(const QString &folder, const QString &name);
 };

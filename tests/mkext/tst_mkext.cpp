@@ -1,4 +1,5 @@
 #include "CliRun.h"
+#include "mkext/BundleNamer.h"
 #include "mkext/IOKitPlist.h"
 #include "mkext/KextCollector.h"
 #include "mkext/Lzss.h"
@@ -674,6 +675,35 @@ private slots:
         QCOMPARE(readFile(target + "/evil-2.kext"), QByteArray("in the way"));
         QCOMPARE(tree(elsewhere), QStringList());
         QVERIFY(!QFile::exists(outer.filePath("gone")));
+    }
+
+    // Unpacking n kexts of which a tenth share one name looks at a number of paths that
+    // grows linearly: ten times the kexts may cost at most twelve times the looks. The
+    // folder already holds some of the numbered names, which are skipped, never reused.
+    void unpackedNamesCostLinearWork() {
+        const auto looks = [](int kexts) {
+            QSet<QString> folder{"/f/Twin.kext", "/f/Twin-2.kext", "/f/Other-1.kext"};
+            qsizetype count = 0;
+            BundleNamer names("/f", [&](const QString &path) {
+                ++count;
+                return folder.contains(path);
+            });
+            for (int i = 0; i < kexts; ++i) {
+                const QString name = i % 10 == 0 ? "Twin"
+                                     : i % 2     ? "Other"
+                                                 : "Kext" + QString::number(i);
+                const QString given = "/f/" + names.next(name);
+                if (folder.contains(given))
+                    return qsizetype(-1);
+                folder.insert(given);
+            }
+            return count;
+        };
+        const qsizetype small = looks(600);
+        const qsizetype large = looks(6000);
+        QVERIFY(small > 0 && large > 0);
+        QVERIFY2(large <= 12 * small,
+                 qPrintable(QString("%1 looks, then %2").arg(small).arg(large)));
     }
 
     void unpackIntoAMissingFolder() {
