@@ -1,9 +1,15 @@
 #include "inspect/MachODescriber.h"
 
 #include <QFile>
+#include <QScopeGuard>
 #include <QStringList>
 #include <QtEndian>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
 #include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 constexpr uint32_t abi64 = 0x01000000;
@@ -14,8 +20,30 @@ constexpr int fatEntrySize = 20;
 // Java class files share the universal magic; their version number there is at least
 // 45, so like the file tool we take only small counts for a universal header.
 constexpr uint32_t maxFatSlices = 20;
-// Enough for any header we look at; executables can be large.
-constexpr qint64 readLimit = 16 * 1024 * 1024;
+// The universal table of at most maxFatSlices entries and a thin header both fit here.
+constexpr qint64 firstPage = 4096;
+// Magic, processor, processor subtype, file type: all a thin description needs.
+constexpr qint64 thinHeaderSize = 16;
+
+// Up to length bytes of an open file from offset; fewer at its end or on a failed read,
+// whose error is left in error.
+QByteArray readAt(int fd, qint64 offset, qint64 length, int &error) {
+    QByteArray bytes(length, Qt::Uninitialized);
+    qint64 done = 0;
+    while (done < length) {
+        const ssize_t n =
+            ::pread(fd, bytes.data() + done, size_t(length - done), off_t(offset + done));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            error = errno;
+        if (n <= 0)
+            break;
+        done += n;
+    }
+    bytes.truncate(done);
+    return bytes;
+}
 
 std::optional<uint32_t> word(const QByteArray &bytes, qint64 offset, bool bigEndian) {
     if (offset < 0 || offset + 4 > bytes.size())
@@ -70,9 +98,9 @@ QString processorWord(uint32_t cputype) {
     }
 }
 
-// One thin header at offset; nullopt when the bytes there are not one.
-std::optional<QString> describeThin(const QByteArray &bytes, qint64 offset) {
-    const std::optional<uint32_t> little = word(bytes, offset, false);
+// One thin header at the start of bytes; nullopt when the bytes are not one.
+std::optional<QString> describeThin(const QByteArray &bytes) {
+    const std::optional<uint32_t> little = word(bytes, 0, false);
     if (!little)
         return std::nullopt;
     bool bigEndian;
@@ -83,8 +111,8 @@ std::optional<QString> describeThin(const QByteArray &bytes, qint64 offset) {
     else
         return std::nullopt;
     const uint32_t magic = bigEndian ? qbswap(*little) : *little;
-    const std::optional<uint32_t> cputype = word(bytes, offset + 4, bigEndian);
-    const std::optional<uint32_t> filetype = word(bytes, offset + 12, bigEndian);
+    const std::optional<uint32_t> cputype = word(bytes, 4, bigEndian);
+    const std::optional<uint32_t> filetype = word(bytes, 12, bigEndian);
     if (!cputype || !filetype)
         return std::nullopt;
     QString text = QStringLiteral("Mach-O");
@@ -93,12 +121,12 @@ std::optional<QString> describeThin(const QByteArray &bytes, qint64 offset) {
     return text + ' ' + fileTypeWord(*filetype) + ' ' + processorWord(*cputype);
 }
 
-std::optional<QString> describeFat(const QByteArray &bytes, const QString &path) {
-    const std::optional<uint32_t> magic = word(bytes, 0, true);
-    const std::optional<uint32_t> count = word(bytes, 4, true);
+std::optional<QString> describeFat(const QByteArray &page, int fd, const QString &path) {
+    const std::optional<uint32_t> magic = word(page, 0, true);
+    const std::optional<uint32_t> count = word(page, 4, true);
     if (!magic || *magic != fatMagic || !count || *count == 0 || *count >= maxFatSlices)
         return std::nullopt;
-    if (8 + qint64(*count) * fatEntrySize > bytes.size())
+    if (8 + qint64(*count) * fatEntrySize > page.size())
         return std::nullopt;
     QStringList lines;
     lines << (*count == 1
@@ -106,31 +134,84 @@ std::optional<QString> describeFat(const QByteArray &bytes, const QString &path)
                   : QStringLiteral("Mach-O universal binary with %1 architectures").arg(*count));
     for (uint32_t i = 0; i < *count; ++i) {
         const qint64 entry = 8 + qint64(i) * fatEntrySize;
-        const uint32_t cputype = *word(bytes, entry, true);
-        const uint32_t subtype = *word(bytes, entry + 4, true);
-        const uint32_t offset = *word(bytes, entry + 8, true);
+        const uint32_t cputype = *word(page, entry, true);
+        const uint32_t subtype = *word(page, entry + 4, true);
+        const uint32_t offset = *word(page, entry + 8, true);
         // A slice that holds no Mach-O header (or lies past the end) is plain data.
-        const QString slice = describeThin(bytes, offset).value_or(QStringLiteral("data"));
+        int ignored = 0;
+        const QString slice = describeThin(readAt(fd, offset, thinHeaderSize, ignored))
+                                  .value_or(QStringLiteral("data"));
         lines << path + QStringLiteral(" (for architecture ") +
                      MachODescriber::architectureName(cputype, subtype) + QStringLiteral("):\t") +
                      slice;
     }
     return lines.join('\n');
 }
+
+QString errorText(const char *what, const QString &path, int error) {
+    return QStringLiteral("%1 `%2' (%3)")
+        .arg(QLatin1String(what), path, QString::fromLocal8Bit(std::strerror(error)));
+}
+
+// What the tool says of a file it may see but not read.
+QString unreadable(const QByteArray &native, mode_t mode) {
+    QString text;
+    if (::access(native.constData(), W_OK) == 0)
+        text += QStringLiteral("writable, ");
+    if (::access(native.constData(), X_OK) == 0)
+        text += QStringLiteral("executable, ");
+    if (S_ISREG(mode))
+        text += QStringLiteral("regular file, ");
+    return text + QStringLiteral("no read permission");
+}
+
+// Everything that is not a regular file is named by its kind, without opening it: a
+// pipe with no writer would never answer.
+std::optional<QString> kindOf(mode_t mode) {
+    if (S_ISDIR(mode))
+        return QStringLiteral("directory");
+    if (S_ISFIFO(mode))
+        return QStringLiteral("fifo (named pipe)");
+    if (S_ISSOCK(mode))
+        return QStringLiteral("socket");
+    if (S_ISCHR(mode))
+        return QStringLiteral("character special");
+    if (S_ISBLK(mode))
+        return QStringLiteral("block special");
+    return std::nullopt;
+}
+
+QString describeFile(const QString &path) {
+    const QByteArray native = QFile::encodeName(path);
+    struct stat info {};
+    if (::stat(native.constData(), &info) != 0)
+        return errorText("cannot open", path, errno);
+    if (std::optional<QString> kind = kindOf(info.st_mode))
+        return *kind;
+    // Non-blocking, in case the file was replaced by a pipe since it was looked at.
+    const int fd = ::open(native.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0)
+        return unreadable(native, info.st_mode);
+    const auto closer = qScopeGuard([fd] { ::close(fd); });
+    if (::fstat(fd, &info) == 0) {
+        if (std::optional<QString> kind = kindOf(info.st_mode))
+            return *kind;
+    }
+    int error = 0;
+    const QByteArray page = readAt(fd, 0, firstPage, error);
+    if (error != 0)
+        return errorText("cannot read", path, error);
+    if (page.isEmpty())
+        return QStringLiteral("empty");
+    std::optional<QString> text = describeThin(page);
+    if (!text)
+        text = describeFat(page, fd, path);
+    return text.value_or(QStringLiteral("data"));
+}
 } // namespace
 
 QString MachODescriber::describe(const QString &path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QString();
-    return describeBytes(file.read(readLimit), path);
-}
-
-QString MachODescriber::describeBytes(const QByteArray &bytes, const QString &path) {
-    std::optional<QString> text = describeThin(bytes, 0);
-    if (!text)
-        text = describeFat(bytes, path);
-    return text ? *text + '\n' : QString();
+    return describeFile(path) + QLatin1Char('\n');
 }
 
 QString MachODescriber::architectureName(uint32_t cputype, uint32_t cpusubtype) {

@@ -6,7 +6,6 @@
 
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <pwd.h>
 #include <unistd.h>
@@ -46,20 +45,6 @@ QString userName() {
     if (full.isEmpty())
         full = login;
     return full + QStringLiteral(" (") + login + QLatin1Char(')');
-}
-
-// Apple's file beyond Mach-O, as far as a kext folder needs it.
-QString describeFile(const QString &path) {
-    if (QFileInfo(path).isDir())
-        return QStringLiteral("directory\n");
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QStringLiteral("cannot open `%1' (No such file or directory)\n").arg(path);
-    const QByteArray bytes = file.readAll();
-    if (bytes.isEmpty())
-        return QStringLiteral("empty\n");
-    const QString text = MachODescriber::describeBytes(bytes, path);
-    return text.isEmpty() ? QStringLiteral("data\n") : text;
 }
 
 QString uptimeSince(const QDateTime &start) {
@@ -216,7 +201,7 @@ StandInResult SystemToolsStandIn::file(const QStringList &args) const {
             continue;
         }
         const QString prefix = brief ? QString() : arg + QStringLiteral(": ");
-        result.out += (prefix + describeFile(arg)).toUtf8();
+        result.out += (prefix + MachODescriber::describe(arg)).toUtf8();
     }
     return result;
 }

@@ -18,6 +18,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
+#include <sys/stat.h>
 
 namespace {
 QByteArray be32(uint32_t value) {
@@ -51,7 +52,8 @@ template <typename... T> void row(const char *tag, const T &...values) {
     (QTest::newRow(tag) << ... << values);
 }
 
-const QString kextPath = QStringLiteral("/S/L/E/My Kext.kext/Contents/MacOS/My Kext");
+// Where a description names the file it describes.
+const QString p = QStringLiteral("@");
 
 void writeFile(const QString &path, const QByteArray &bytes) {
     QDir().mkpath(QFileInfo(path).absolutePath());
@@ -127,12 +129,11 @@ private slots:
     }
 
     // Thin files in either byte order and width, universal ones slice by slice in file order;
-    // anything cut short or not Mach-O at all is described as nothing.
-    void describeBytes_data() {
+    // anything cut short or not Mach-O at all is data, as the file tool calls it.
+    void describe_data() {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("expected");
         using W = MachOWriter;
-        const QString &p = kextPath;
         QTest::newRow("thin i386 object")
             << W::thin({W::I386, W::Object}) << "Mach-O object i386\n";
         QTest::newRow("thin x86_64 kext")
@@ -161,16 +162,16 @@ private slots:
 
         const QByteArray thin = W::thin(W::kextSlice(W::X86_64));
         const QByteArray fat = W::fat({W::kextSlice(W::X86_64), W::kextSlice(W::I386)});
-        QTest::newRow("empty") << QByteArray() << QString();
+        QTest::newRow("empty") << QByteArray() << "empty\n";
         QTest::newRow("garbage") << QByteArray("\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0a\x0b\x0c",
                                                12)
-                                 << QString();
-        QTest::newRow("thin cut in cputype") << thin.left(6) << QString();
-        QTest::newRow("universal cut in its table") << fat.left(30) << QString();
-        QTest::newRow("universal without slices") << be32(0xcafebabe) + be32(0) << QString();
+                                 << "data\n";
+        QTest::newRow("thin cut in cputype") << thin.left(6) << "data\n";
+        QTest::newRow("universal cut in its table") << fat.left(30) << "data\n";
+        QTest::newRow("universal without slices") << be32(0xcafebabe) + be32(0) << "data\n";
         // A Java class file: same magic, the class version where the count would be.
         QTest::newRow("java class")
-            << be32(0xcafebabe) + be32(50) + QByteArray(64, '\0') << QString();
+            << be32(0xcafebabe) + be32(50) + QByteArray(64, '\0') << "data\n";
         // The table is intact but the slices are missing: the tool calls their bytes data.
         QTest::newRow("universal cut before its slices")
             << fat.left(4096)
@@ -178,21 +179,63 @@ private slots:
                    " (for architecture x86_64):\tdata\n" + p + " (for architecture i386):\tdata\n";
     }
 
-    void describeBytes() {
+    void describe() {
         QFETCH(QByteArray, bytes);
         QFETCH(QString, expected);
-        QCOMPARE(MachODescriber::describeBytes(bytes, kextPath), expected);
+        const QString path =
+            m_dir->filePath(QStringLiteral("Ünïcode 'quoted'.kext/Contents/MacOS/My Kext"));
+        QVERIFY(MachOWriter::write(path, bytes));
+        QCOMPARE(MachODescriber::describe(path), expected.replace(p, path));
     }
 
-    void readsFromDisk() {
-        const QString path =
-            m_dir->filePath(QStringLiteral("Ünïcode 'quoted'.kext/Contents/MacOS/X"));
-        QVERIFY(MachOWriter::write(path,
-                                   MachOWriter::fat({MachOWriter::kextSlice(MachOWriter::I386)})));
+    // Each slice's header is read where the table says it lies, however far into the file.
+    void describesFarSlices() {
+        const QString path = m_dir->filePath(QStringLiteral("far"));
+        const qint64 offset = 17 * 1024 * 1024;
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(be32(0xcafebabe) + be32(1) + be32(MachOWriter::PPC) + be32(0) + be32(offset) +
+                   be32(4096) + be32(12));
+        QVERIFY(file.seek(offset));
+        file.write(MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::PPC)));
+        file.close();
         QCOMPARE(MachODescriber::describe(path),
                  "Mach-O universal binary with 1 architecture\n" + path +
-                     " (for architecture i386):\tMach-O object i386\n");
-        QCOMPARE(MachODescriber::describe(m_dir->filePath(QStringLiteral("missing"))), QString());
+                     " (for architecture ppc):\tMach-O object ppc\n");
+    }
+
+    // What is not a file with bytes is named by its kind; a pipe is never opened (nobody
+    // writes to it, so reading would wait forever).
+    void describesOtherThings_data() {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("missing") << "missing"
+                                 << "cannot open `@' (No such file or directory)\n";
+        QTest::newRow("folder") << "folder"
+                                << "directory\n";
+        QTest::newRow("named pipe") << "fifo"
+                                    << "fifo (named pipe)\n";
+    }
+
+    void describesOtherThings() {
+        QFETCH(QString, kind);
+        QFETCH(QString, expected);
+        const QString path = m_dir->filePath(QStringLiteral("x86_64 It's.kext/Contents/MacOS/x"));
+        QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+        if (kind == QLatin1String("folder"))
+            QVERIFY(QDir().mkpath(path));
+        if (kind == QLatin1String("fifo"))
+            QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        QCOMPARE(MachODescriber::describe(path), expected.replace(p, path));
+    }
+
+    // The report's cell reads the whole text: a missing executable is named by its path,
+    // and so is the processor in the bundle's name.
+    void missingExecutableMarksByName() {
+        const QString kext = m_dir->filePath(QStringLiteral("x86_64Helper.kext"));
+        QVERIFY(QDir().mkpath(kext + QStringLiteral("/Contents/MacOS")));
+        QCOMPARE(ArchitectureProbe::reportCell(ArchitectureProbe().probeText(kext)),
+                 QStringLiteral("x86_64 ") + QString(10, ' '));
     }
 
     void hostFileToolAgrees_data() {
