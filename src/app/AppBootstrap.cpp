@@ -25,6 +25,38 @@ struct GlobalOptions {
     QString error;
 };
 
+// The start-up options of QApplication and its platform plug-ins, in the spelling Qt
+// itself accepts ("-platform" or "--platform"), so that they reach the window wherever
+// they stand before a verb. The first list takes the next word as its value.
+bool isQtOptionWithValue(const QString &name) {
+    static const QStringList names{QStringLiteral("platform"),
+                                   QStringLiteral("platformpluginpath"),
+                                   QStringLiteral("platformtheme"),
+                                   QStringLiteral("plugin"),
+                                   QStringLiteral("qwindowgeometry"),
+                                   QStringLiteral("geometry"),
+                                   QStringLiteral("qwindowtitle"),
+                                   QStringLiteral("title"),
+                                   QStringLiteral("qwindowicon"),
+                                   QStringLiteral("icon"),
+                                   QStringLiteral("style"),
+                                   QStringLiteral("stylesheet"),
+                                   QStringLiteral("session"),
+                                   QStringLiteral("display"),
+                                   QStringLiteral("name")};
+    return names.contains(name);
+}
+
+bool isQtSwitch(const QString &name) {
+    static const QStringList names{QStringLiteral("reverse"), QStringLiteral("widgetcount"),
+                                   QStringLiteral("nograb"),  QStringLiteral("dograb"),
+                                   QStringLiteral("sync"),    QStringLiteral("testability")};
+    // "-style=fusion" and the like carry their value in the same word.
+    return names.contains(name) || name.startsWith(QLatin1String("style=")) ||
+           name.startsWith(QLatin1String("stylesheet=")) ||
+           name.startsWith(QLatin1String("qmljsdebugger="));
+}
+
 GlobalOptions parseGlobal(int argc, char **argv) {
     GlobalOptions options;
     for (int i = 1; i < argc; ++i) {
@@ -45,9 +77,12 @@ GlobalOptions parseGlobal(int argc, char **argv) {
         } else if (word == QLatin1String("--version")) {
             options.version = true;
         } else if (word.startsWith(QLatin1String("-"))) {
-            // Qt's own window options (-platform, -style ...) pass through to the window.
-            options.rest.clear();
-            if (word.startsWith(QLatin1String("--"))) {
+            // Qt's own window options (-platform offscreen, -style ...) are left in argv
+            // for QApplication, which takes them out itself.
+            const QString name = word.mid(word.startsWith(QLatin1String("--")) ? 2 : 1);
+            if (isQtOptionWithValue(name)) {
+                ++i;
+            } else if (!isQtSwitch(name) && word.startsWith(QLatin1String("--"))) {
                 options.error = QStringLiteral("unknown option %1").arg(word);
                 break;
             }

@@ -141,10 +141,24 @@ private slots:
             << QString();
         QTest::newRow("no task") << maintain << themes << QByteArray() << 2 << QString()
                                  << "You haven't selected any options.\n";
-        QTest::newRow("nothing to build from")
-            << maintain + QStringList{"--rebuild-extra-mkext", "--repair-sle"} << themes
-            << QByteArray() << 1 << "Rebuilding Extra mkext...\n"
-            << "No Extra/Extensions or Extra/KextStore found.\n";
+        // A box the page disables on the volume is a usage error, and nothing runs.
+        const QString refused = "kextkeeper maintain: %1: volume Mac HD's has no %2\n";
+        QTest::newRow("Extra box without Extra kexts")
+            << maintain + QStringList{"--repair-sle", "--rebuild-extra-mkext"} << themes
+            << QByteArray() << 2 << QString()
+            << refused.arg("--rebuild-extra-mkext", "Extra/Extensions or Extra/KextStore");
+        QTest::newRow("S/L/E box without S/L/E")
+            << maintain + QStringList{"--repair-extra", "--rebuild-caches"}
+            << QStringList{"Extra/KextStore"} << QByteArray() << 2 << QString()
+            << refused.arg("--rebuild-caches", "System/Library/Extensions");
+        QTest::newRow("version without its folder")
+            << maintain + QStringList{"--extra-version", "10.6", "--repair-sle"} << themes
+            << QByteArray() << 2 << QString() << refused.arg("--extra-version 10.6", "Extra/10.6");
+        QTest::newRow("Extra box in a version folder without kexts")
+            << maintain + QStringList{"--extra-version", "10.6", "--repair-extra"}
+            << QStringList{"Extra/Extensions", "Extra/10.6/Themes"} << QByteArray() << 2
+            << QString()
+            << refused.arg("--repair-extra", "Extra/10.6/Extensions or Extra/10.6/KextStore");
         QTest::newRow("unknown volume")
             << QStringList{"maintain", "--volume", "Nowhere", "--repair-sle"} << themes
             << QByteArray() << 1 << QString()
@@ -167,10 +181,16 @@ private slots:
         const QStringList both{"Extra/Extensions", "Extra/KextStore", "Extra/Extensions.mkext"};
         QTest::newRow("to-extensions") << extra("to-extensions") + yes << both << QByteArray() << 0
                                        << "%R/bin/rm -R '%VExtra/Extensions.mkext'" << QString();
-        QTest::newRow("hide") << extra("hide") + yes << QStringList{"Extra"} << QByteArray() << 0
+        const QStringList kextStore{"Extra/KextStore"};
+        QTest::newRow("hide") << extra("hide") + yes << kextStore << QByteArray() << 0
                               << "%R/usr/bin/chflags hidden '%VExtra'" << QString();
-        QTest::newRow("show") << extra("show") + yes << QStringList{"Extra"} << QByteArray() << 0
+        QTest::newRow("show") << extra("show") + yes << kextStore << QByteArray() << 0
                               << "%R/usr/bin/chflags nohidden '%VExtra'" << QString();
+        // The menu's show and hide items are disabled where Extra holds no kexts.
+        QTest::newRow("hide without Extra kexts")
+            << extra("hide") + yes << QStringList{"Extra/Themes"} << QByteArray() << 2 << QString()
+            << "kextkeeper extra: hide: volume Mac HD's has no Extra/Extensions or "
+               "Extra/KextStore\n";
         QTest::newRow("to-extensions without KextStore")
             << extra("to-extensions") + yes << QStringList{"Extra/Extensions"} << QByteArray() << 1
             << QString() << "No Extra/KextStore found.\n";

@@ -3,6 +3,7 @@
 
 #include "cli/CliArgs.h"
 #include "cli/CliRegistry.h"
+#include "cli/OfferedOptions.h"
 #include "maintenance/ExtraFolderOperations.h"
 #include "maintenance/ExtraFolderView.h"
 #include "volumes/VolumeList.h"
@@ -54,11 +55,19 @@ int extra(CliContext &c) {
               << volume << Qt::endl;
         return CliTaskError;
     }
+    const QString command = args.positional().first();
+    // The menu's show and hide items are enabled only where Extra holds kexts; the two
+    // conversions are always offered and answer for themselves.
+    if (command == QLatin1String("hide") || command == QLatin1String("show")) {
+        const QString refusal =
+            OfferedOptions::extra(command, volume, c.paths.volumeRoot(volume), QString());
+        if (!refusal.isEmpty())
+            return usage(c, refusal);
+    }
 
     TerminalExtraView view(c, volume, args.flag(QStringLiteral("--yes")));
     ExtraFolderOperations ops(c.paths, c.executor, view);
     using Outcome = ExtraFolderOperations::Outcome;
-    const QString command = args.positional().first();
     Outcome outcome = Outcome::Done;
     if (command == QLatin1String("to-kextstore"))
         outcome = ops.MI_CreateEKS();

@@ -5,6 +5,7 @@
 #include "AppSettings.h"
 #include "cli/CliArgs.h"
 #include "cli/CliRegistry.h"
+#include "cli/OfferedOptions.h"
 #include "maintenance/MaintenancePlan.h"
 #include "maintenance/MaintenanceView.h"
 #include "volumes/KextFolderLayout.h"
@@ -71,6 +72,22 @@ int maintain(CliContext &c) {
                  "is called "
               << options.volume << Qt::endl;
         return CliTaskError;
+    }
+    // A box the page disables on this volume can't be ticked there; nothing may run.
+    const QString rp = c.paths.volumeRoot(options.volume);
+    if (const QString refusal = OfferedOptions::version(options.volume, rp, options.extraVersion);
+        !refusal.isEmpty())
+        return usage(c, refusal);
+    for (const char *flag : {"--repair-extra", "--rebuild-extra-mkext"}) {
+        const QString refusal =
+            OfferedOptions::extra(flag, options.volume, rp, options.extraVersion);
+        if (args.flag(QLatin1String(flag)) && !refusal.isEmpty())
+            return usage(c, refusal);
+    }
+    for (const char *flag : {"--repair-sle", "--rebuild-caches"}) {
+        const QString refusal = OfferedOptions::sle(flag, options.volume, rp);
+        if (args.flag(QLatin1String(flag)) && !refusal.isEmpty())
+            return usage(c, refusal);
     }
     options.repairExtra = box(args, "--repair-extra");
     options.rebuildExtraMkext = box(args, "--rebuild-extra-mkext");

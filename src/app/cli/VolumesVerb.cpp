@@ -3,6 +3,7 @@
 
 #include "cli/CliArgs.h"
 #include "cli/CliRegistry.h"
+#include "cli/OfferedOptions.h"
 #include "exec/IconAlert.h"
 #include "volumes/KextFolderLayout.h"
 #include "volumes/VolumeList.h"
@@ -27,6 +28,15 @@ int listVolumes(CliContext &c) {
         return CliUsage;
     }
     const QStringList volumes = VolumeList::build(c.paths.volumesDir());
+    // The version menu offers a version only on a volume that has its folder.
+    if (!version.isEmpty() &&
+        std::all_of(volumes.begin(), volumes.end(), [&](const QString &title) {
+            return !OfferedOptions::version(title, c.paths.volumeRoot(title), version).isEmpty();
+        })) {
+        c.err << "kextkeeper volumes: --extra-version " << version << ": no volume has Extra/"
+              << version << Qt::endl;
+        return CliUsage;
+    }
     for (const QString &title : volumes) {
         const QString rp = c.paths.volumeRoot(title);
         const bool started = IconAlert::defaultinst().isRoot(rp);
