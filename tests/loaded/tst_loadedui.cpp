@@ -6,8 +6,10 @@
 #include "RecordingSheets.h"
 #include "ReportController.h"
 #include "TestScripts.h"
+#include "cli/CliRegistry.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/IconAlert.h"
+#include "exec/SessionExecutor.h"
 #include "pages/LoadedPage.h"
 
 #include <QAction>
@@ -221,6 +223,48 @@ private slots:
         QVERIFY2(result.err.contains(err.replace(QLatin1Char('@'), root())),
                  qPrintable(result.err));
         QVERIFY(!QFile::exists(root() + QStringLiteral("/report.txt")));
+    }
+
+    // A refused password ends every verb that works as root with exit 1 and one line on
+    // standard error, however silently the window takes it.
+    void refusedPassword_data() {
+        QTest::addColumn<QStringList>("args"); // "@" stands for the sandbox root
+        const QString kext = QStringLiteral("@/Jörg's.kext");
+        QTest::newRow("unload") << QStringList{"unload", kext};
+        QTest::newRow("reload") << QStringList{"reload", kext};
+        QTest::newRow("load") << QStringList{"load", kext};
+        QTest::newRow("maintain") << QStringList{"maintain", "--volume", "HD", "--repair-sle"};
+        QTest::newRow("extra") << QStringList{"extra", "hide", "--volume", "HD"};
+        QTest::newRow("install") << QStringList{"install", "--volume", "HD", "--to", "sle", kext};
+    }
+
+    void refusedPassword() {
+        QFETCH(QStringList, args);
+        const SystemPaths paths(root(), m_dir->filePath(QStringLiteral("home")),
+                                m_dir->filePath(QStringLiteral("contents")));
+        for (const char *folder :
+             {"/Volumes/HD/System/Library/Extensions", "/Volumes/HD/Extra/Extensions"})
+            QVERIFY(QDir().mkpath(root() + QLatin1String(folder)));
+        // A sudo that holds no grant, and no one to ask for a password.
+        AdminAuthentication::Config config;
+        config.sudo = writeScript(QDir(m_dir->path()), QStringLiteral("sudo"), "exit 1\n");
+        AdminAuthentication refusing(config, nullptr, nullptr);
+        IconAlert::configureDefault(paths, refusing, Alerts(nullptr, nullptr));
+        SessionExecutor session(refusing);
+        QString out;
+        QString err;
+        QTextStream outStream(&out);
+        QTextStream errStream(&err);
+        CliContext context{args.mid(1).replaceInStrings(QStringLiteral("@"), root()),
+                           paths,
+                           false,
+                           outStream,
+                           errStream,
+                           session};
+        QCOMPARE(CliRegistry::verbs().at(args.first()).run(context), int(CliTaskError));
+        errStream.flush();
+        QCOMPARE(err.count(QLatin1Char('\n')), 1);
+        QVERIFY2(err.startsWith("kextkeeper " + args.first() + ": "), qPrintable(err));
     }
 
 private:

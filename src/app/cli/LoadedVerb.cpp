@@ -4,6 +4,7 @@
 #include "cli/CliArgs.h"
 #include "cli/CliRegistry.h"
 #include "exec/Command.h"
+#include "exec/Executor.h"
 #include "exec/IconAlert.h"
 #include "exec/ProcessRunner.h"
 #include "inspect/ArchitectureProbe.h"
@@ -57,6 +58,12 @@ int unloadOrReload(CliContext &c, bool reload) {
         return CliUsage;
     if (!QFileInfo::exists(*path)) {
         c.err << "kextkeeper " << verb << ": " << *path << " does not exist" << Qt::endl;
+        return CliTaskError;
+    }
+    // The window takes a refusal for success (the tool wrote no error); a terminal user
+    // must learn that nothing was unloaded.
+    if (!c.executor.authorize()) {
+        c.err << "kextkeeper " << verb << ": administrator rights were not given" << Qt::endl;
         return CliTaskError;
     }
     const KextUnloader unloader([&c](const QString &command, const QString &argument) {
