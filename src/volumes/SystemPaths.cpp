@@ -1,6 +1,7 @@
 #include "volumes/SystemPaths.h"
 
-#include <QCoreApplication>
+#include "volumes/ContentsFolder.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <pwd.h>
@@ -63,11 +64,5 @@ void SystemPaths::setCurrent(const SystemPaths &paths) {
 }
 
 QString SystemPaths::defaultContentsDir() {
-#ifdef Q_OS_MACOS
-    if (QCoreApplication::instance())
-        return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/.."));
-#endif
-    const QString config =
-        qEnvironmentVariable("XDG_CONFIG_HOME", QDir::homePath() + QStringLiteral("/.config"));
-    return config + QStringLiteral("/kextkeeper");
+    return ContentsFolder::ofThisProgram();
 }

@@ -2,6 +2,7 @@
 #include "TestScripts.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/IconAlert.h"
+#include "volumes/ContentsFolder.h"
 #include "volumes/DiskInfo.h"
 #include "volumes/KextFolderLayout.h"
 #include "volumes/SystemPaths.h"
@@ -140,6 +141,31 @@ private slots:
         QDir().mkpath(paths.volumeRoot(QStringLiteral("Mac HD")));
         IconAlert alert(paths, AdminAuthentication::sharedInstance(), Alerts(nullptr, nullptr));
         QVERIFY(!alert.isRoot(paths.volumeRoot(QStringLiteral("Mac HD"))));
+    }
+
+    // Settings live in a bundle's Contents only when the executable sits in one.
+    void contentsFolder_data() {
+        QTest::addColumn<QString>("executable");
+        QTest::addColumn<QString>("folder");
+        QTest::newRow("bundle") << "/Applications/KextKeeper.app/Contents/MacOS/KextKeeper"
+                                << "/Applications/KextKeeper.app/Contents";
+        QTest::newRow("installed") << "/usr/bin/kextkeeper"
+                                   << "/cfg/kextkeeper";
+        QTest::newRow("not an .app") << "/opt/kk/Contents/MacOS/kextkeeper"
+                                     << "/cfg/kextkeeper";
+        QTest::newRow("not MacOS") << "/A/KextKeeper.app/Contents/Resources/kextkeeper"
+                                   << "/cfg/kextkeeper";
+        QTest::newRow("unknown") << ""
+                                 << "/cfg/kextkeeper";
+    }
+    void contentsFolder() {
+        QFETCH(QString, executable);
+        QFETCH(QString, folder);
+        QCOMPARE(ContentsFolder::forExecutable(executable, "/cfg"), folder);
+    }
+    void executablePathIsTheRunningProgram() {
+        QCOMPARE(ContentsFolder::executablePath(),
+                 QFileInfo(QCoreApplication::applicationFilePath()).canonicalFilePath());
     }
 
     void commandLine_data() {
