@@ -24,8 +24,11 @@ void FreedesktopNotifier::notify(const QString &title, const QString &descriptio
     QVariantMap hints;
     hints.insert(QStringLiteral("urgency"), QVariant::fromValue<uchar>(1));
     hints.insert(QStringLiteral("x-kextkeeper-notification"), name);
-    call << QStringLiteral("KextKeeper") << uint(0) << QString() << title << description
-         << QStringList() << hints << int(-1);
+    // The installed desktop entry and icon (kextkeeper.desktop, hicolor "kextkeeper"), so
+    // the desktop shows our icon and groups the messages under the application.
+    hints.insert(QStringLiteral("desktop-entry"), QStringLiteral("kextkeeper"));
+    call << QStringLiteral("KextKeeper") << uint(0) << QStringLiteral("kextkeeper") << title
+         << description << QStringList() << hints << int(-1);
     // Fire and forget: a slow service must never hold up the end of a task.
     m_bus.asyncCall(call);
 }

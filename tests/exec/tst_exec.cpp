@@ -95,17 +95,21 @@ public:
 } // namespace
 
 // A notification service on a private bus: records what it is sent, as
-// "summary|body|name|urgency|timeout".
+// "icon|summary|body|name|urgency|desktop entry|timeout".
 class NotificationService : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
 public:
     QStringList received;
 public slots:
-    uint Notify(const QString &, uint, const QString &, const QString &summary, const QString &body,
-                const QStringList &, const QVariantMap &hints, int timeout) {
-        received << QStringList{summary, body, hints.value("x-kextkeeper-notification").toString(),
+    uint Notify(const QString &, uint, const QString &icon, const QString &summary,
+                const QString &body, const QStringList &, const QVariantMap &hints, int timeout) {
+        received << QStringList{icon,
+                                summary,
+                                body,
+                                hints.value("x-kextkeeper-notification").toString(),
                                 QString::number(hints.value("urgency").value<uchar>()),
+                                hints.value("desktop-entry").toString(),
                                 QString::number(timeout)}
                         .join('|');
         return 1;
@@ -366,7 +370,8 @@ private slots:
         QVERIFY(server.registerService("org.freedesktop.Notifications"));
         QVERIFY(notifier.isRunning());
         notifier.notify("Error", "It failed.", "Task Failed");
-        QTRY_COMPARE(service.received, QStringList{"Error|It failed.|Task Failed|1|-1"});
+        QTRY_COMPARE(service.received,
+                     QStringList{"kextkeeper|Error|It failed.|Task Failed|1|kextkeeper|-1"});
         bus.terminate();
         bus.waitForFinished(3000);
     }
