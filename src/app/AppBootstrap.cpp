@@ -4,6 +4,7 @@
 #include "cli/CliRegistry.h"
 #include "cli/TerminalPasswordPrompt.h"
 #include "exec/AdminAuthentication.h"
+#include "exec/CommandJournal.h"
 #include "exec/DryRunExecutor.h"
 #include "exec/IconAlert.h"
 #include "exec/SessionExecutor.h"
@@ -113,11 +114,16 @@ int runVerb(int argc, char **argv, const GlobalOptions &options, const SystemPat
     }
     static TerminalPasswordPrompt prompt;
     AdminAuthentication::configureShared(sessionConfig(paths), &prompt);
+    // A dry run changes nothing, so it has nothing to record either.
+    static CommandJournal journal(CommandJournal::defaultPath(paths.home()));
+    if (!options.dryRun)
+        AdminAuthentication::sharedInstance().setJournal(&journal);
     // The command line reports on its own streams: no notifications, no sheets.
     IconAlert::configureDefault(paths, AdminAuthentication::sharedInstance(),
                                 Alerts(nullptr, nullptr));
     SessionExecutor session(AdminAuthentication::sharedInstance());
-    DryRunExecutor dryRun(out);
+    DryRunExecutor dryRun(
+        [&out](const Command &command) { out << command.toShellLine() << Qt::endl; });
     CliContext context{options.rest.mid(1),
                        paths,
                        options.dryRun,
@@ -156,5 +162,7 @@ int kextkeeperMain(int argc, char **argv) {
     QApplication::setApplicationName(QStringLiteral("KextKeeper"));
     QApplication::setApplicationVersion(QStringLiteral(KK_VERSION));
     AdminAuthentication::configureShared(sessionConfig(paths), nullptr);
+    static CommandJournal journal(CommandJournal::defaultPath(paths.home()));
+    AdminAuthentication::sharedInstance().setJournal(&journal);
     return launchWindow(app, paths);
 }

@@ -4,6 +4,7 @@
 #include "MkextBuilderNotice.h"
 #include "TovrelAppDelegate.h"
 #include "exec/AdminAuthentication.h"
+#include "exec/FailedCommands.h"
 #include "exec/IconAlert.h"
 #include "exec/SessionExecutor.h"
 #include "maintenance/ExtraFolderOperations.h"
@@ -88,6 +89,11 @@ void ExtraMenuController::askToContinue(const QString &informativeText,
 
 void ExtraMenuController::showError(const QString &message) {
     IconAlert::defaultinst().ShowErrorMsg(message, &m_delegate.window());
+}
+
+void ExtraMenuController::commandsFailed(const QStringList &failures) {
+    showError(FailedCommands::summary(failures.size()) + QStringLiteral(":\n") +
+              failures.join(QLatin1Char('\n')));
 }
 
 void ExtraMenuController::reevaluateVolume() {

@@ -36,6 +36,7 @@ private:
     void rootPathChosen(const QString &rootPath) override;
     void askToContinue(const QString &informativeText, std::function<void(int)> answered) override;
     void showError(const QString &message) override;
+    void commandsFailed(const QStringList &failures) override;
     void reevaluateVolume() override;
 
     TovrelAppDelegate &m_delegate;

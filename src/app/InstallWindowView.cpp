@@ -2,6 +2,7 @@
 
 #include "MainWindow.h"
 #include "TovrelAppDelegate.h"
+#include "exec/FailedCommands.h"
 #include "exec/IconAlert.h"
 #include "pages/InstallPage.h"
 #include "ui_InstallPage.h"
@@ -81,6 +82,13 @@ void InstallWindowView::setIndeterminate(bool indeterminate) {
 
 void InstallWindowView::reevaluateVolume() {
     post([](TovrelAppDelegate &d) { d.DiskSelectorInstallation(nullptr); });
+}
+
+void InstallWindowView::commandsFailed(const QStringList &failures) {
+    const QString text = FailedCommands::summary(failures.size()) + QStringLiteral(":\n") +
+                         failures.join(QLatin1Char('\n'));
+    post(
+        [text](TovrelAppDelegate &d) { IconAlert::defaultinst().ShowErrorMsg(text, &d.window()); });
 }
 
 void InstallWindowView::showError(const QString &message) {

@@ -23,6 +23,7 @@ public:
     void bundleStarted(int index, int count, const QString &path) override;
     void setIndeterminate(bool indeterminate) override;
     void reevaluateVolume() override;
+    void commandsFailed(const QStringList &failures) override;
     void showError(const QString &message) override;
     void showInfo(const QString &message) override;
     void progressReset() override;

@@ -5,6 +5,7 @@
 #include "MkextBuilderNotice.h"
 #include "TovrelAppDelegate.h"
 #include "exec/AdminAuthentication.h"
+#include "exec/FailedCommands.h"
 #include "exec/IconAlert.h"
 #include "exec/SessionExecutor.h"
 #include "maintenance/MaintenancePlan.h"
@@ -44,6 +45,12 @@ public:
     }
     void reevaluateVolume() override {
         post([](MaintenanceController &c) { c.m_delegate.DiskSelectorMaintenance(nullptr); });
+    }
+    void commandsFailed(const QStringList &failures) override {
+        const QString status = FailedCommands::summary(failures.size());
+        post([status](MaintenanceController &c) {
+            c.m_delegate.maintenancePage()->ui()->lbMainTask->setText(status);
+        });
     }
     void showError(const QString &message) override {
         post([message](MaintenanceController &c) {

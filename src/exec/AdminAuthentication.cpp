@@ -1,8 +1,12 @@
 #include "exec/AdminAuthentication.h"
 
+#include "exec/CommandJournal.h"
 #include "exec/ProcessRunner.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
 #include <memory>
 
 namespace {
@@ -91,16 +95,24 @@ bool AdminAuthentication::authorizeRootTask() {
 }
 
 bool AdminAuthentication::executeCommand(const QString &tool, const QStringList &args) {
-    return launch(tool, args, Launch::Detached);
+    return launch(tool, args, Launch::Detached).launched;
 }
 
 bool AdminAuthentication::executeCommandSynced(const QString &tool, const QStringList &args) {
+    return launch(tool, args, Launch::Synced).launched;
+}
+
+CommandResult AdminAuthentication::runSynced(const QString &tool, const QStringList &args) {
     return launch(tool, args, Launch::Synced);
 }
 
-bool AdminAuthentication::launch(const QString &tool, const QStringList &args, Launch mode) {
+CommandResult AdminAuthentication::launch(const QString &tool, const QStringList &args,
+                                          Launch mode) {
+    const QDateTime started = QDateTime::currentDateTimeUtc();
+    QElapsedTimer timer;
+    timer.start();
     if (!authenticate(tool))
-        return false;
+        return CommandResult{false, -1, QStringLiteral("not authorized")};
 
     ProcessRunner::Request request;
     const QStringList toolArgs = args.mid(0, maxArguments);
@@ -122,16 +134,42 @@ bool AdminAuthentication::launch(const QString &tool, const QStringList &args, L
     }
     // The detached form never reads: the tool's output goes where ours goes.
     request.readOutput = mode == Launch::Synced;
+    // The synced form waits for the tool's end, so a task knows how each step went.
+    request.waitForExit = mode == Launch::Synced;
+    request.keepErrorText = mode == Launch::Synced;
     ProcessRunner::Result result = ProcessRunner::run(request);
+    const CommandResult outcome{result.launched, result.exitStatus,
+                                QString::fromUtf8(result.errorBytes)};
+    if (mode == Launch::Synced)
+        journal(Command{tool, toolArgs, true}, outcome, started, timer.elapsed());
     if (!result.launched) {
         if (m_log)
             m_log->write(QByteArray("Error ") + QByteArray::number(result.launchError) +
                          " in AuthorizationExecuteWithPrivileges");
         if (m_delegate)
             m_delegate->authenticationFailedExecute(this);
-        return false;
+        return outcome;
     }
     if (m_delegate)
         m_delegate->authenticationDidExecute(this);
-    return true;
+    return outcome;
+}
+
+void AdminAuthentication::journal(const Command &command, const CommandResult &result,
+                                  const QDateTime &started, qint64 ms) {
+    if (!m_journal)
+        return;
+    JournalEntry entry;
+    entry.time = started;
+    entry.command = command;
+    entry.result = result;
+    entry.durationMs = ms;
+    // A root shell running a script ran what the script says; it is still there to read.
+    if (command.tool.endsWith(QLatin1String("/sh")) && command.args.size() == 1 &&
+        QFileInfo(command.args.first()).isFile()) {
+        QFile script(command.args.first());
+        if (script.open(QIODevice::ReadOnly))
+            entry.script = QString::fromUtf8(script.read(4096)).trimmed();
+    }
+    m_journal->record(entry);
 }

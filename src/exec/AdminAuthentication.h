@@ -1,12 +1,16 @@
 #pragma once
 
 #include "exec/AuthenticationDelegate.h"
+#include "exec/Command.h"
 #include "exec/PasswordPrompt.h"
 #include "exec/SystemLog.h"
 
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 #include <atomic>
+
+class CommandJournal;
 
 // Holds the administrator's grant for the whole process and runs tools as root with it.
 // Backed by sudo: its cached timestamp is the grant, `sudo -n -v` asks whether it is
@@ -36,11 +40,15 @@ public:
 
     bool executeCommand(const QString &tool, const QStringList &args);
     bool executeCommandSynced(const QString &tool, const QStringList &args);
+    // The synced launch with what became of the tool: exit status and standard error.
+    CommandResult runSynced(const QString &tool, const QStringList &args);
 
     AuthenticationDelegate *delegate() const { return m_delegate; }
     void setDelegate(AuthenticationDelegate *delegate) { m_delegate = delegate; }
 
     void setPasswordPrompt(PasswordPrompt *prompt) { m_prompt = prompt; }
+    // Every synced root launch is recorded there (none when null).
+    void setJournal(CommandJournal *journal) { m_journal = journal; }
     bool runsDirectly() const { return m_config.direct; }
 
     // The root-task pattern every task runs before its work: ask, ask again after the
@@ -52,13 +60,16 @@ public:
 
 private:
     enum class Launch { Detached, Synced };
-    bool launch(const QString &tool, const QStringList &args, Launch mode);
+    CommandResult launch(const QString &tool, const QStringList &args, Launch mode);
     int sudoStatus(const QStringList &args, const QByteArray &input = {});
+    void journal(const Command &command, const CommandResult &result, const QDateTime &started,
+                 qint64 ms);
 
     Config m_config;
     PasswordPrompt *m_prompt;
     SystemLog *m_log;
     AuthenticationDelegate *m_delegate = nullptr;
+    CommandJournal *m_journal = nullptr;
     // The "session": made by the first query, dropped by deauthenticate.
     std::atomic<bool> m_session{false};
 };

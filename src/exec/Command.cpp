@@ -26,3 +26,11 @@ char *toString(const Command &command) {
     std::memcpy(copy, text.constData(), text.size() + 1);
     return copy;
 }
+
+QString CommandResult::statusText() const {
+    if (!launched)
+        return QStringLiteral("not started");
+    if (exitStatus < 0)
+        return QStringLiteral("killed");
+    return QStringLiteral("exit %1").arg(exitStatus);
+}

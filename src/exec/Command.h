@@ -17,6 +17,18 @@ struct Command {
     QString toShellLine() const;
 };
 
+// What became of one command: whether it started, its exit status and what it wrote to
+// standard error. Root sequences never change course on it (a failed step does not stop
+// the next); it is how a task learns that a step failed, so it can say so at its end.
+struct CommandResult {
+    bool launched = true;
+    int exitStatus = 0; // -1: killed by a signal, or not known
+    QString errorText;
+    bool ok() const { return launched && exitStatus == 0; }
+    // "exit 0", "exit 1", "killed", "not started".
+    QString statusText() const;
+};
+
 // Quotes one word for a POSIX shell; words made only of safe characters stay bare.
 QString shellQuote(const QString &word);
 

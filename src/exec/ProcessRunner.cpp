@@ -3,6 +3,7 @@
 #include <QStringDecoder>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <map>
 #include <spawn.h>
@@ -74,11 +75,19 @@ ProcessRunner::Result ProcessRunner::run(const Request &request) {
         return result;
     }
 
+    const bool keepError =
+        request.keepErrorText && request.waitForExit && request.capture == Stream::Output;
+    std::FILE *errorFile = keepError ? std::tmpfile() : nullptr;
+    if (errorFile) // only the child's standard error may hold it
+        ::fcntl(fileno(errorFile), F_SETFD, FD_CLOEXEC);
+
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     const int target = request.capture == Stream::Output ? STDOUT_FILENO : STDERR_FILENO;
     if (request.readOutput)
         posix_spawn_file_actions_adddup2(&actions, out[1], target);
+    if (errorFile)
+        posix_spawn_file_actions_adddup2(&actions, fileno(errorFile), STDERR_FILENO);
     if (request.input == Input::Data)
         posix_spawn_file_actions_adddup2(&actions, in[0], STDIN_FILENO);
     else if (request.input == Input::Null)
@@ -108,6 +117,8 @@ ProcessRunner::Result ProcessRunner::run(const Request &request) {
         result.launchError = rc;
         closeIfOpen(out[0]);
         closeIfOpen(in[1]);
+        if (errorFile)
+            std::fclose(errorFile);
         return result;
     }
     result.launched = true;
@@ -139,6 +150,13 @@ ProcessRunner::Result ProcessRunner::run(const Request &request) {
         while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
         }
         result.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        if (errorFile) {
+            std::rewind(errorFile);
+            result.errorBytes.resize(errorLimit);
+            result.errorBytes.resize(
+                qsizetype(std::fread(result.errorBytes.data(), 1, size_t(errorLimit), errorFile)));
+            std::fclose(errorFile);
+        }
     } else {
         // The tool may outlive its output; reap it whenever it ends.
         std::thread([pid] {

@@ -26,13 +26,19 @@ public:
         std::function<void(const QByteArray &)> onChunk; // called for every read
         bool waitForExit = false;                        // wait and report the exit status
         bool readOutput = true; // false: launch only, output goes where ours goes
+        // With capture == Output and waitForExit: standard error is kept too (in an
+        // unlinked temporary file, so a chatty tool can never block on a full pipe) and
+        // handed back in errorBytes, up to errorLimit bytes.
+        bool keepErrorText = false;
     };
+    static constexpr qsizetype errorLimit = 64 * 1024;
 
     struct Result {
         bool launched = false;
         int launchError = 0; // errno of a failed launch
         QByteArray bytes;
-        int exitStatus = -1; // only with waitForExit; -1 when killed by a signal
+        int exitStatus = -1;   // only with waitForExit; -1 when killed by a signal
+        QByteArray errorBytes; // only with keepErrorText
     };
 
     static Result run(const Request &request);

@@ -9,14 +9,14 @@ bool SessionExecutor::authorize() {
     return m_session.authorizeRootTask();
 }
 
-void SessionExecutor::run(const Command &command) {
-    if (command.asRoot) {
-        m_session.executeCommandSynced(command.tool, command.args);
-        return;
-    }
+CommandResult SessionExecutor::run(const Command &command) {
+    if (command.asRoot)
+        return m_session.runSynced(command.tool, command.args);
     ProcessRunner::Request request;
     request.program = command.tool;
     request.args = command.args;
     request.waitForExit = true;
-    ProcessRunner::run(request);
+    request.keepErrorText = true;
+    const ProcessRunner::Result result = ProcessRunner::run(request);
+    return {result.launched, result.exitStatus, QString::fromUtf8(result.errorBytes)};
 }

@@ -10,7 +10,7 @@ class SessionExecutor final : public Executor {
 public:
     explicit SessionExecutor(AdminAuthentication &session);
     bool authorize() override;
-    void run(const Command &command) override;
+    CommandResult run(const Command &command) override;
 
 private:
     AdminAuthentication &m_session;

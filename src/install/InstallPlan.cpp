@@ -3,22 +3,20 @@
 #include "exec/Executor.h"
 #include "exec/IconAlert.h"
 #include "exec/Tr.h"
+#include "install/FileTree.h"
 #include "install/InstallList.h"
+#include "install/InstallPreflight.h"
 #include "install/InstallView.h"
-#include "install/KextBackup.h"
 #include "maintenance/LionCache.h"
 #include "maintenance/MkextRebuild.h"
 #include "plist/PlistFile.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 namespace {
 const QString sleRelative = QStringLiteral("System/Library/Extensions");
-
-bool exists(const QString &path) {
-    return QFileInfo::exists(path);
-}
 
 bool isSameFile(const QString &a, const QString &b) {
     const QString canonical = QFileInfo(a).canonicalFilePath();
@@ -42,6 +40,10 @@ QString InstallPlan::extraBase() const {
     return rootPath() + QStringLiteral("Extra/") + m_options.extraVersion;
 }
 
+bool InstallPlan::exists(const QString &path) const {
+    return m_executor.exists(path);
+}
+
 bool InstallPlan::prepare() {
     if (m_options.bundles.isEmpty()) {
         m_view.showError(kkTr("No selected kexts to install."));
@@ -56,8 +58,15 @@ bool InstallPlan::prepare() {
 void InstallPlan::run() {
     m_view.setControlsEnabled(false);
     m_view.setWorking(true);
-    if (m_options.backup)
-        m_datedir = KextBackup::folderName(m_clock());
+    const QDateTime now = m_clock();
+    if (m_options.backup) {
+        m_datedir = KextBackup::folderName(now);
+        BackupManifest manifest;
+        manifest.volume = m_options.volume;
+        manifest.extraVersion = m_options.extraVersion;
+        manifest.destination = m_options.toSle ? QStringLiteral("sle") : QStringLiteral("extra");
+        m_backup.emplace(m_paths.desktop(), now, manifest);
+    }
     m_view.taskState(rootPath(), m_datedir);
 
     if (m_options.toExtra) {
@@ -71,13 +80,27 @@ void InstallPlan::run() {
             stopEarly(kkTr("No Extra/Extensions or Extra/KextStore found."), true);
             return;
         }
+        if (!checkBeforeInstalling(extraBase() + (extensions ? QStringLiteral("/Extensions")
+                                                             : QStringLiteral("/KextStore"))))
+            return;
         installExtra();
     }
     if (m_options.toSle && !installSle())
         return;
-    if (m_options.toDesktop)
-        installDesktop();
+    if (m_options.toDesktop && !installDesktop())
+        return;
     finish();
+}
+
+bool InstallPlan::checkBeforeInstalling(const QString &folder) {
+    const QString backups =
+        m_options.backup ? KextBackup::backupsFolder(m_paths.desktop()) : QString();
+    if (const std::optional<QString> problem =
+            InstallPreflight::checkInstall(m_options.bundles, folder, backups)) {
+        stopEarly(*problem, true);
+        return false;
+    }
+    return true;
 }
 
 void InstallPlan::installExtra() {
@@ -93,7 +116,7 @@ void InstallPlan::installExtra() {
         // touch makes the system's own caches notice the change too.
         if (exists(mkext)) {
             run(m_paths.system(QStringLiteral("/usr/bin/touch")), {extensions});
-            m_executor.run(mkextRebuildCommand(m_paths, mkext, extensions));
+            run(mkextRebuildCommand(m_paths, mkext, extensions));
         }
     }
     const QString kextStore = extraBase() + QStringLiteral("/KextStore");
@@ -104,7 +127,7 @@ void InstallPlan::installExtra() {
         run(m_paths.system(QStringLiteral("/bin/chmod")),
             {QStringLiteral("-R"), QStringLiteral("755"), kextStore});
         // KextStore kexts are only ever loaded from the mkext: it is always rebuilt.
-        m_executor.run(mkextRebuildCommand(m_paths, mkext, kextStore));
+        run(mkextRebuildCommand(m_paths, mkext, kextStore));
     }
 }
 
@@ -115,10 +138,12 @@ bool InstallPlan::installSle() {
         stopEarly(kkTr("No System/Library/Extensions on selected disk."), false);
         return false;
     }
+    if (!checkBeforeInstalling(sle))
+        return false;
     installBundles(sle, Branch::Sle);
     run(m_paths.system(QStringLiteral("/usr/bin/touch")), {sle});
     if (lionCacheWanted())
-        m_executor.run(mkextRebuildCommand(m_paths, LionCache::startupMkext(rootPath()), sle));
+        run(mkextRebuildCommand(m_paths, LionCache::startupMkext(rootPath()), sle));
     // The system-wide caches belong to the running system and take no volume.
     const bool startedSystem = m_isRoot(rootPath());
     if (startedSystem && m_options.prelinkKernel) {
@@ -129,10 +154,22 @@ bool InstallPlan::installSle() {
     return true;
 }
 
-void InstallPlan::installDesktop() {
+bool InstallPlan::installDesktop() {
     const QString staging = m_paths.desktop() + QStringLiteral("/.mkext_pack");
-    if (m_touchUserFiles && !exists(staging))
-        QDir().mkpath(staging);
+    const InstallPreflight::StagingCheck check =
+        InstallPreflight::checkPacking(m_options.bundles, staging);
+    if (!check.problem.isEmpty()) {
+        stopEarly(check.problem, true);
+        return false;
+    }
+    // What an interrupted run of ours left would be packed too: it goes first. Its files
+    // belong to root by then.
+    if (check.staging == InstallPreflight::Staging::Stale)
+        run(m_paths.system(QStringLiteral("/bin/rm")), {QStringLiteral("-R"), staging});
+    if (!m_executor.simulated() && QDir().mkpath(staging)) {
+        QFile mark(staging + QLatin1Char('/') + InstallPreflight::stagingMark());
+        mark.open(QIODevice::WriteOnly);
+    }
     const int count = int(m_options.bundles.size());
     for (int i = 0; i < count; ++i) {
         m_view.bundleStarted(i, count, m_options.bundles.at(i));
@@ -144,33 +181,46 @@ void InstallPlan::installDesktop() {
         {QStringLiteral("-R"), QStringLiteral("0:0"), staging});
     run(m_paths.system(QStringLiteral("/bin/chmod")),
         {QStringLiteral("-R"), QStringLiteral("755"), staging});
-    m_executor.run(mkextRebuildCommand(
-        m_paths, m_paths.desktop() + QStringLiteral("/Extensions.mkext"), staging));
+    run(mkextRebuildCommand(m_paths, m_paths.desktop() + QStringLiteral("/Extensions.mkext"),
+                            staging));
     // Without -f: the staging folder is ours and must be there.
     run(m_paths.system(QStringLiteral("/bin/rm")), {QStringLiteral("-R"), staging});
+    return true;
 }
 
 void InstallPlan::installBundles(const QString &folder, Branch branch) {
     const int count = int(m_options.bundles.size());
-    for (int i = 0; i < count; ++i) {
+    // After a bundle went wrong the others are left alone: whatever failed it (a full
+    // volume, most likely) would fail them too, and each attempt removes an old copy.
+    for (int i = 0; i < count && m_problem.isEmpty(); ++i) {
         m_view.bundleStarted(i, count, m_options.bundles.at(i));
         installBundle(m_options.bundles.at(i), folder, branch);
     }
     m_view.setIndeterminate(true);
 }
 
-void InstallPlan::installBundle(const QString &bundle, const QString &folder, Branch branch) {
+bool InstallPlan::installBundle(const QString &bundle, const QString &folder, Branch branch) {
     const QString name = InstallList::bundleName(bundle);
     const QString installed = folder + QLatin1Char('/') + name;
-    if (m_options.backup && m_touchUserFiles && exists(installed))
-        KextBackup(m_paths.desktop(), m_datedir).save(installed, name);
+    const bool checks = !m_executor.simulated();
+    const bool hadOldCopy = exists(installed);
+    m_backupCopy.clear();
+    if (m_options.backup && checks && hadOldCopy && !backUp(installed, folder))
+        return false;
     // A bundle picked from its own destination is already in place: removing it first
     // would leave nothing to copy.
     if (!isSameFile(bundle, installed)) {
-        // Asked again: the old bundle goes only after its backup was attempted.
+        // Asked again: the old bundle goes only after its backup was made and compared.
         if (exists(installed))
             run(m_paths.system(QStringLiteral("/bin/rm")), {QStringLiteral("-Rf"), installed});
         run(m_paths.system(QStringLiteral("/bin/cp")), {QStringLiteral("-R"), bundle, folder});
+        if (checks) {
+            if (const std::optional<QString> why = FileTree::difference(bundle, installed, false)) {
+                putBack(installed, folder, m_backupCopy, hadOldCopy, *why);
+                if (m_backupCopy.isEmpty())
+                    return false;
+            }
+        }
     }
     if (branch == Branch::Sle) {
         // The system's folder keeps its own modes; only the new bundle is set.
@@ -178,6 +228,47 @@ void InstallPlan::installBundle(const QString &bundle, const QString &folder, Br
             {QStringLiteral("-R"), QStringLiteral("0:0"), installed});
         run(m_paths.system(QStringLiteral("/bin/chmod")),
             {QStringLiteral("-R"), QStringLiteral("755"), installed});
+    }
+    return m_problem.isEmpty();
+}
+
+bool InstallPlan::backUp(const QString &installed, const QString &folder) {
+    const KextBackup::Saved saved = m_backup->save(installed, folder.mid(rootPath().size()));
+    if (saved.copy.isEmpty()) {
+        m_problem = kkTr("%1 was left in place, and nothing more was installed: its backup in "
+                         "%2 could not be completed (%3).")
+                        .arg(installed, m_backup->runFolder(), saved.error);
+        return false;
+    }
+    m_backupCopy = saved.copy;
+    return true;
+}
+
+void InstallPlan::putBack(const QString &installed, const QString &folder, const QString &backup,
+                          bool hadOldCopy, const QString &why) {
+    const QString name = QFileInfo(installed).fileName();
+    // A half-copied kext can keep the system from starting: it never stays.
+    if (exists(installed))
+        run(m_paths.system(QStringLiteral("/bin/rm")), {QStringLiteral("-Rf"), installed});
+    const QString failed = kkTr("%1 could not be installed into %2 (%3).").arg(name, folder, why);
+    if (!backup.isEmpty()) {
+        run(m_paths.system(QStringLiteral("/bin/cp")), {QStringLiteral("-R"), backup, folder});
+        const QString backupFolder = QFileInfo(backup).path();
+        if (!FileTree::difference(backup, installed, false))
+            m_problem = failed + QLatin1Char(' ') +
+                        kkTr("The previous copy was put back from %1.").arg(backupFolder);
+        else
+            m_problem = failed + QLatin1Char(' ') +
+                        kkTr("Putting back the previous copy failed too: %1 has no %2 now; "
+                             "the previous copy is in %3.")
+                            .arg(folder, name, backupFolder);
+    } else if (hadOldCopy) {
+        m_problem = failed + QLatin1Char(' ') +
+                    kkTr("The previous copy was removed before, and there is no backup of it: "
+                         "%1 has no %2 now.")
+                        .arg(folder, name);
+    } else {
+        m_problem = failed + QLatin1Char(' ') + kkTr("The incomplete copy was removed.");
     }
 }
 
@@ -201,10 +292,19 @@ void InstallPlan::finish() {
     m_view.setControlsEnabled(true);
     m_view.reevaluateVolume();
     m_view.setWorking(false);
-    m_view.showInfo(kkTr("Selected tasks were finished."));
+    if (!m_failed.isEmpty())
+        m_view.commandsFailed(m_failed.lines());
+    if (m_problem.isEmpty())
+        m_view.showInfo(kkTr("Selected tasks were finished."));
+    else
+        m_view.showError(m_problem);
     m_view.progressReset();
 }
 
 void InstallPlan::run(const QString &tool, const QStringList &args) {
-    m_executor.run(Command{tool, args, true});
+    run(Command{tool, args, true});
+}
+
+void InstallPlan::run(const Command &command) {
+    m_failed.note(command, m_executor.run(command));
 }

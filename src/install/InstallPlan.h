@@ -1,11 +1,14 @@
 #pragma once
 
+#include "exec/FailedCommands.h"
 #include "install/InstallOptions.h"
+#include "install/KextBackup.h"
 #include "volumes/SystemPaths.h"
 
 #include <QDateTime>
 #include <QString>
 #include <functional>
+#include <optional>
 
 class Executor;
 class InstallView;
@@ -13,8 +16,11 @@ class InstallView;
 // Installs the bundles of the install list into the Extra folder of a volume (its
 // Extensions or its KextStore), into the volume's System/Library/Extensions, or packs
 // them into a new Extensions.mkext on the desktop. Every change inside a volume is a
-// root command; the results are not examined, the plan always goes on. Only the backup
-// copies and the desktop staging folder are made as the user.
+// root command; only the backup copies and the desktop staging folder are made as the
+// user. Around the commands it checks what a careful administrator would: a preflight
+// before the first of them, each backup compared with its original before the original
+// is removed, each installed bundle compared with its source and put back from the
+// backup when the copy failed. When all is well the commands are exactly the plain ones.
 class InstallPlan {
 public:
     InstallPlan(InstallOptions options, const SystemPaths &paths, Executor &executor,
@@ -24,8 +30,6 @@ public:
     void setIsRoot(std::function<bool(const QString &)> isRoot) { m_isRoot = std::move(isRoot); }
     // Names this run's backup folder (the system clock by default).
     void setClock(std::function<QDateTime()> clock) { m_clock = std::move(clock); }
-    // Leaves the user's files alone (no backups, no staging folder): for --dry-run.
-    void setTouchUserFiles(bool touch) { m_touchUserFiles = touch; }
 
     // On the UI thread, before the job: refuses an empty list with an alert, then asks
     // for root; false (and nothing changed) when the job must not run.
@@ -40,15 +44,21 @@ public:
 
 private:
     enum class Branch { Extensions, KextStore, Sle };
+    bool exists(const QString &path) const;
+    bool checkBeforeInstalling(const QString &folder);
     void installExtra();
     bool installSle();
-    void installDesktop();
+    bool installDesktop();
     void installBundles(const QString &folder, Branch branch);
-    void installBundle(const QString &bundle, const QString &folder, Branch branch);
+    bool installBundle(const QString &bundle, const QString &folder, Branch branch);
+    bool backUp(const QString &installed, const QString &folder);
+    void putBack(const QString &installed, const QString &folder, const QString &backup,
+                 bool hadOldCopy, const QString &why);
     void stopEarly(const QString &message, bool reevaluate);
     void finish();
     bool lionCacheWanted() const;
     void run(const QString &tool, const QStringList &args);
+    void run(const Command &command);
 
     InstallOptions m_options;
     SystemPaths m_paths;
@@ -56,6 +66,9 @@ private:
     InstallView &m_view;
     std::function<bool(const QString &)> m_isRoot;
     std::function<QDateTime()> m_clock;
-    bool m_touchUserFiles = true;
     QString m_datedir;
+    std::optional<KextBackup> m_backup;
+    QString m_backupCopy; // the last bundle's backup, for putting it back
+    FailedCommands m_failed;
+    QString m_problem; // what went wrong with a bundle; the run ends with it
 };

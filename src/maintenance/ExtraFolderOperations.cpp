@@ -5,8 +5,6 @@
 #include "maintenance/ExtraFolderView.h"
 #include "maintenance/MkextRebuild.h"
 
-#include <QFileInfo>
-
 ExtraFolderOperations::ExtraFolderOperations(const SystemPaths &paths, Executor &executor,
                                              ExtraFolderView &view)
     : m_paths(paths), m_executor(executor), m_view(view) {}
@@ -19,7 +17,7 @@ QString ExtraFolderOperations::chooseRoot() {
 
 ExtraFolderOperations::Outcome ExtraFolderOperations::BringBackEE() {
     const QString root = chooseRoot();
-    if (!QFileInfo::exists(root + QStringLiteral("Extra/KextStore"))) {
+    if (!m_executor.exists(root + QStringLiteral("Extra/KextStore"))) {
         m_view.showError(kkTr("No Extra/KextStore found."));
         return Outcome::Missing;
     }
@@ -39,17 +37,17 @@ ExtraFolderOperations::Outcome ExtraFolderOperations::selectedbutton(int returnC
     if (!m_executor.authorize())
         return m_lastAnswer = Outcome::Refused;
     const QString mkext = root + QStringLiteral("Extra/Extensions.mkext");
-    if (QFileInfo::exists(mkext))
+    if (m_executor.exists(mkext))
         run(QStringLiteral("/bin/rm"), {QStringLiteral("-R"), mkext});
     run(QStringLiteral("/bin/mv"),
         {root + QStringLiteral("Extra/KextStore"), root + QStringLiteral("Extra/Extensions")});
     m_view.reevaluateVolume();
-    return m_lastAnswer = Outcome::Done;
+    return m_lastAnswer = done();
 }
 
 ExtraFolderOperations::Outcome ExtraFolderOperations::MI_CreateEKS() {
     const QString root = chooseRoot();
-    if (!QFileInfo::exists(root + QStringLiteral("Extra/Extensions"))) {
+    if (!m_executor.exists(root + QStringLiteral("Extra/Extensions"))) {
         m_view.showError(kkTr("No Extra/Extensions found."));
         return Outcome::Missing;
     }
@@ -69,10 +67,9 @@ ExtraFolderOperations::Outcome ExtraFolderOperations::selectedbuttoncreate(int r
         return m_lastAnswer = Outcome::Refused;
     const QString kextStore = root + QStringLiteral("Extra/KextStore");
     run(QStringLiteral("/bin/mv"), {root + QStringLiteral("Extra/Extensions"), kextStore});
-    m_executor.run(
-        mkextRebuildCommand(m_paths, root + QStringLiteral("Extra/Extensions.mkext"), kextStore));
+    run(mkextRebuildCommand(m_paths, root + QStringLiteral("Extra/Extensions.mkext"), kextStore));
     m_view.reevaluateVolume();
-    return m_lastAnswer = Outcome::Done;
+    return m_lastAnswer = done();
 }
 
 ExtraFolderOperations::Outcome ExtraFolderOperations::ShowExtra() {
@@ -86,19 +83,28 @@ ExtraFolderOperations::Outcome ExtraFolderOperations::HideExtra() {
 ExtraFolderOperations::Outcome ExtraFolderOperations::setHidden(bool hidden) {
     const QString extra = chooseRoot() + QStringLiteral("Extra");
     // Checked before asking for a password: there is nothing to hide.
-    if (!QFileInfo::exists(extra)) {
+    if (!m_executor.exists(extra)) {
         m_view.showError(kkTr("No Extra folder on selected disk."));
         return Outcome::Missing;
     }
     if (!m_executor.authorize())
         return Outcome::Refused;
-    // Where chflags is missing (not a Mac) the command simply fails, and as on a Mac a
-    // failure here is not reported.
     run(QStringLiteral("/usr/bin/chflags"),
         {hidden ? QStringLiteral("hidden") : QStringLiteral("nohidden"), extra});
+    return done();
+}
+
+ExtraFolderOperations::Outcome ExtraFolderOperations::done() {
+    if (!m_failed.isEmpty())
+        m_view.commandsFailed(m_failed.lines());
+    m_failed = FailedCommands();
     return Outcome::Done;
 }
 
 void ExtraFolderOperations::run(const QString &tool, const QStringList &args) {
-    m_executor.run(Command{m_paths.system(tool), args, true});
+    run(Command{m_paths.system(tool), args, true});
+}
+
+void ExtraFolderOperations::run(const Command &command) {
+    m_failed.note(command, m_executor.run(command));
 }

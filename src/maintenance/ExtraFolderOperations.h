@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exec/FailedCommands.h"
 #include "volumes/SystemPaths.h"
 
 #include <QString>
@@ -11,7 +12,8 @@ class ExtraFolderView;
 // The four commands of the Extra menu: move KextStore back to Extensions (dropping the
 // mkext), move Extensions into KextStore (and build the mkext from it), and hide or show
 // the Extra folder. They always work on the plain Extra folder, whatever version folder
-// is chosen, and run their root commands one after another without looking at results.
+// is chosen, and run their root commands one after another; a failed command does not
+// stop the next, and the failures are told when the operation ends.
 class ExtraFolderOperations {
 public:
     enum class Outcome {
@@ -38,10 +40,13 @@ public:
 private:
     QString chooseRoot();
     Outcome setHidden(bool hidden);
+    Outcome done();
     void run(const QString &tool, const QStringList &args);
+    void run(const Command &command);
 
     SystemPaths m_paths;
     Executor &m_executor;
     ExtraFolderView &m_view;
     Outcome m_lastAnswer = Outcome::Declined;
+    FailedCommands m_failed;
 };

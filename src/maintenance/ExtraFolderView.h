@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <functional>
 
 // What the Extra folder commands need from whoever shows them: the chosen volume, the
@@ -22,5 +23,7 @@ public:
     virtual void askToContinue(const QString &informativeText,
                                std::function<void(int returnCode)> answered) = 0;
     virtual void showError(const QString &message) = 0;
+    // Commands of the operation that failed, one line each, told when it has ended.
+    virtual void commandsFailed(const QStringList &failures) = 0;
     virtual void reevaluateVolume() = 0;
 };

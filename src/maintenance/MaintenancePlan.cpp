@@ -7,8 +7,6 @@
 #include "maintenance/MaintenanceView.h"
 #include "maintenance/MkextRebuild.h"
 
-#include <QFileInfo>
-
 namespace {
 
 // The input check lets a box in the mixed state through; the job does not run it.
@@ -18,10 +16,6 @@ bool chosen(Qt::CheckState state) {
 bool on(Qt::CheckState state) {
     return state == Qt::Checked;
 }
-bool exists(const QString &path) {
-    return QFileInfo::exists(path);
-}
-
 } // namespace
 
 MaintenancePlan::MaintenancePlan(MaintenanceOptions options, const SystemPaths &paths,
@@ -66,6 +60,7 @@ void MaintenancePlan::run() {
         m_view.setSpinning(false);
         m_view.setStatus(QString());
         m_view.reevaluateVolume();
+        tellFailures();
         m_view.showError(kkTr("No Extra/Extensions or Extra/KextStore found."));
         return;
     }
@@ -98,10 +93,10 @@ bool MaintenancePlan::rebuildExtraMkext() {
     // With both folders the archive is built twice and ends up holding Extensions, the
     // folder the boot loader also reads loose.
     if (hasKextStore)
-        m_executor.run(mkextRebuildCommand(m_paths, mkext, kextStore));
+        run(mkextRebuildCommand(m_paths, mkext, kextStore));
     if (hasExtensions) {
         run(QStringLiteral("/usr/bin/touch"), {extensions});
-        m_executor.run(mkextRebuildCommand(m_paths, mkext, extensions));
+        run(mkextRebuildCommand(m_paths, mkext, extensions));
     }
     return true;
 }
@@ -119,7 +114,7 @@ void MaintenancePlan::rebuildCaches() {
     // Touching S/L/E makes the system rebuild its caches on the next start.
     run(QStringLiteral("/usr/bin/touch"), {sle});
     if (m_options.recreateLionCache && LionCache::volumeIsLion(rootPath()))
-        m_executor.run(mkextRebuildCommand(m_paths, LionCache::startupMkext(rootPath()), sle));
+        run(mkextRebuildCommand(m_paths, LionCache::startupMkext(rootPath()), sle));
     // These two rebuild the caches of the running system and take no volume, so they
     // only make sense when the target is the started system.
     if (m_isRoot(rootPath()) && m_options.prelinkKernel) {
@@ -139,9 +134,23 @@ void MaintenancePlan::finish() {
     m_view.setSpinning(false);
     m_view.setStatus(QString());
     m_view.reevaluateVolume();
+    tellFailures();
     m_view.showInfo(kkTr("Selected tasks were finished."));
 }
 
+void MaintenancePlan::tellFailures() {
+    if (!m_failed.isEmpty())
+        m_view.commandsFailed(m_failed.lines());
+}
+
+bool MaintenancePlan::exists(const QString &path) const {
+    return m_executor.exists(path);
+}
+
 void MaintenancePlan::run(const QString &tool, const QStringList &args) {
-    m_executor.run(Command{m_paths.system(tool), args, true});
+    run(Command{m_paths.system(tool), args, true});
+}
+
+void MaintenancePlan::run(const Command &command) {
+    m_failed.note(command, m_executor.run(command));
 }

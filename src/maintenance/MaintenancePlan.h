@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exec/FailedCommands.h"
 #include "maintenance/MaintenanceOptions.h"
 #include "volumes/SystemPaths.h"
 
@@ -12,8 +13,8 @@ class MaintenanceView;
 
 // The maintenance page's job: repair the owners and modes of the Extra kext folders,
 // rebuild the Extra mkext, repair S/L/E and the disk's permissions, rebuild the system's
-// kext caches, in that order. Every command runs as root and its result is not
-// examined: a failing command never stops the ones after it.
+// kext caches, in that order. Every command runs as root; a failing command never stops
+// the ones after it, and the failures are told beside the closing text.
 class MaintenancePlan {
 public:
     MaintenancePlan(MaintenanceOptions options, const SystemPaths &paths, Executor &executor,
@@ -40,11 +41,15 @@ private:
     void rebuildCaches();
     void repairFolder(const QString &folder);
     void finish();
+    void tellFailures();
+    bool exists(const QString &path) const;
     void run(const QString &tool, const QStringList &args);
+    void run(const Command &command);
 
     MaintenanceOptions m_options;
     SystemPaths m_paths;
     Executor &m_executor;
     MaintenanceView &m_view;
     std::function<bool(const QString &)> m_isRoot;
+    FailedCommands m_failed;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 // Everything the maintenance plan shows, in the order it happens. The window posts each
 // effect to the UI thread; the command line prints; tests record.
@@ -19,6 +20,8 @@ public:
     virtual void setStatus(const QString &text) = 0;
     // The option boxes follow what the volume now holds.
     virtual void reevaluateVolume() = 0;
+    // Commands of the run that failed, one line each, told just before the final alert.
+    virtual void commandsFailed(const QStringList &failures) = 0;
     virtual void showError(const QString &message) = 0;
     virtual void showInfo(const QString &message) = 0;
 };

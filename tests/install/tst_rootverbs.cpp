@@ -11,7 +11,8 @@ const QString title = QStringLiteral("Mac HD's");
 } // namespace
 
 // `kextkeeper install`, `maintain` and `extra` run as real processes over a sandbox root
-// and a home of their own, printing their root commands with --dry-run.
+// and a home of their own, printing their root commands with --dry-run, and every other
+// line as a shell comment.
 class TestRootVerbs : public QObject {
     Q_OBJECT
 
@@ -59,14 +60,14 @@ private slots:
         QTest::newRow("each bundle's step before its commands")
             << QStringList{"Extra/Extensions/Drïver's B.kext"}
             << onHd + QStringList{"--to", "extra", "--backup", "A", "B/"} << 0
-            << "[1/2] A.kext\n"
+            << "# [1/2] A.kext\n"
                "%R/bin/cp -R '%SA.kext' '%VExtra/Extensions'\n"
-               "[2/2] Drïver's B.kext\n"
+               "# [2/2] Drïver's B.kext\n"
                "%R/bin/rm -Rf '%VExtra/Extensions/Drïver'\\''s B.kext'\n"
                "%R/bin/cp -R '%SDrïver'\\''s B.kext' '%VExtra/Extensions'\n"
                "%R/usr/sbin/chown -R 0:0 '%VExtra/Extensions'\n"
                "%R/bin/chmod -R 755 '%VExtra/Extensions'\n"
-               "Selected tasks were finished.\n";
+               "# Selected tasks were finished.\n";
         QTest::newRow("unknown destination")
             << none << onHd + QStringList{"--to", "usb", "A"} << 2 << "--to";
         QTest::newRow("extra without volume")
@@ -132,12 +133,12 @@ private slots:
         // its commands.
         QTest::newRow("repair S/L/E")
             << maintain + QStringList{"--repair-sle"} << themes << QByteArray() << 0
-            << "Repairing S/L/E permissions...\n"
+            << "# Repairing S/L/E permissions...\n"
                "%R/usr/sbin/chown -R 0:0 '%VSystem/Library/Extensions'\n"
                "%R/bin/chmod -R 755 '%VSystem/Library/Extensions'\n"
-               "Repairing disk permissions...\n"
+               "# Repairing disk permissions...\n"
                "%R/usr/sbin/diskutil repairpermissions '%V'\n"
-               "Selected tasks were finished.\n"
+               "# Selected tasks were finished.\n"
             << QString();
         QTest::newRow("no task") << maintain << themes << QByteArray() << 2 << QString()
                                  << "You haven't selected any options.\n";
@@ -195,8 +196,8 @@ private slots:
             << extra("to-extensions") + yes << QStringList{"Extra/Extensions"} << QByteArray() << 1
             << QString() << "No Extra/KextStore found.\n";
         const QString ask =
-            "Do you want to create Extra/KextStore from Extra/Extensions on selected disk?\n"
-            "Mkext will be created, it can take a while.\nContinue? [y/N] ";
+            "# Do you want to create Extra/KextStore from Extra/Extensions on selected disk?\n"
+            "# Mkext will be created, it can take a while.\n# Continue? [y/N] ";
         const QStringList ext{"Extra/Extensions"};
         QTest::newRow("y on the terminal")
             << extra("to-kextstore") << ext << QByteArray("y\n") << 0

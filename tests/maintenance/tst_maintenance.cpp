@@ -61,15 +61,22 @@ public:
     QList<Command> commands;
     bool grant = true;
     int authorizeCalls = 0;
+    QString failing; // commands of this tool end with exit status 1
 
     bool authorize() override {
         ++authorizeCalls;
         return grant;
     }
-    void run(const Command &command) override {
+    CommandResult run(const Command &command) override {
         commands << command;
-        log << "run " + QFileInfo(command.tool).fileName() + ' ' + command.args.join(' ');
+        const QString tool = QFileInfo(command.tool).fileName();
+        log << "run " + tool + ' ' + command.args.join(' ');
+        if (tool == failing)
+            return {true, 1, tool + ": Operation not permitted\n"};
+        return {};
     }
+    bool simulated() const override { return true; }
+    void commandsFailed(const QStringList &lines) override { log << "failed " + lines.join('|'); }
     void rootPathChosen(const QString &rootPath) override { log << "rp " + rootPath; }
     void setControlsEnabled(bool on) override { log << (on ? "controls on" : "controls off"); }
     void setWorking(bool on) override { log << (on ? "working on" : "working off"); }
@@ -133,6 +140,7 @@ public:
         pendingAnswer = std::move(answered);
     }
     void showError(const QString &message) override { errors << message; }
+    void commandsFailed(const QStringList &lines) override { errors << lines; }
     void reevaluateVolume() override { ++reevaluations; }
 };
 

@@ -22,7 +22,7 @@ public:
         ++authorizeCalls;
         return grant;
     }
-    void run(const Command &command) override {
+    CommandResult run(const Command &command) override {
         bool first = false;
         {
             QMutexLocker lock(&m_mutex);
@@ -34,7 +34,9 @@ public:
             started.release();
             release.acquire();
         }
+        return {};
     }
+    bool simulated() const override { return true; }
     QStringList commands() {
         QMutexLocker lock(&m_mutex);
         return m_commands;

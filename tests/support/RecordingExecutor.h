@@ -15,5 +15,10 @@ public:
         ++authorizeCalls;
         return grant;
     }
-    void run(const Command &command) override { commands << command; }
+    CommandResult run(const Command &command) override {
+        commands << command;
+        return {};
+    }
+    // Nothing is copied, so nothing is read back.
+    bool simulated() const override { return true; }
 };

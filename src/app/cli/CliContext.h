@@ -19,6 +19,12 @@ struct CliContext {
     Executor &executor;
     // Asks a yes/no question on the terminal (false when standard input is closed).
     bool confirm(const QString &question) const;
+    // A line on standard output that is not a command: under --dry-run it is written as
+    // a shell comment, so the whole output can be pasted into a terminal.
+    void note(const QString &line) const;
+    // The commands of a task that failed, on standard error below one line naming the
+    // verb and their number.
+    void tellFailures(const QString &verb, const QStringList &failures) const;
 };
 
 // Exit statuses of the verbs.

@@ -20,13 +20,18 @@ public:
     void askToContinue(const QString &informativeText, std::function<void(int)> answered) override {
         bool yes = m_yes;
         if (!yes) {
-            m_c.out << informativeText << Qt::endl;
+            m_c.note(informativeText);
             yes = m_c.confirm(QStringLiteral("Continue?"));
         }
         answered(yes ? yesCode : noCode);
     }
     void showError(const QString &message) override { m_c.err << message << Qt::endl; }
+    void commandsFailed(const QStringList &failures) override {
+        failed = true;
+        m_c.tellFailures(QStringLiteral("extra"), failures);
+    }
     void reevaluateVolume() override {}
+    bool failed = false;
 
 private:
     CliContext &m_c;
@@ -82,6 +87,7 @@ int extra(CliContext &c) {
         outcome = ops.lastAnswer();
     switch (outcome) {
     case Outcome::Done:
+        return view.failed ? CliTaskError : CliOk;
     case Outcome::Declined:
         return CliOk;
     case Outcome::Refused:

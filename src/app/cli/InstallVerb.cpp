@@ -23,8 +23,8 @@ public:
     void setControlsEnabled(bool) override {}
     void setWorking(bool) override {}
     void bundleStarted(int index, int count, const QString &path) override {
-        m_c.out << '[' << index + 1 << '/' << count << "] " << InstallList::bundleName(path)
-                << Qt::endl;
+        m_c.note(QStringLiteral("[%1/%2] ").arg(index + 1).arg(count) +
+                 InstallList::bundleName(path));
     }
     void setIndeterminate(bool) override {}
     void reevaluateVolume() override {}
@@ -32,7 +32,11 @@ public:
         failed = true;
         m_c.err << message << Qt::endl;
     }
-    void showInfo(const QString &message) override { m_c.out << message << Qt::endl; }
+    void commandsFailed(const QStringList &failures) override {
+        failed = true;
+        m_c.tellFailures(QStringLiteral("install"), failures);
+    }
+    void showInfo(const QString &message) override { m_c.note(message); }
     void progressReset() override {}
 
 private:
@@ -100,7 +104,6 @@ int install(CliContext &c) {
 
     TerminalInstallView view(c);
     InstallPlan plan(options, c.paths, c.executor, view);
-    plan.setTouchUserFiles(!c.dryRun);
     if (!plan.prepare()) {
         if (!view.failed)
             c.err << "kextkeeper install: the administrator did not authorize the installation"

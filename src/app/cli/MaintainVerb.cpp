@@ -25,14 +25,18 @@ public:
     void setStatus(const QString &text) override {
         // The window empties its status line at the end; a terminal has no line to empty.
         if (!text.isEmpty())
-            m_c.out << text << Qt::endl;
+            m_c.note(text);
     }
     void reevaluateVolume() override {}
     void showError(const QString &message) override {
         failed = true;
         m_c.err << message << Qt::endl;
     }
-    void showInfo(const QString &message) override { m_c.out << message << Qt::endl; }
+    void commandsFailed(const QStringList &failures) override {
+        failed = true;
+        m_c.tellFailures(QStringLiteral("maintain"), failures);
+    }
+    void showInfo(const QString &message) override { m_c.note(message); }
 
 private:
     CliContext &m_c;
