@@ -1,6 +1,7 @@
 #include "inspect/MkextUnpackTask.h"
 
 #include "exec/IconAlert.h"
+#include "exec/ProcessRunner.h"
 #include "exec/Tr.h"
 #include "mkext/MkextBuiltinTool.h"
 
@@ -18,8 +19,17 @@ MkextUnpackTask::Tool MkextUnpackTask::systemTool(const SystemPaths &paths) {
     const QString tool = toolPath(paths);
     return {
         [tool](const QStringList &args) { return IconAlert::defaultinst().ExecuteCmd(tool, args); },
-        [tool](const QStringList &args) {
-            return IconAlert::defaultinst().ExecuteErrorCmd(tool, args);
+        [tool](const QStringList &args) -> std::optional<QString> {
+            ProcessRunner::Request request;
+            request.program = tool;
+            request.args = args;
+            request.capture = ProcessRunner::Stream::Error;
+            const ProcessRunner::Result result = ProcessRunner::run(request);
+            if (!result.launched)
+                return std::nullopt;
+            // Error text that is not UTF-8 can't be read, and so counts as none, like any
+            // unreadable answer of a tool run as the user.
+            return ProcessRunner::decodeUtf8(result.bytes).value_or(QString());
         }};
 }
 
@@ -78,7 +88,7 @@ MkextUnpackTask::Outcome MkextUnpackTask::unpack(const QString &mkext, const QSt
         QDir(folder).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
         QDir().rmdir(folder);
     if (!errors)
-        return {true, kkTr("The mkext tool could not be run, or wrote text that is not UTF-8.")};
+        return {true, kkTr("The mkext tool could not be run.")};
     return {true, alertText(*errors)};
 }
 

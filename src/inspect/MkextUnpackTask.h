@@ -14,7 +14,8 @@
 class MkextUnpackTask {
 public:
     // Runs the archive tool with these arguments and returns the stream asked for;
-    // absent when it could not run or wrote text we cannot read.
+    // absent when it could not run. Unreadable listing text is absent too; unreadable
+    // error text counts as none, so the unpack counts as done.
     using Run = std::function<std::optional<QString>(const QStringList &args)>;
     struct Tool {
         Run output; // standard output
