@@ -6,7 +6,9 @@
 #include "mkext/MkextUnpacker.h"
 #include "mkext/MkextWriter.h"
 
+#include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 namespace {
@@ -36,6 +38,27 @@ QString listingLine(const MkextArchive::Kext &kext) {
     return QStringLiteral("%1 - %2 (%3)\n")
         .arg(path, MkextArchive::infoString(kext, "CFBundleIdentifier").value_or(unknown),
              MkextArchive::infoString(kext, "CFBundleVersion").value_or(unknown));
+}
+
+// The archive's access and modification times: the newest modification time of the
+// folders it was built from, plus one second. Kexts named on their own are no folders
+// and count for nothing; without any folder the archive keeps the time of its writing.
+void stampAfterFolders(const QString &mkextPath, const QStringList &sources) {
+    QDateTime newest;
+    for (const QString &source : sources) {
+        const QFileInfo info(source);
+        if (info.isDir() && info.suffix() != QLatin1String("kext") &&
+            (!newest.isValid() || info.lastModified() > newest))
+            newest = info.lastModified();
+    }
+    if (!newest.isValid())
+        return;
+    QFile archive(mkextPath);
+    if (!archive.open(QIODevice::ReadWrite))
+        return;
+    const QDateTime stamp = newest.addSecs(1);
+    archive.setFileTime(stamp, QFileDevice::FileAccessTime);
+    archive.setFileTime(stamp, QFileDevice::FileModificationTime);
 }
 
 } // namespace
@@ -70,6 +93,11 @@ MkextToolOutput MkextBuiltinTool::unpack(const QString &arch, const QString &fol
 
 MkextToolOutput MkextBuiltinTool::build(const QString &mkextPath, const QString &folder,
                                         const QStringList &archs) {
+    return build(mkextPath, QStringList{folder}, archs);
+}
+
+MkextToolOutput MkextBuiltinTool::build(const QString &mkextPath, const QStringList &folders,
+                                        const QStringList &archs) {
     const QStringList names =
         archs.isEmpty() ? QStringList{QStringLiteral("i386"), QStringLiteral("x86_64")} : archs;
     QList<uint32_t> cputypes;
@@ -80,9 +108,14 @@ MkextToolOutput MkextBuiltinTool::build(const QString &mkextPath, const QString 
         if (!cputypes.contains(*cputype))
             cputypes << *cputype;
     }
-    const KextCollector::Result collected = KextCollector::collect(folder);
-    if (!collected.error.isEmpty())
-        return failure(collected.error);
+    KextCollector::Result collected;
+    for (const QString &folder : folders) {
+        KextCollector::Result one = KextCollector::collect(folder);
+        if (!one.error.isEmpty())
+            return failure(one.error);
+        collected.kexts += std::move(one.kexts);
+        collected.warnings += one.warnings;
+    }
     const MkextWriter::Result written = MkextWriter::build(collected.kexts, cputypes);
     MkextToolOutput output;
     for (const QString &warning : collected.warnings + written.warnings)
@@ -97,6 +130,8 @@ MkextToolOutput MkextBuiltinTool::build(const QString &mkextPath, const QString 
         !file.commit()) {
         output.err += QStringLiteral("Can't write mkext file %1.\n").arg(mkextPath);
         output.status = 1;
+        return output;
     }
+    stampAfterFolders(mkextPath, folders);
     return output;
 }

@@ -26,6 +26,12 @@ public:
     // empty, in that order) to `mkextPath`. Silent on success apart from warnings.
     static MkextToolOutput build(const QString &mkextPath, const QString &folder,
                                  const QStringList &archs);
+    // The same from several folders (or kexts), in order. Like kextcache, the archive's
+    // access and modification times become the newest folder's modification time plus
+    // one second: boot loaders use an mkext only when its time is exactly that, and load
+    // the folder's kexts one by one otherwise.
+    static MkextToolOutput build(const QString &mkextPath, const QStringList &folders,
+                                 const QStringList &archs);
 
     // Largest archive file read.
     static constexpr qsizetype MaxFileSize = qsizetype(1) << 30;

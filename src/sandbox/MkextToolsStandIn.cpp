@@ -46,10 +46,12 @@ StandInResult MkextToolsStandIn::kextcache(const QStringList &args) const {
         else
             folders << arg;
     }
-    if (mkext.isEmpty() || folders.size() != 1)
+    if (mkext.isEmpty() || folders.isEmpty())
         return StandInResult::failure(QStringLiteral("kextcache: no work to do; check your "
                                                      "command line.\n"));
-    QStringList build{QStringLiteral("mkext"), QStringLiteral("build"), mkext, folders.first()};
+    // The built-in writer also stamps the archive as kextcache does.
+    QStringList build =
+        QStringList{QStringLiteral("mkext"), QStringLiteral("build"), mkext} + folders;
     for (const QString &arch : archs)
         build << QStringLiteral("--arch") << arch;
     StandInResult result = runBinary(build, false);

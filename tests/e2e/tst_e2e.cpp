@@ -4,6 +4,7 @@
 #include "MaintenanceController.h"
 #include "RecordingSheets.h"
 #include "ReportController.h"
+#include "TestScripts.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/Command.h"
 #include "exec/IconAlert.h"
@@ -182,6 +183,16 @@ public:
                                  "/ExampleSensors.kext/Contents/MacOS/ExampleSensors") &&
                !QFileInfo::exists(d + "/ExampleSensors.kext/Contents/MacOS") &&
                QFileInfo::exists(d + "/Zed's Ü driver.kext/Contents/Info.plist");
+    }
+
+    // As kextcache leaves it, the archive's access and modification times are one second
+    // after the folder's modification time; boot loaders use the archive only then.
+    static bool datedAfter(const QString &mkext, const QString &folder) {
+        QFile archive(mkext);
+        const QDateTime expected = QFileInfo(folder).lastModified().addSecs(1);
+        return archive.open(QIODevice::ReadOnly) && archive.size() > 0 &&
+               archive.fileTime(QFileDevice::FileModificationTime) == expected &&
+               archive.fileTime(QFileDevice::FileAccessTime) == expected;
     }
 
     // Our own builder, used without kextcache, writes no line in the log.
@@ -560,7 +571,8 @@ private slots:
         QCOMPARE(run.status, 0);
         QVERIFY(run.out.endsWith("Selected tasks were finished.\n"));
         QCOMPARE(m_cli->logLines(), m_cli->maintenanceCommands(prelink));
-        QVERIFY(QFileInfo(m_cli->r("Extra/Extensions.mkext")).size() > 0);
+        QVERIFY(SandboxMac::datedAfter(m_cli->r("Extra/Extensions.mkext"),
+                                       m_cli->r("Extra/Extensions")));
 
         start(prelink);
         // The parents' boxes tick their children: the command list shows all four options ran.
@@ -607,6 +619,19 @@ private slots:
         QVERIFY(m_mac->installedWithBackup());
     }
 
+    // The desktop's archive is dated after its staging folder, which is kept here (rm does
+    // nothing) so that its time can be compared.
+    void installToTheDesktop() {
+        QVERIFY(startCli());
+        QVERIFY(QFile::remove(m_cli->path("/bin/rm")));
+        QVERIFY(!writeScript(QDir(m_cli->path("/bin")), "rm", "exit 0\n").isEmpty());
+        const CliRun run =
+            cli({"install", "--to", "desktop", m_cli->r("Extra/Extensions/ExampleSensors.kext")});
+        QVERIFY2(run.status == 0, qPrintable(run.err));
+        QVERIFY(SandboxMac::datedAfter(m_cli->desktop() + "/Extensions.mkext",
+                                       m_cli->desktop() + "/.mkext_pack"));
+    }
+
     void convertToKextStore_data() {
         QTest::addColumn<bool>("kextcache");
         QTest::newRow("with kextcache") << true;
@@ -621,6 +646,8 @@ private slots:
         QVERIFY2(run.status == 0, qPrintable(run.err));
         QCOMPARE(m_cli->logLines(), m_cli->kextStoreCommands(kextcache));
         QVERIFY(m_cli->convertedToKextStore());
+        QVERIFY(SandboxMac::datedAfter(m_cli->r("Extra/Extensions.mkext"),
+                                       m_cli->r("Extra/KextStore")));
 
         start();
         const QString tool = m_mac->path("/usr/sbin/kextcache");
@@ -638,7 +665,7 @@ private slots:
         box->defaultButton()->click();
         QTRY_COMPARE_WITH_TIMEOUT(m_mac->logLines(), m_mac->kextStoreCommands(kextcache), 30000);
         QVERIFY(m_mac->convertedToKextStore());
-        QTRY_VERIFY(QFileInfo(mkext).size() > 0);
+        QTRY_VERIFY(SandboxMac::datedAfter(mkext, m_mac->r("Extra/KextStore")));
         QVERIFY(m_sheets.texts.isEmpty());
         QCOMPARE(m_app->window.statusBar()->currentMessage(),
                  kextcache

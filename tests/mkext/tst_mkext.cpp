@@ -16,7 +16,9 @@
 #include <QTest>
 #include <QtEndian>
 #include <cstdlib>
+#include <fcntl.h>
 #include <plist/plist.h>
+#include <sys/stat.h>
 #include <zlib.h>
 
 namespace {
@@ -738,6 +740,31 @@ private slots:
         QVERIFY2(run.err.startsWith(err), qPrintable(run.err));
         QCOMPARE(run.out, QString());
         QCOMPARE(run.status, status);
+    }
+
+    // Like kextcache, the verb dates the archive one second after the newest folder it was
+    // built from; a kext named on its own is no folder and does not count.
+    void verbDatesTheArchiveAfterItsNewestFolder() {
+        const QDateTime older = QDateTime::fromString("2011-03-04T05:06:07Z", Qt::ISODate);
+        const QDateTime newer = older.addDays(300);
+        const QString a = path("Older's");
+        const QString b = path("Newer Ü");
+        writeKext(a, "A", "com.example.older", "1", thinMachO(X86_64, "a"));
+        const QString kext = writeKext(b, "B", "com.example.newer", "1", thinMachO(I386, "b"));
+        for (const auto &[folder, time] :
+             {std::pair{a, older}, std::pair{b, newer}, std::pair{kext, newer.addDays(1)}}) {
+            const timespec stamp{time_t(time.toSecsSinceEpoch()), 0};
+            const timespec times[2] = {stamp, stamp};
+            QCOMPARE(::utimensat(AT_FDCWD, QFile::encodeName(folder).constData(), times, 0), 0);
+        }
+        const QString out = path("Dated.mkext");
+        const CliRun run =
+            runKextKeeper(m_dir.path(), m_dir.path(), {"mkext", "build", out, b, a, kext});
+        QCOMPARE(run.err, QString());
+        QFile archive(out);
+        QVERIFY(archive.open(QIODevice::ReadOnly));
+        QCOMPARE(archive.fileTime(QFileDevice::FileModificationTime), newer.addSecs(1));
+        QCOMPARE(archive.fileTime(QFileDevice::FileAccessTime), newer.addSecs(1));
     }
 
     // A dry run says what it would write or unpack, with the default processors in the

@@ -51,19 +51,19 @@ int buildArchive(CliContext &c, const QStringList &words) {
     const CliArgs args(words, {QStringLiteral("--arch")}, {});
     if (!args.ok())
         return usage(c, args.error());
-    if (args.positional().size() != 2)
-        return usage(c, QStringLiteral("build needs the mkext file and the kext folder"));
+    if (args.positional().size() < 2)
+        return usage(c, QStringLiteral("build needs the mkext file and a kext folder"));
     const QString archive = args.positional().at(0);
-    const QString folder = args.positional().at(1);
+    const QStringList folders = args.positional().mid(1);
     QStringList archs = args.values(QStringLiteral("--arch"));
     if (archs.isEmpty())
         archs = {QStringLiteral("i386"), QStringLiteral("x86_64")};
     if (c.dryRun) {
-        c.out << "would write " << archive << " from " << folder << " for "
-              << archs.join(QStringLiteral(", ")) << Qt::endl;
+        c.out << "would write " << archive << " from " << folders.join(QStringLiteral(", "))
+              << " for " << archs.join(QStringLiteral(", ")) << Qt::endl;
         return CliOk;
     }
-    return finish(c, MkextBuiltinTool::build(archive, folder, archs));
+    return finish(c, MkextBuiltinTool::build(archive, folders, archs));
 }
 
 int runMkext(CliContext &c) {
@@ -83,7 +83,7 @@ int runMkext(CliContext &c) {
 const bool registered =
     CliRegistry::add({QStringLiteral("mkext"),
                       QStringLiteral("mkext list FILE | mkext unpack FILE [--arch A] [--to DIR] | "
-                                     "mkext build OUT FOLDER [--arch A]..."),
+                                     "mkext build OUT FOLDER... [--arch A]..."),
                       QStringLiteral("list, unpack or build an mkext archive without Apple's tools "
                                      "(build: i386 and x86_64 unless --arch is given)"),
                       runMkext});
