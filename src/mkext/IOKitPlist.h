@@ -1,14 +1,8 @@
 #pragma once
 
-#include <QByteArray>
-#include <memory>
-#include <plist/plist.h>
+#include "plist/PlistPtr.h"
 
-struct PlistFree {
-    void operator()(plist_t node) const { plist_free(node); }
-};
-// Owns a libplist node tree.
-using PlistPtr = std::unique_ptr<void, PlistFree>;
+#include <QByteArray>
 
 // The kernel's own property list dialect, as the archives carry it: no XML declaration
 // and no <plist> wrapper, integers with a size attribute and hexadecimal values, and

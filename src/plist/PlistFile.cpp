@@ -12,18 +12,22 @@ std::unique_ptr<PList::Dictionary> PlistFile::readDictionary(const QString &path
 }
 
 std::unique_ptr<PList::Dictionary> PlistFile::parseDictionary(const QByteArray &bytes) {
+    PlistPtr root = parseDictionaryTree(bytes);
+    if (!root)
+        return nullptr;
+    // The C++ wrapper takes ownership of the node tree.
+    return std::make_unique<PList::Dictionary>(root.release());
+}
+
+PlistPtr PlistFile::parseDictionaryTree(const QByteArray &bytes) {
     if (bytes.isEmpty() || bytes.size() > 0x7fffffff)
         return nullptr;
     plist_t root = nullptr;
     plist_from_memory(bytes.constData(), uint32_t(bytes.size()), &root);
-    if (!root)
+    PlistPtr tree(root);
+    if (!tree || plist_get_node_type(root) != PLIST_DICT)
         return nullptr;
-    if (plist_get_node_type(root) != PLIST_DICT) {
-        plist_free(root);
-        return nullptr;
-    }
-    // The C++ wrapper takes ownership of the node tree.
-    return std::make_unique<PList::Dictionary>(root);
+    return tree;
 }
 
 std::optional<QString> PlistFile::string(const PList::Dictionary &dict, const char *key) {
@@ -31,6 +35,17 @@ std::optional<QString> PlistFile::string(const PList::Dictionary &dict, const ch
     if (it == dict.End() || !it->second || it->second->GetType() != PLIST_STRING)
         return std::nullopt;
     return QString::fromStdString(static_cast<PList::String *>(it->second)->GetValue());
+}
+
+std::optional<QString> PlistFile::string(plist_t dict, const char *key) {
+    plist_t node = plist_dict_get_item(dict, key);
+    if (!node || plist_get_node_type(node) != PLIST_STRING)
+        return std::nullopt;
+    char *text = nullptr;
+    plist_get_string_val(node, &text);
+    const QString value = QString::fromUtf8(text);
+    free(text);
+    return value;
 }
 
 std::optional<bool> PlistFile::boolean(const PList::Dictionary &dict, const char *key) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "plist/PlistPtr.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -15,8 +17,12 @@ public:
     // nullptr when the file is missing, unreadable, malformed or not a dictionary.
     static std::unique_ptr<PList::Dictionary> readDictionary(const QString &path);
     static std::unique_ptr<PList::Dictionary> parseDictionary(const QByteArray &bytes);
+    // The same dictionary as libplist's own C tree, for readers that want a key or two
+    // and no C++ wrapper around every node (the kext index reads thousands of files).
+    static PlistPtr parseDictionaryTree(const QByteArray &bytes);
 
     static std::optional<QString> string(const PList::Dictionary &dict, const char *key);
+    static std::optional<QString> string(plist_t dict, const char *key);
     static std::optional<bool> boolean(const PList::Dictionary &dict, const char *key);
     // Only the string members of an array; absent when the key is not an array.
     static std::optional<QStringList> stringArray(const PList::Dictionary &dict, const char *key);

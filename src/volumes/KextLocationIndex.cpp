@@ -1,28 +1,16 @@
 #include "volumes/KextLocationIndex.h"
 
 #include "plist/PlistFile.h"
+#include "volumes/KextFolderScan.h"
 #include "volumes/SystemPaths.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFileInfo>
 #include <memory>
 
 namespace {
 bool exists(const QString &path) {
     return QFileInfo::exists(path);
-}
-
-QString bundleIdentifier(const QString &entry) {
-    QString infoFile = entry + QStringLiteral("/Contents/Info.plist");
-    if (!exists(infoFile))
-        infoFile = entry + QStringLiteral("/Info.plist");
-    if (!exists(infoFile))
-        return QString();
-    const std::unique_ptr<PList::Dictionary> info = PlistFile::readDictionary(infoFile);
-    if (!info)
-        return QString();
-    return PlistFile::string(*info, "CFBundleIdentifier").value_or(QString());
 }
 
 // "/a/b/X.kext" -> "/a/b"; "/X.kext" -> "/"; a bare name has no folder.
@@ -44,39 +32,7 @@ void KextLocationIndex::InitLists() {
 }
 
 void KextLocationIndex::FillLists(const QString &folder) {
-    QSet<QString> openFolders;
-    fill(folder, openFolders);
-}
-
-void KextLocationIndex::fill(const QString &folder, QSet<QString> &openFolders) {
-    // A plug-in folder linked back to one of the folders being scanned would recurse
-    // forever; such a link is listed once and not followed again.
-    const QString canonical = QFileInfo(folder).canonicalFilePath();
-    if (canonical.isEmpty() || openFolders.contains(canonical))
-        return;
-    openFolders.insert(canonical);
-
-    // The listing's own order, hidden names included; unreadable folders list nothing.
-    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    QStringList names;
-    while (it.hasNext()) {
-        it.next();
-        names << it.fileName();
-    }
-    names.removeAll(QStringLiteral(".DS_Store"));
-
-    for (const QString &name : names) {
-        const QString entry = folder + QLatin1Char('/') + name;
-        m_pathes << entry;
-        m_idbundles << bundleIdentifier(entry);
-        // Spelled with a lower-case "i" on purpose: on a case-insensitive volume this
-        // matches the usual "PlugIns", on a case-sensitive one it does not.
-        if (exists(entry + QStringLiteral("/Contents/Plugins")))
-            fill(entry + QStringLiteral("/Contents/Plugins"), openFolders);
-        if (exists(entry + QStringLiteral("/Plugins")))
-            fill(entry + QStringLiteral("/Plugins"), openFolders);
-    }
-    openFolders.remove(canonical);
+    KextFolderScan(m_pathes, m_idbundles).scan(folder);
 }
 
 QString KextLocationIndex::FindPath(const QString &identifier) const {

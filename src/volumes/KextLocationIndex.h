@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -44,8 +43,6 @@ public:
     static QString settingsKey() { return QStringLiteral("Custom Kext Directories"); }
 
 private:
-    void fill(const QString &folder, QSet<QString> &openFolders);
-
     QString m_settingsFile;
     QStringList m_kextDirs;
     QStringList m_pathes;
