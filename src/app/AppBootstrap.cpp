@@ -8,6 +8,7 @@
 #include "exec/DryRunExecutor.h"
 #include "exec/IconAlert.h"
 #include "exec/SessionExecutor.h"
+#include "exec/SudoLocator.h"
 
 #include <QApplication>
 #include <QCoreApplication>
@@ -97,6 +98,8 @@ GlobalOptions parseGlobal(int argc, char **argv) {
 AdminAuthentication::Config sessionConfig(const SystemPaths &paths) {
     AdminAuthentication::Config config;
     config.direct = ::geteuid() == 0 || paths.isSandbox();
+    // Looked up once, here; every root task runs this very file.
+    config.sudo = SudoLocator::fromEnvironment();
     config.environment = paths.rootEnvironment();
     return config;
 }

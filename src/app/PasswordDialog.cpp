@@ -2,49 +2,106 @@
 
 #include "exec/Tr.h"
 
-#include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QFutureWatcher>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMetaObject>
+#include <QPushButton>
 #include <QThread>
 #include <QVBoxLayout>
+#include <QtConcurrent>
 
 PasswordDialog::PasswordDialog(QWidget *window) : m_window(window) {}
 
-std::optional<QString> PasswordDialog::askPassword(const QString &reason) {
-    if (QThread::currentThread() == thread())
-        return askOnUiThread(reason);
-    std::optional<QString> answer;
-    QMetaObject::invokeMethod(
-        this, [&] { answer = askOnUiThread(reason); }, Qt::BlockingQueuedConnection);
-    return answer;
+QString PasswordDialog::retryText() {
+    return kkTr("Sorry, try again.");
 }
 
-std::optional<QString> PasswordDialog::askOnUiThread(const QString &reason) {
+bool PasswordDialog::askPassword(const QString &, const Check &check) {
+    if (QThread::currentThread() == thread())
+        return askOnUiThread(check);
+    bool granted = false;
+    QMetaObject::invokeMethod(
+        this, [&] { granted = askOnUiThread(check); }, Qt::BlockingQueuedConnection);
+    return granted;
+}
+
+void PasswordDialog::showError(const QString &text) {
+    QMetaObject::invokeMethod(this, [this, text] {
+        if (m_errorHandler)
+            m_errorHandler(text);
+    });
+}
+
+bool PasswordDialog::answerWithoutDialog(const Check &check) {
+    QString problem;
+    for (;;) {
+        const std::optional<QString> password = m_answer(problem);
+        if (!password)
+            return false;
+        const Verdict verdict = check(*password);
+        if (verdict != Verdict::WrongPassword)
+            return verdict == Verdict::Granted;
+        problem = retryText();
+    }
+}
+
+bool PasswordDialog::askOnUiThread(const Check &check) {
     if (m_answer)
-        return m_answer(reason);
+        return answerWithoutDialog(check);
     QDialog dialog(m_window);
     dialog.setWindowTitle(kkTr("Authenticate"));
     auto *layout = new QVBoxLayout(&dialog);
-    auto *label = new QLabel(kkTr("KextKeeper wants to make changes. Type an administrator's "
-                                  "password to allow this."));
+    auto *label = new QLabel(kkTr("KextKeeper needs administrator rights for this task and gets "
+                                  "them through sudo. Type your own password: the one sudo "
+                                  "asks you for, not root's."));
     label->setWordWrap(true);
     layout->addWidget(label);
     auto *form = new QFormLayout;
     auto *field = new QLineEdit;
+    field->setObjectName(QStringLiteral("password"));
     field->setEchoMode(QLineEdit::Password);
-    form->addRow(kkTr("Password:"), field);
+    form->addRow(kkTr("Your password:"), field);
     layout->addLayout(form);
+    auto *problem = new QLabel(retryText());
+    problem->setObjectName(QStringLiteral("problem"));
+    problem->setStyleSheet(QStringLiteral("color: #c00;"));
+    problem->hide();
+    layout->addWidget(problem);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     layout->addWidget(buttons);
-    if (dialog.exec() != QDialog::Accepted)
-        return std::nullopt;
-    QString password = field->text();
-    field->clear();
-    return password;
+
+    // sudo takes a while to turn a wrong password down; it is asked on the pool so the
+    // dialog keeps painting, with every control off until it has answered.
+    Verdict verdict = Verdict::WrongPassword;
+    QFutureWatcher<Verdict> watcher;
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, [&] {
+        field->setEnabled(false);
+        buttons->setEnabled(false);
+        const QString password = field->text();
+        field->clear();
+        watcher.setFuture(QtConcurrent::run([check, password] { return check(password); }));
+    });
+    QObject::connect(&watcher, &QFutureWatcher<Verdict>::finished, &dialog, [&] {
+        verdict = watcher.result();
+        if (verdict != Verdict::WrongPassword) {
+            dialog.accept();
+            return;
+        }
+        problem->show();
+        field->setEnabled(true);
+        buttons->setEnabled(true);
+        field->setFocus();
+    });
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    dialog.exec();
+    // Closed from the window manager while sudo was asked: its answer still counts, and
+    // the check must not outlive the caller that gave it.
+    watcher.waitForFinished();
+    if (watcher.isFinished() && watcher.future().resultCount() > 0)
+        verdict = watcher.result();
+    return verdict == Verdict::Granted;
 }

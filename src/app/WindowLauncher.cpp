@@ -22,6 +22,9 @@ int launchWindow(QApplication &app, const SystemPaths &paths) {
     AdminAuthentication::sharedInstance().setPasswordPrompt(&prompt);
     IconAlert::configureDefault(paths, AdminAuthentication::sharedInstance(),
                                 Alerts(&notifier, &sheets));
+    prompt.setErrorHandler([&assembled](const QString &text) {
+        IconAlert::defaultinst().ShowErrorMsg(text, &assembled.window);
+    });
 
     // Closing the main window ends the program (Qt quits after the last window).
     app.setQuitOnLastWindowClosed(true);

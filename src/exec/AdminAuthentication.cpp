@@ -2,6 +2,8 @@
 
 #include "exec/CommandJournal.h"
 #include "exec/ProcessRunner.h"
+#include "exec/SudoLocator.h"
+#include "exec/Tr.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -19,14 +21,13 @@ std::unique_ptr<AdminAuthentication> &sharedSlot() {
 AdminAuthentication::AdminAuthentication(Config config, PasswordPrompt *prompt, SystemLog *log)
     : m_config(std::move(config)), m_prompt(prompt), m_log(log) {}
 
-AdminAuthentication::~AdminAuthentication() {
-    deauthenticate();
-}
-
 AdminAuthentication &AdminAuthentication::sharedInstance() {
     auto &slot = sharedSlot();
-    if (!slot)
-        slot = std::make_unique<AdminAuthentication>(Config{}, nullptr, &SystemLog::syslog());
+    if (!slot) {
+        Config config;
+        config.sudo = SudoLocator::fromEnvironment();
+        slot = std::make_unique<AdminAuthentication>(config, nullptr, &SystemLog::syslog());
+    }
     return *slot;
 }
 
@@ -35,38 +36,76 @@ void AdminAuthentication::configureShared(Config config, PasswordPrompt *prompt)
         std::make_unique<AdminAuthentication>(std::move(config), prompt, &SystemLog::syslog());
 }
 
-int AdminAuthentication::sudoStatus(const QStringList &args, const QByteArray &input) {
+QString AdminAuthentication::sudoNotFoundMessage() {
+    return kkTr("sudo was not found: root tasks need it");
+}
+
+AdminAuthentication::SudoAnswer AdminAuthentication::sudo(const QStringList &args,
+                                                          const QByteArray &input) {
+    if (m_config.sudo.isEmpty())
+        return {};
     ProcessRunner::Request request;
     request.program = m_config.sudo;
     request.args = args;
-    request.capture = ProcessRunner::Stream::Error; // sudo's own complaints stay quiet
+    request.capture = ProcessRunner::Stream::Error;
     request.input = input.isNull() ? ProcessRunner::Input::Null : ProcessRunner::Input::Data;
     request.inputData = input;
+    // sudo's words decide between a wrong password and a refusal, so they must not be
+    // translated.
+    request.environment = {QStringLiteral("LC_ALL=C")};
     request.waitForExit = true;
-    ProcessRunner::Result result = ProcessRunner::run(request);
-    return result.launched ? result.exitStatus : -1;
+    const ProcessRunner::Result result = ProcessRunner::run(request);
+    if (!result.launched)
+        return {};
+    return {result.exitStatus, QString::fromLocal8Bit(result.bytes)};
 }
 
 bool AdminAuthentication::isAuthenticated(const QString &) {
     m_session = true;
     if (m_config.direct)
         return true;
-    return sudoStatus({QStringLiteral("-n"), QStringLiteral("-v")}) == 0;
+    return sudo({QStringLiteral("-n"), QStringLiteral("-v")}).status == 0;
+}
+
+PasswordPrompt::Verdict AdminAuthentication::checkPassword(const QString &password,
+                                                           QString &refusal) {
+    QByteArray input = password.toUtf8() + '\n';
+    const SudoAnswer answer =
+        sudo({QStringLiteral("-S"), QStringLiteral("-p"), QString(), QStringLiteral("-v")}, input);
+    input.fill('\0');
+    if (answer.status == 0)
+        return PasswordPrompt::Verdict::Granted;
+    // Given one line, sudo says so about a wrong password and then finds no second one.
+    if (answer.text.contains(QLatin1String("Sorry, try again.")) ||
+        answer.text.contains(QLatin1String("incorrect password attempt")))
+        return PasswordPrompt::Verdict::WrongPassword;
+    refusal = answer.text.trimmed();
+    if (refusal.isEmpty())
+        refusal =
+            answer.status < 0 ? sudoNotFoundMessage() : kkTr("sudo refused administrator rights.");
+    return PasswordPrompt::Verdict::Refused;
+}
+
+bool AdminAuthentication::askForPassword(const QString &value) {
+    if (m_config.sudo.isEmpty()) {
+        if (m_prompt)
+            m_prompt->showError(sudoNotFoundMessage());
+        return false;
+    }
+    if (!m_prompt)
+        return false;
+    QString refusal;
+    const bool granted = m_prompt->askPassword(value, [this, &refusal](const QString &password) {
+        return checkPassword(password, refusal);
+    });
+    if (!granted && !refusal.isEmpty())
+        m_prompt->showError(refusal);
+    return granted;
 }
 
 bool AdminAuthentication::fetchPassword(const QString &value) {
     m_session = true;
-    bool granted = m_config.direct;
-    if (!granted && m_prompt) {
-        std::optional<QString> password = m_prompt->askPassword(value);
-        if (password) {
-            QByteArray input = password->toUtf8() + '\n';
-            granted = sudoStatus({QStringLiteral("-S"), QStringLiteral("-p"), QString(),
-                                  QStringLiteral("-v")},
-                                 input) == 0;
-            input.fill('\0');
-        }
-    }
+    const bool granted = m_config.direct || askForPassword(value);
     if (granted && m_delegate)
         m_delegate->authenticationDidAuthorize(this);
     return granted;
@@ -82,7 +121,7 @@ void AdminAuthentication::deauthenticate() {
     if (!m_session.exchange(false))
         return;
     if (!m_config.direct)
-        sudoStatus({QStringLiteral("-k")});
+        sudo({QStringLiteral("-k")});
     if (m_delegate)
         m_delegate->authenticationDidDeauthorize(this);
 }

@@ -14,20 +14,22 @@ class CommandJournal;
 
 // Holds the administrator's grant for the whole process and runs tools as root with it.
 // Backed by sudo: its cached timestamp is the grant, `sudo -n -v` asks whether it is
-// still held without a prompt, our own dialog feeds `sudo -S -p '' -v` on standard input
-// (the password never reaches a command line, a file or a log), and every run is
-// `sudo -n -- TOOL ARGS`. When we already are root, or work on a sandbox root, the
-// grant is always held and root runs are plain runs.
+// still held without a prompt, our own dialog feeds the user's own password (the one sudo
+// checks) to `sudo -S -p '' -v` on standard input (it never reaches a command line, a
+// file or a log), and every run is `sudo -n -- TOOL ARGS`. When we already are root, or
+// work on a sandbox root, the grant is always held and root runs are plain runs.
+//
+// The grant lasts as long as sudo keeps it; nothing drops it when the program ends,
+// because `sudo -k` would also drop the ticket the user's own terminal holds.
 class AdminAuthentication {
 public:
     struct Config {
-        QString sudo = QStringLiteral("sudo");
+        QString sudo;            // absolute path (SudoLocator); "" when there is none
         bool direct = false;     // run tools directly: euid 0 or a sandbox
         QStringList environment; // extra environment of root runs
     };
 
     AdminAuthentication(Config config, PasswordPrompt *prompt, SystemLog *log);
-    ~AdminAuthentication();
 
     static AdminAuthentication &sharedInstance();
     // Main sets the shared instance up once, before any task runs.
@@ -57,13 +59,20 @@ public:
 
     static constexpr int maxArguments = 19;
     static constexpr int chunkSize = 1024;
+    static QString sudoNotFoundMessage();
 
 private:
     enum class Launch { Detached, Synced };
     CommandResult launch(const QString &tool, const QStringList &args, Launch mode);
-    int sudoStatus(const QStringList &args, const QByteArray &input = {});
     void journal(const Command &command, const CommandResult &result, const QDateTime &started,
                  qint64 ms);
+    struct SudoAnswer {
+        int status = -1; // -1: sudo could not run
+        QString text;    // its standard error
+    };
+    SudoAnswer sudo(const QStringList &args, const QByteArray &input = {});
+    bool askForPassword(const QString &value);
+    PasswordPrompt::Verdict checkPassword(const QString &password, QString &refusal);
 
     Config m_config;
     PasswordPrompt *m_prompt;

@@ -58,6 +58,13 @@ void writeAll(int fd, const QByteArray &data) {
 
 ProcessRunner::Result ProcessRunner::run(const Request &request) {
     Result result;
+    // posix_spawn takes a name without a slash from the current folder, so a bare name
+    // would run whatever file of that name lies where we were started. Only absolute
+    // paths are started; anything else is a launch failure, never a lookup.
+    if (!request.program.startsWith(QLatin1Char('/'))) {
+        result.launchError = EINVAL;
+        return result;
+    }
     // A reader that went away (a tool closing its stdin early) must not kill us.
     static const bool ignoredPipeSignal = [] { return ::signal(SIGPIPE, SIG_IGN) != SIG_ERR; }();
     (void)ignoredPipeSignal;

@@ -9,7 +9,8 @@
 // Spawns a tool with one pipe and reads it to its end. Unlike QProcess it returns as
 // soon as the tool closes the captured stream, even when the tool itself keeps running,
 // and it never kills the tool: the child is reaped by a detached waiter so no zombie is
-// left behind.
+// left behind. The program must be an absolute path: a bare or relative name is refused
+// (EINVAL), as nothing is ever looked up in the current folder or PATH.
 class ProcessRunner {
 public:
     enum class Stream { Output, Error };

@@ -1,6 +1,7 @@
 #include "AppSettings.h"
 #include "CliRun.h"
 #include "DonationProbe.h"
+#include "PasswordDialog.h"
 #include "RecordingSheets.h"
 #include "ToolbarCustomizeDialog.h"
 #include "UpdateCheck.h"
@@ -16,12 +17,14 @@
 #include <QDesktopServices>
 #include <QDragEnterEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QRadioButton>
 #include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <QTest>
+#include <QTimer>
 #include <QToolBar>
 #include <QUrl>
 
@@ -641,6 +644,47 @@ private slots:
             QCOMPARE(f.find<QComboBox>("DiskSelInst")->isEnabled(),
                      qstrcmp(click, "inDesktop") != 0);
         }
+    }
+
+    // A wrong password keeps the dialog open with "Sorry, try again." until the right one
+    // or Cancel (Escape once the typed passwords run out).
+    void passwordDialogRetries_data() {
+        QTest::addColumn<QStringList>("typed");
+        QTest::addColumn<bool>("granted");
+        QTest::newRow("wrong, then right") << QStringList{"guess", "secret"} << true;
+        QTest::newRow("wrong, then cancelled") << QStringList{"guess"} << false;
+    }
+
+    void passwordDialogRetries() {
+        QFETCH(QStringList, typed);
+        QFETCH(bool, granted);
+        QWidget window;
+        PasswordDialog prompt(&window);
+        QStringList checked, problems;
+        QTimer user; // types into the dialog whenever it waits for a password
+        connect(&user, &QTimer::timeout, this, [&] {
+            QWidget *dialog = QApplication::activeModalWidget();
+            auto *field = dialog ? dialog->findChild<QLineEdit *>("password") : nullptr;
+            if (!field || !field->isEnabled())
+                return;
+            auto *problem = dialog->findChild<QLabel *>("problem");
+            problems << (problem->isVisible() ? problem->text() : QString());
+            if (typed.isEmpty())
+                return QTest::keyClick(field, Qt::Key_Escape);
+            field->setText(typed.takeFirst());
+            QTest::keyClick(field, Qt::Key_Return);
+        });
+        user.start(20);
+        QCOMPARE(prompt.askPassword("root",
+                                    [&checked](const QString &password) {
+                                        checked << password;
+                                        return password == "secret"
+                                                   ? PasswordPrompt::Verdict::Granted
+                                                   : PasswordPrompt::Verdict::WrongPassword;
+                                    }),
+                 granted);
+        QCOMPARE(checked, granted ? QStringList({"guess", "secret"}) : QStringList{"guess"});
+        QCOMPARE(problems, QStringList({QString(), "Sorry, try again."}));
     }
 };
 

@@ -7,6 +7,7 @@
 #include "exec/PasswordPrompt.h"
 #include "exec/ProcessRunner.h"
 #include "exec/RootScript.h"
+#include "exec/SudoLocator.h"
 #include "exec/SystemLog.h"
 
 #include <QDBusConnection>
@@ -24,8 +25,7 @@
 namespace {
 QByteArray readFile(const QString &path) {
     QFile file(path);
-    file.open(QIODevice::ReadOnly);
-    return file.readAll();
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 // A child that ended and was never waited for; looked at without reaping it.
@@ -35,9 +35,11 @@ bool zombieLeft() {
 }
 
 // A stand-in for sudo with a state file as its timestamp: "-n -v" succeeds while the
-// file exists, "-S -p '' -v" creates it when standard input brings "secret", "-k"
-// removes it, "-n -- TOOL ARGS" runs the tool while it exists. Every call's arguments
-// are appended to STATE.calls so tests can check that no password was ever an argument.
+// file exists, "-S -p '' -v" creates it when standard input brings "secret" (and answers
+// a wrong password, or with FAKE_SUDO_REFUSES set any password, in sudo's own words),
+// "-k" removes it, "-n -- TOOL ARGS" runs the tool while it exists. Every call's
+// arguments are appended to STATE.calls so tests can check that no password was ever an
+// argument.
 QString writeFakeSudo(const QDir &dir) {
     return writeScript(dir, QStringLiteral("sudo"), R"(state="$FAKE_SUDO_STATE"
 printf '%s\n' "$*" >> "$state.calls"
@@ -51,7 +53,11 @@ case "$1" in
       fi ;;
   -S) [ "$2" = "-p" ] && [ -z "$3" ] && [ "$4" = "-v" ] || exit 2
       read -r pw
+      [ -n "$FAKE_SUDO_REFUSES" ] && { echo "Sorry, user tester may not run sudo on here." >&2; exit 1; }
       [ "$pw" = "secret" ] && { : > "$state"; exit 0; }
+      echo "Sorry, try again." >&2
+      read -r pw || echo "sudo: no password was provided" >&2
+      echo "sudo: 1 incorrect password attempt" >&2
       exit 1 ;;
   -k) rm -f "$state"; exit 0 ;;
 esac
@@ -59,23 +65,32 @@ exit 1
 )");
 }
 
-// A session whose password dialog, log and delegate record what reaches them; the dialog
-// gives `answer` (none: cancelled).
+// A session whose password prompt, log and delegate record what reaches them. The prompt
+// types `answers` in turn while sudo calls them wrong, and cancels when they run out.
 class Session final : public PasswordPrompt, public SystemLog, public AuthenticationDelegate {
 public:
-    std::optional<QString> answer;
-    int asked = 0, authorized = 0, deauthorized = 0, executed = 0, failed = 0;
+    QStringList answers;
+    QStringList errors; // shown by showError
+    int asked = 0, tries = 0, authorized = 0, deauthorized = 0, executed = 0, failed = 0;
     QList<QByteArray> entries;
-    AdminAuthentication auth;
+    std::optional<AdminAuthentication> auth;
 
-    Session(const AdminAuthentication::Config &config, std::optional<QString> answer = {})
-        : answer(std::move(answer)), auth(config, this, this) {
-        auth.setDelegate(this);
+    Session(const AdminAuthentication::Config &config, QStringList answers = {})
+        : answers(std::move(answers)) {
+        auth.emplace(config, this, this);
+        auth->setDelegate(this);
     }
-    std::optional<QString> askPassword(const QString &) override {
+    bool askPassword(const QString &, const Check &check) override {
         ++asked;
-        return answer;
+        while (!answers.isEmpty()) {
+            ++tries;
+            const Verdict verdict = check(answers.takeFirst());
+            if (verdict != Verdict::WrongPassword)
+                return verdict == Verdict::Granted;
+        }
+        return false;
     }
+    void showError(const QString &text) override { errors << text; }
     void write(const QByteArray &entry) override { entries << entry; }
     void authenticationDidAuthorize(AdminAuthentication *) override { ++authorized; }
     void authenticationDidDeauthorize(AdminAuthentication *) override { ++deauthorized; }
@@ -195,51 +210,125 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!zombieLeft(), 3000);
     }
 
+    // Only an executable file in an absolute PATH entry counts, then /usr/bin/sudo's stand-in;
+    // the current folder (".", "", a relative entry) never does.
+    void sudoIsFoundOnlyInAbsolutePlaces_data() {
+        QTest::addColumn<QString>("path");  // "@" is the test's folder
+        QTest::addColumn<QString>("found"); // "fallback": the fallback; "" none
+        QTest::newRow("relative and empty entries") << ".::here:"
+                                                    << "fallback";
+        QTest::newRow("first absolute entry that has one") << "@/none:@/plain:@/bin:@/here"
+                                                           << "@/bin/sudo";
+        QTest::newRow("no fallback either") << "here"
+                                            << "";
+    }
+
+    void sudoIsFoundOnlyInAbsolutePlaces() {
+        QFETCH(QString, path);
+        QFETCH(QString, found);
+        const QDir dir(m_dir->path());
+        for (const char *sub : {"here", "plain", "bin", "fallback"})
+            dir.mkpath(sub);
+        writeScript(QDir(dir.filePath("here")), "sudo", "exit 0\n");
+        writeScript(QDir(dir.filePath("bin")), "sudo", "exit 0\n");
+        writeScript(dir, "sudo", "exit 0\n");
+        QFile plain(dir.filePath("plain/sudo")); // not executable
+        QVERIFY(plain.open(QIODevice::WriteOnly));
+        const QString fallback = writeScript(QDir(dir.filePath("fallback")), "sudo", "exit 0\n");
+        const QString cwd = QDir::currentPath();
+        QDir::setCurrent(m_dir->path());
+        const QString result =
+            SudoLocator::find(QString(path).replace('@', m_dir->path()),
+                              found.isEmpty() ? m_dir->filePath("missing") : fallback);
+        QDir::setCurrent(cwd);
+        QCOMPARE(result, found == "fallback" ? fallback : found.replace('@', m_dir->path()));
+    }
+
+    // posix_spawn would start a bare or relative name from the current folder.
+    void relativeProgramIsNeverStarted() {
+        tool("touch ran\n");
+        const QString cwd = QDir::currentPath();
+        QDir::setCurrent(m_dir->path());
+        for (const QString name : {"tool1.sh", "./tool1.sh"}) {
+            ProcessRunner::Request request;
+            request.program = name;
+            const ProcessRunner::Result result = ProcessRunner::run(request);
+            QVERIFY(!result.launched);
+            QCOMPARE(result.launchError, EINVAL);
+        }
+        QDir::setCurrent(cwd);
+        QVERIFY(!QFile::exists(m_dir->filePath("ran")));
+    }
+
     // sudo's timestamp is the session: while it lasts nothing is asked; ending the session
-    // drops it, once however often it is ended; then the password is asked once for the tasks
-    // that follow.
+    // drops it, once however often it is ended, and only when asked: the end of the program
+    // keeps the user's ticket. A wrong password is asked again, the right one once.
     void sessionFollowsSudosTimestamp() {
         grant();
-        Session s(config(), QStringLiteral("secret"));
-        s.auth.deauthenticate(); // no session yet: nothing happens
+        Session s(config(), {"guess", "secret", "secret"});
+        s.auth->deauthenticate(); // no session yet: nothing happens
         QCOMPARE(s.deauthorized, 0);
-        QVERIFY(s.auth.authenticate("root"));
-        QVERIFY(s.auth.authorizeRootTask());
+        QVERIFY(s.auth->authorizeRootTask());
         QCOMPARE(s.asked, 0);
-        QCOMPARE(s.authorized, 0);
-        s.auth.deauthenticate();
+        s.auth->deauthenticate();
         QCOMPARE(s.deauthorized, 1);
         QVERIFY(!QFile::exists(m_state)); // sudo -k dropped the timestamp
 
-        QVERIFY(s.auth.authorizeRootTask());
-        QVERIFY(s.auth.authorizeRootTask());
+        QVERIFY(s.auth->authorizeRootTask());
+        QVERIFY(s.auth->authorizeRootTask());
         QCOMPARE(s.asked, 1);
+        QCOMPARE(s.tries, 2);
         QCOMPARE(s.authorized, 1);
-        s.auth.deauthenticate();
-        s.auth.deauthenticate();
+        s.auth->deauthenticate();
+        s.auth->deauthenticate();
         QCOMPARE(s.deauthorized, 2);
-        QVERIFY2(!calls().contains("secret"), "the password reached sudo's command line");
-        QVERIFY2(s.entries.isEmpty(), "authorizing wrote to the log");
+        QVERIFY2(!calls().contains("secret") && !calls().contains("guess"),
+                 "the password reached sudo's command line");
+        QVERIFY(s.authorized == 1 && s.errors.isEmpty() && s.entries.isEmpty());
+        QVERIFY(s.auth->authorizeRootTask());
+        s.auth.reset();
+        QVERIFY2(QFile::exists(m_state), "ending the program dropped sudo's ticket");
     }
 
-    void refusedOrWrongPasswordRunsNothing_data() {
-        QTest::addColumn<std::optional<QString>>("answer");
-        QTest::newRow("cancelled") << std::optional<QString>();
-        QTest::newRow("wrong password") << std::optional<QString>(QStringLiteral("guess"));
+    // Cancel is silent; a user sudo turns down hears sudo's own words, and so does one
+    // without any sudo. Nothing runs, nothing is logged, and the next root run asks again.
+    void refusedAuthorizationRunsNothing_data() {
+        QTest::addColumn<QStringList>("answers");
+        QTest::addColumn<bool>("refuses");
+        QTest::addColumn<bool>("noSudo");
+        QTest::addColumn<QStringList>("errors");
+        QTest::addColumn<int>("asked");
+        QTest::newRow("cancelled") << QStringList{} << false << false << QStringList{} << 2;
+        QTest::newRow("wrong password, then cancelled")
+            << QStringList{"guess"} << false << false << QStringList{} << 2;
+        QTest::newRow("refused by sudo")
+            << QStringList{"secret"} << true << false
+            << QStringList{"Sorry, user tester may not run sudo on here."} << 2;
+        QTest::newRow("no sudo") << QStringList{"secret"} << false << true
+                                 << QStringList(2, "sudo was not found: root tasks need it") << 0;
     }
 
-    void refusedOrWrongPasswordRunsNothing() {
-        QFETCH(std::optional<QString>, answer);
-        Session s(config(), answer);
-        QVERIFY(!s.auth.authorizeRootTask());
-        QCOMPARE(s.asked, 1);
-        QCOMPARE(s.authorized, 0);
-        // The next root run asks again; refused, it launches nothing and logs nothing.
-        QVERIFY(!s.auth.executeCommandSynced(tool("echo ran\n"), {}));
-        QCOMPARE(s.asked, 2);
+    void refusedAuthorizationRunsNothing() {
+        QFETCH(QStringList, answers);
+        QFETCH(bool, refuses);
+        QFETCH(bool, noSudo);
+        QFETCH(QStringList, errors);
+        QFETCH(int, asked);
+        if (refuses)
+            qputenv("FAKE_SUDO_REFUSES", "1");
+        AdminAuthentication::Config c = config();
+        if (noSudo)
+            c.sudo.clear();
+        Session s(c, answers);
+        QVERIFY(!s.auth->authorizeRootTask());
+        QVERIFY(!s.auth->executeCommandSynced(tool("echo ran\n"), {}));
+        qunsetenv("FAKE_SUDO_REFUSES");
+        QCOMPARE(s.asked, asked);
+        QCOMPARE(s.errors, errors);
         QVERIFY(s.entries.isEmpty());
-        QCOMPARE(s.executed + s.failed, 0);
-        QVERIFY2(!calls().contains("guess"), "the password reached sudo's command line");
+        QCOMPARE(s.executed + s.failed + s.authorized, 0);
+        QVERIFY2(!calls().contains("guess") && !calls().contains("secret"),
+                 "the password reached sudo's command line");
     }
 
     // Through sudo the tool gets at most 19 arguments; its output reaches the log as it comes,
@@ -247,12 +336,12 @@ private slots:
     void grantedRunIsLogged() {
         grant();
         Session s(config());
-        QVERIFY(s.auth.executeCommandSynced(tool(":\n"), {}));
+        QVERIFY(s.auth->executeCommandSynced(tool(":\n"), {}));
         QVERIFY(s.entries.isEmpty());
         QStringList args;
         for (int i = 1; i <= 20; ++i)
             args << QString::number(i);
-        QVERIFY(s.auth.executeCommandSynced(
+        QVERIFY(s.auth->executeCommandSynced(
             tool("echo \"$# $1 ${19}\"\nhead -c 5000 /dev/zero | tr '\\0' x\n"), args));
         QCOMPARE(s.entries.join(), "19 1 19\n" + QByteArray(5000, 'x'));
         QVERIFY(s.entries.size() >= 5);
@@ -267,14 +356,14 @@ private slots:
         direct.direct = true;
         direct.sudo = m_dir->filePath("not-there");
         Session s(direct);
-        QVERIFY(s.auth.authorizeRootTask());
-        QVERIFY(s.auth.executeCommandSynced(tool("echo direct\n"), {}));
+        QVERIFY(s.auth->authorizeRootTask());
+        QVERIFY(s.auth->executeCommandSynced(tool("echo direct\n"), {}));
         QCOMPARE(s.entries, QList<QByteArray>{"direct\n"});
         QCOMPARE(s.asked, 0);
         QCOMPARE(s.executed, 1);
 
         s.entries.clear();
-        QVERIFY(!s.auth.executeCommandSynced(m_dir->filePath("missing-tool"), {}));
+        QVERIFY(!s.auth->executeCommandSynced(m_dir->filePath("missing-tool"), {}));
         QCOMPARE(s.entries, QList<QByteArray>{"Error " + QByteArray::number(ENOENT) +
                                               " in AuthorizationExecuteWithPrivileges"});
         QCOMPARE(s.failed, 1);
@@ -295,7 +384,7 @@ private slots:
         config.direct = true;
         config.environment = {QStringLiteral("PATH=") + m_dir->filePath("bin") + ":/usr/bin:/bin"};
         Session s(config);
-        RootScript script(s.auth, m_home);
+        RootScript script(*s.auth, m_home);
         QCOMPARE(script.run("kextrecord", argument).value_or("absent"), QString());
         QCOMPARE(QString::fromUtf8(readFile(m_record)), "[" + argument + "]\n");
         QVERIFY(!QFile::exists(QStringLiteral("pwned"))); // in our working folder
@@ -305,7 +394,7 @@ private slots:
 
     void refusedRootScriptIsLeft() {
         Session s(config()); // the password dialog is cancelled
-        RootScript script(s.auth, m_home);
+        RootScript script(*s.auth, m_home);
         QVERIFY(!script.run("kextrecord", "/x/It's.kext").has_value());
         QCOMPARE(s.asked, 1);
         QVERIFY(!QFile::exists(m_record));

@@ -5,9 +5,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-std::optional<QString> TerminalPasswordPrompt::askPassword(const QString &) {
-    std::fputs("Administrator password: ", stderr);
-    std::fflush(stderr);
+std::optional<QString> TerminalPasswordPrompt::readLine() {
     termios saved{};
     const bool tty = ::isatty(STDIN_FILENO) && ::tcgetattr(STDIN_FILENO, &saved) == 0;
     if (tty) {
@@ -24,12 +22,37 @@ std::optional<QString> TerminalPasswordPrompt::askPassword(const QString &) {
             break;
         line.push_back(char(c));
     }
-    if (tty)
+    if (tty) {
         ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved);
-    std::fputc('\n', stderr);
+        std::fputc('\n', stderr);
+    }
     if (!gotAny)
         return std::nullopt;
-    QString password = QString::fromStdString(line);
+    QString password = QString::fromLocal8Bit(line.data(), qsizetype(line.size()));
     std::fill(line.begin(), line.end(), '\0');
     return password;
+}
+
+bool TerminalPasswordPrompt::askPassword(const QString &, const Check &check) {
+    for (int attempt = 1; attempt <= maxTries; ++attempt) {
+        std::fputs("Your password (sudo asks it for administrator rights): ", stderr);
+        std::fflush(stderr);
+        std::optional<QString> password = readLine();
+        if (!password) {
+            std::fputs("\nkextkeeper: no password was given\n", stderr);
+            return false;
+        }
+        const Verdict verdict = check(*password);
+        password->fill(QChar(0));
+        if (verdict != Verdict::WrongPassword)
+            return verdict == Verdict::Granted;
+        if (attempt < maxTries)
+            std::fputs("Sorry, try again.\n", stderr);
+    }
+    std::fprintf(stderr, "kextkeeper: %d incorrect password attempts\n", maxTries);
+    return false;
+}
+
+void TerminalPasswordPrompt::showError(const QString &text) {
+    std::fprintf(stderr, "kextkeeper: %s\n", text.toLocal8Bit().constData());
 }
