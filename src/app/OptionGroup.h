@@ -17,4 +17,7 @@ private:
     QCheckBox *m_parent;
     QCheckBox *m_first;
     QCheckBox *m_second;
+    // Whether a click may take the parent to mixed; kept here because the box must stay
+    // three-state to show a mixed state it no longer allows.
+    bool m_allowsMixed = false;
 };

@@ -300,6 +300,9 @@ void TovrelAppDelegate::applicationDidFinishLaunching() {
     ToolbarIcons::applySystem(m_window, m_paths);
     fillVolumeLists();
     DiskSelectorMaintenance(nullptr);
+    // The version menu starts as a volume choice leaves it: only the shown volume's
+    // version folders have items.
+    m_tables->applyVersions(KextFolderLayout::versionFolders(rp));
 
     auto *menu = m_window.ui();
     if (m_settings->boolean(AppSettings::checkAtStartupKey)) {

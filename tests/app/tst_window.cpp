@@ -451,7 +451,11 @@ private slots:
             // Once the mixed state is no longer allowed, the next click goes to off, not mixed.
             {"mixed parent clicked twice", "2PP", "off off off"},
             {"a bare volume clears a mixed group", "1V", "off off off"},
-            {"the cleared parent turns both on", "1VP", "on on on"},
+            // The parent keeps what the click left: a cleared mixed parent cycles to mixed,
+            // then, no longer allowing it, on and off.
+            {"the cleared parent turns both on", "1VP", "on on mixed"},
+            {"then on", "1VPP", "on on on"},
+            {"cleared again, off goes to on", "1VPVP", "on on on"},
         };
         for (const char *name : {"Extra", "SLE"}) {
             for (const auto &row : rows)
@@ -594,6 +598,24 @@ private slots:
         QCOMPARE(versionItemsVisible(f), hd);
         f.delegate->DiskSelectorInstallation(f.find<QComboBox>("DiskSelInst"));
         QCOMPARE(versionItemsVisible(f), QList<bool>(5, false));
+    }
+
+    // At start-up the version items and their spacer show only the shown volume's folders.
+    void versionMenuAtStartUp_data() {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QList<bool>>("visible"); // 10.4 .. 10.7, spacer
+        QTest::newRow("no version folder")
+            << QString("Extra/Extensions") << QList<bool>{false, false, false, false, false};
+        QTest::newRow("10.6") << QString("Extra/10.6")
+                              << QList<bool>{false, false, true, false, true};
+    }
+    void versionMenuAtStartUp() {
+        QFETCH(QString, folder);
+        QFETCH(QList<bool>, visible);
+        WindowFixture f;
+        f.makeVolume(QStringLiteral("HD"), {folder});
+        f.delegate->applicationDidFinishLaunching();
+        QCOMPARE(versionItemsVisible(f), visible);
     }
 
     void checkVer_data() {
