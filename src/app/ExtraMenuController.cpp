@@ -2,6 +2,7 @@
 
 #include "MainWindow.h"
 #include "MkextBuilderNotice.h"
+#include "SystemImages.h"
 #include "TovrelAppDelegate.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/FailedCommands.h"
@@ -65,13 +66,12 @@ void ExtraMenuController::askToContinue(const QString &informativeText,
     auto *box = new QMessageBox(&m_delegate.window());
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
-    const QIcon icon(m_delegate.paths().system(
-        QStringLiteral("/System/Library/CoreServices/CoreTypes.bundle/Contents/Resources/"
-                       "GenericQuestionMarkIcon.icns")));
-    if (!icon.availableSizes().isEmpty())
+    // Without a readable icon file the sheet has no icon.
+    const QIcon icon = SystemImages(m_delegate.paths())
+                           .icon(QStringLiteral("/System/Library/CoreServices/CoreTypes.bundle/"
+                                                "Contents/Resources/GenericQuestionMarkIcon.icns"));
+    if (!icon.isNull())
         box->setIconPixmap(icon.pixmap(64, 64));
-    else
-        box->setIcon(QMessageBox::Question);
     box->setText(tr("Continue?"));
     box->setInformativeText(informativeText);
     QPushButton *yes = box->addButton(tr("Yes"), QMessageBox::AcceptRole);

@@ -1,6 +1,5 @@
 #include "MessageBoxSheets.h"
 
-#include <QFile>
 #include <QIcon>
 #include <QMessageBox>
 #include <QPointer>
@@ -27,11 +26,9 @@ void MessageBoxSheets::showSheet(Kind kind, const QString &headline, const QStri
     box->setText(headline);
     box->setInformativeText(text);
     box->setStandardButtons(QMessageBox::Ok);
-    const QIcon icon(QString::fromLatin1(iconFile(kind)));
-    if (QFile::exists(QString::fromLatin1(iconFile(kind))) && !icon.isNull())
+    const QIcon icon = m_images.icon(QString::fromLatin1(iconFile(kind)));
+    if (!icon.isNull())
         box->setIconPixmap(icon.pixmap(64, 64));
-    else
-        box->setIcon(kind == Kind::Error ? QMessageBox::Warning : QMessageBox::Information);
     last = box;
     box->open();
 }

@@ -1,15 +1,21 @@
 #pragma once
 
+#include "SystemImages.h"
 #include "exec/SheetPresenter.h"
 
 // Alert sheets as window-modal message boxes opened without blocking (a real sheet on
-// macOS). The caution and note icons come from the system's icon files when they can
-// be read, otherwise from the platform's standard icons.
+// macOS). The caution and note icons come from the system's icon files (or our copies);
+// a sheet whose icon can't be read has none.
 class MessageBoxSheets final : public SheetPresenter {
 public:
+    explicit MessageBoxSheets(SystemImages images) : m_images(std::move(images)) {}
+
     void showSheet(Kind kind, const QString &headline, const QString &text,
                    QObject *window) override;
 
     // The box shown last, for tests that answer it.
     static class QMessageBox *lastShown();
+
+private:
+    SystemImages m_images;
 };

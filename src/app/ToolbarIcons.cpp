@@ -1,38 +1,15 @@
 #include "ToolbarIcons.h"
 
 #include "MainWindow.h"
-#include "volumes/SystemPaths.h"
+#include "SystemImages.h"
 
 #include <QAction>
-#include <QImageReader>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
 
 namespace {
 constexpr int side = 64;
-
-void drawDisk(QPainter &p) {
-    // A hard disk with a stethoscope-like check mark: maintenance.
-    p.setBrush(QColor(0x9a, 0xa4, 0xb0));
-    p.setPen(QPen(QColor(0x4a, 0x52, 0x5c), 2));
-    p.drawRoundedRect(QRectF(6, 18, 52, 30), 6, 6);
-    p.setBrush(QColor(0x3c, 0xb0, 0x4c));
-    p.drawEllipse(QPointF(46, 33), 4, 4);
-    p.setPen(QPen(QColor(0xd0, 0x3a, 0x2e), 5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    p.drawPolyline(QPolygonF({QPointF(14, 34), QPointF(22, 42), QPointF(36, 24)}));
-}
-
-void drawBox(QPainter &p) {
-    // An open box with an arrow going in: installation.
-    p.setPen(QPen(QColor(0x7a, 0x55, 0x2a), 2));
-    p.setBrush(QColor(0xd9, 0xa8, 0x62));
-    p.drawRect(QRectF(10, 30, 44, 28));
-    p.setBrush(QColor(0x2f, 0x7d, 0xd8));
-    p.setPen(Qt::NoPen);
-    p.drawPolygon(QPolygonF({QPointF(26, 4), QPointF(38, 4), QPointF(38, 22), QPointF(46, 22),
-                             QPointF(32, 38), QPointF(18, 22), QPointF(26, 22)}));
-}
 
 void drawPuzzle(QPainter &p, const QColor &fill) {
     // A puzzle piece stands for a kext.
@@ -43,14 +20,6 @@ void drawPuzzle(QPainter &p, const QColor &fill) {
     p.setPen(QPen(fill.darker(160), 2));
     p.setBrush(fill);
     p.drawPath(piece.simplified());
-}
-
-void drawUnpack(QPainter &p) {
-    drawPuzzle(p, QColor(0xe8, 0xc5, 0x4a));
-    p.setPen(QPen(QColor(0x2f, 0x7d, 0xd8), 5, Qt::SolidLine, Qt::RoundCap));
-    p.drawLine(QPointF(8, 58), QPointF(24, 42));
-    p.drawLine(QPointF(8, 58), QPointF(8, 46));
-    p.drawLine(QPointF(8, 58), QPointF(20, 58));
 }
 
 void drawCheck(QPainter &p) {
@@ -86,13 +55,7 @@ QIcon ToolbarIcons::shipped(const QString &identifier) {
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (identifier == QLatin1String("ti_m"))
-        drawDisk(painter);
-    else if (identifier == QLatin1String("ti_i"))
-        drawBox(painter);
-    else if (identifier == QLatin1String("ti_u"))
-        drawUnpack(painter);
-    else if (identifier == QLatin1String("ti_c"))
+    if (identifier == QLatin1String("ti_c"))
         drawCheck(painter);
     else if (identifier == QLatin1String("ti_l"))
         drawLoaded(painter);
@@ -100,22 +63,12 @@ QIcon ToolbarIcons::shipped(const QString &identifier) {
     return QIcon(pixmap);
 }
 
-QIcon ToolbarIcons::fromFile(const QString &path) {
-    QImageReader reader(path);
-    const QImage image = reader.read();
-    if (image.isNull())
-        return {};
-    return QIcon(QPixmap::fromImage(image));
-}
-
 void ToolbarIcons::applyShipped(MainWindow &window) {
-    for (int page = PageMaintenance; page <= PageLoaded; ++page) {
-        const QString id = MainWindow::toolbarIdentifier(page);
+    for (const QString &id : {QStringLiteral("ti_c"), QStringLiteral("ti_l")})
         window.action(id)->setIcon(shipped(id));
-    }
 }
 
-void ToolbarIcons::applySystem(MainWindow &window, const SystemPaths &paths) {
+void ToolbarIcons::applySystem(MainWindow &window, const SystemImages &images) {
     const struct {
         const char *id;
         const char *file;
@@ -124,9 +77,7 @@ void ToolbarIcons::applySystem(MainWindow &window, const SystemPaths &paths) {
         {"ti_m", "/Applications/Utilities/Disk Utility.app/Contents/Resources/DFA.icns"},
         {"ti_u", "/System/Library/CoreServices/CoreTypes.bundle/Contents/Resources/KEXT.icns"},
     };
-    for (const auto &entry : systemIcons) {
-        const QIcon icon = fromFile(paths.system(QLatin1String(entry.file)));
-        if (!icon.isNull())
-            window.action(QLatin1String(entry.id))->setIcon(icon);
-    }
+    // An image that can't be read leaves its item without one.
+    for (const auto &entry : systemIcons)
+        window.action(QLatin1String(entry.id))->setIcon(images.icon(QLatin1String(entry.file)));
 }

@@ -4,6 +4,7 @@
 #include "DonationProbe.h"
 #include "MainWindow.h"
 #include "OptionGroup.h"
+#include "SystemImages.h"
 #include "ToolbarCustomizeDialog.h"
 #include "ToolbarIcons.h"
 #include "UpdateCheck.h"
@@ -297,7 +298,7 @@ void TovrelAppDelegate::applicationDidFinishLaunching() {
     checkPage()->ui()->kdep->setLineWrapMode(QPlainTextEdit::NoWrap);
     m_window.selectToolbarItem(QStringLiteral("ti_m"));
     installPage()->ui()->InstProgress->setRange(0, 100);
-    ToolbarIcons::applySystem(m_window, m_paths);
+    ToolbarIcons::applySystem(m_window, SystemImages(m_paths));
     fillVolumeLists();
     DiskSelectorMaintenance(nullptr);
     // The version menu starts as a volume choice leaves it: only the shown volume's

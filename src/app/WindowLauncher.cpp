@@ -16,7 +16,7 @@ int launchWindow(QApplication &app, const SystemPaths &paths) {
 
     AssembledWindow assembled(paths);
     static FreedesktopNotifier notifier;
-    static MessageBoxSheets sheets;
+    static MessageBoxSheets sheets{SystemImages(paths)};
     // A child of the window, so it goes before the window does, not after it.
     PasswordDialog prompt(&assembled.window);
     AdminAuthentication::sharedInstance().setPasswordPrompt(&prompt);

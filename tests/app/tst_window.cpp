@@ -1,9 +1,12 @@
 #include "AppSettings.h"
 #include "CliRun.h"
 #include "DonationProbe.h"
+#include "MessageBoxSheets.h"
 #include "PasswordDialog.h"
 #include "RecordingSheets.h"
+#include "SystemImages.h"
 #include "ToolbarCustomizeDialog.h"
+#include "ToolbarIcons.h"
 #include "UpdateCheck.h"
 #include "WindowFixture.h"
 #include "exec/AdminAuthentication.h"
@@ -18,6 +21,7 @@
 #include <QDragEnterEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QRadioButton>
 #include <QScopeGuard>
@@ -616,6 +620,38 @@ private slots:
         f.makeVolume(QStringLiteral("HD"), {folder});
         f.delegate->applicationDidFinishLaunching();
         QCOMPARE(versionItemsVisible(f), visible);
+    }
+
+    // A system image that can't be read, and no copy of ours, leaves no image at all: no
+    // toolbar picture, no sheet icon. The copies we ship stand in wherever the system's are
+    // missing, and the system's own file wins where there is one.
+    void missingImages() {
+        WindowFixture f;
+        const QString dfa = "/Applications/Utilities/Disk Utility.app/Contents/Resources/DFA.icns";
+        QImage red(16, 16, QImage::Format_RGB32);
+        red.fill(Qt::red);
+        QDir().mkpath(QFileInfo(f.paths.system(dfa)).path());
+        QVERIFY(red.save(f.paths.system(dfa), "PNG"));
+        const SystemImages none(f.paths, f.dir.filePath(QStringLiteral("no copies")));
+        ToolbarIcons::applySystem(*f.window, none);
+        QCOMPARE(f.window->action("ti_m")->icon().pixmap(16, 16).toImage().pixel(8, 8),
+                 red.pixel(8, 8));
+        for (const char *id : {"ti_i", "ti_u"})
+            QVERIFY2(f.window->action(QLatin1String(id))->icon().isNull(), id);
+        MessageBoxSheets(none).showSheet(SheetPresenter::Kind::Error, "Error", "x", f.window.get());
+        QMessageBox *box = MessageBoxSheets::lastShown();
+        QVERIFY(box && box->iconPixmap().isNull());
+        QCOMPARE(box->icon(), QMessageBox::NoIcon);
+        box->close();
+
+        const SystemImages shipped(f.paths);
+        ToolbarIcons::applySystem(*f.window, shipped);
+        for (const char *id : {"ti_i", "ti_u"})
+            QVERIFY2(!f.window->action(QLatin1String(id))->icon().isNull(), id);
+        MessageBoxSheets(shipped).showSheet(SheetPresenter::Kind::Info, "Done", "x",
+                                            f.window.get());
+        QVERIFY(!MessageBoxSheets::lastShown()->iconPixmap().isNull());
+        MessageBoxSheets::lastShown()->close();
     }
 
     void checkVer_data() {
