@@ -34,6 +34,7 @@
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QStringListModel>
@@ -632,6 +633,83 @@ private slots:
                                        m_cli->desktop() + "/.mkext_pack"));
     }
 
+    // The dry run follows the state its own commands would leave, so its list is the real
+    // run's: each verb runs first with --dry-run (which must change nothing), then for real
+    // on the same sandbox. `setup` runs for real before both; "B1", "B2" are the bundles
+    // to install, "BACKUP" the backup the setup made. Only the user's own diskutil question
+    // is left out of the real run's log.
+    void dryRunListsTheRealRunsCommands_data() {
+        QTest::addColumn<QStringList>("setup");
+        QTest::addColumn<QStringList>("verb");
+        const QStringList hd{"--volume", "Macintosh HD"};
+        const QStringList none;
+        QTest::newRow("maintenance, all four options")
+            << none
+            << QStringList{"maintain", "--repair-extra", "--rebuild-extra-mkext", "--repair-sle",
+                           "--rebuild-caches"} +
+                   hd;
+        QTest::newRow("the same bundle twice, with backups")
+            << none << QStringList{"install", "--to", "extra", "--backup", "B2", "B2", "B1"} + hd;
+        QTest::newRow("S/L/E of the started system")
+            << none << QStringList{"install", "--to", "sle", "--backup", "B1", "B2"} + hd;
+        // Packed kexts need their executables: these are the volume's own.
+        QTest::newRow("desktop") << none
+                                 << QStringList{"install", "--to", "desktop",
+                                                "Extra/Extensions/ExampleSensors.kext",
+                                                "Extra/Extensions/ExampleDiskShim.kext"};
+        QTest::newRow("into KextStore") << QStringList{"extra", "to-kextstore", "--yes"} + hd
+                                        << QStringList{"install", "--to", "extra", "B2", "B1"} + hd;
+        QTest::newRow("KextStore back to Extensions")
+            << QStringList{"extra", "to-kextstore", "--yes"} + hd
+            << QStringList{"extra", "to-extensions", "--yes"} + hd;
+        QTest::newRow("hide Extra") << none << QStringList{"extra", "hide", "--yes"} + hd;
+        QTest::newRow("restore") << QStringList{"install", "--to", "extra", "--backup", "B1"} + hd
+                                 << QStringList{"restore", "BACKUP", "--yes"};
+    }
+    void dryRunListsTheRealRunsCommands() {
+        QFETCH(QStringList, setup);
+        QFETCH(QStringList, verb);
+        QVERIFY(startCli(true));
+        const QStringList bundles = m_cli->makeBundlesToInstall();
+        const auto backups = [&] {
+            return QDir(m_cli->desktop() + "/Kext Backups")
+                .entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        };
+        const auto words = [&](QStringList args) {
+            args.replaceInStrings(QRegularExpression("^(Extra/.*)"), m_cli->r("\\1"))
+                .replaceInStrings(QRegularExpression("^B1$"), bundles[0])
+                .replaceInStrings(QRegularExpression("^B2$"), bundles[1])
+                .replaceInStrings(QRegularExpression("^BACKUP$"), backups().value(0));
+            return args;
+        };
+        if (!setup.isEmpty())
+            QCOMPARE(cli(words(setup)).status, 0);
+        m_cli->clearLog();
+        const auto rootCommands = [&] {
+            QStringList lines = m_cli->logLines();
+            lines.removeIf([](const QString &line) {
+                return line.contains(QRegularExpression("/diskutil'? info "));
+            });
+            m_cli->clearLog();
+            return lines;
+        };
+        const QStringList backupsBefore = backups();
+        const CliRun dry = cli(QStringList{"--dry-run"} + words(verb));
+        QVERIFY2(dry.status == 0, qPrintable(dry.err));
+        QStringList planned;
+        for (const QString &line : dry.out.split('\n', Qt::SkipEmptyParts))
+            if (!line.startsWith("# "))
+                planned << line;
+        QCOMPARE(rootCommands(), QStringList());
+        QCOMPARE(backups(), backupsBefore);
+
+        const CliRun real = cli(words(verb));
+        QVERIFY2(real.status == 0, qPrintable(real.err));
+        const QStringList ran = rootCommands();
+        QVERIFY(!ran.isEmpty());
+        QCOMPARE(planned, ran);
+    }
+
     void convertToKextStore_data() {
         QTest::addColumn<bool>("kextcache");
         QTest::newRow("with kextcache") << true;
@@ -792,6 +870,11 @@ private slots:
         const QString expected = SandboxMac::readText(KK_FIXTURES "/report/sandbox-report.txt")
                                      .replace("/tmp/kk-e2e-win", folder.path());
         QVERIFY(startCli(false, root));
+        // A dry run writes nothing.
+        const CliRun dry = cli({"--dry-run", "report", m_cli->desktop() + "/Sandbox Mac.txt"});
+        QCOMPARE(dry.out,
+                 "# would write the system report to " + m_cli->desktop() + "/Sandbox Mac.txt\n");
+        QVERIFY(!QFileInfo::exists(m_cli->desktop() + "/Sandbox Mac.txt"));
         const CliRun run = cli({"report", m_cli->desktop() + "/Sandbox Mac.txt"});
         QVERIFY2(run.status == 0, qPrintable(run.err));
         QCOMPARE(run.out, "Saved.\n");

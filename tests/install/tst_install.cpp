@@ -1,6 +1,11 @@
 #include "CliRun.h"
 #include "RecordingExecutor.h"
+#include "SmallVolume.h"
 #include "TestScripts.h"
+#include "UserRights.h"
+#include "exec/AdminAuthentication.h"
+#include "exec/SessionExecutor.h"
+#include "install/FileTree.h"
 #include "install/InstallList.h"
 #include "install/InstallPlan.h"
 #include "install/InstallView.h"
@@ -9,6 +14,8 @@
 #include <QDir>
 #include <QFile>
 #include <QMimeData>
+#include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
@@ -58,6 +65,33 @@ public:
         }
         return {};
     }
+};
+// Runs the commands for real and notes each tool's name. With a filler file set, the file
+// system under it is filled up to `leave` free bytes when the first copy starts, as if
+// something else wrote there meanwhile.
+class FillingExecutor final : public Executor {
+public:
+    explicit FillingExecutor(Executor &real) : m_real(real) {}
+    QStringList tools;
+    QString filler;
+    qint64 leave = 0;
+
+    bool authorize() override { return m_real.authorize(); }
+    CommandResult run(const Command &command) override {
+        tools << QFileInfo(command.tool).fileName();
+        if (!filler.isEmpty() && tools.last() == QLatin1String("cp")) {
+            QFile file(filler);
+            qint64 left = FileTree::room(filler).value_or(FileTree::Room{}).freeBytes - leave;
+            if (file.open(QIODevice::WriteOnly))
+                for (; left > 0; left -= 4096)
+                    file.write(QByteArray(4096, 'x'));
+            filler.clear();
+        }
+        return m_real.run(command);
+    }
+
+private:
+    Executor &m_real;
 };
 } // namespace
 
@@ -355,20 +389,156 @@ private slots:
         QCOMPARE(executor.lines.filter(QStringLiteral("/bin/cp -R")).size(), times);
     }
 
-    void copyTreeKeepsLinksAndRefusesExistingTarget() {
-        make({"S/L.kext/Contents/Info.plist=linked"});
-        const QString bundle = place("S/L.kext");
-        QVERIFY(
-            QFile::link(QStringLiteral("Contents/Info.plist"), bundle + QStringLiteral("/Link")));
-        make({"D/copy"});
-        const QString copy = place("D/copy/L.kext");
-        QVERIFY(KextBackup::copyTree(bundle, copy));
-        QVERIFY(read("D/copy/L.kext/Contents/Info.plist").contains("linked"));
-        QVERIFY(QFileInfo(copy + QStringLiteral("/Link")).isSymLink());
-        QCOMPARE(QFile::symLinkTarget(copy + QStringLiteral("/Link")),
-                 copy + QStringLiteral("/Contents/Info.plist"));
-        QVERIFY(!KextBackup::copyTree(bundle, copy));
-        QVERIFY(!KextBackup::copyTree(place("S/missing.kext"), place("D/copy/M.kext")));
+    // Real folders and real cp and rm: each case ends with the old kext in place (or put
+    // back) and one clear message, or, where nothing can help, with the message saying
+    // what is missing. Words of `tree`: "X/..." a folder, "X/...=text" a file, "=~" a file
+    // of 1.5 MB, "X/...>target" a link; a trailing "!" makes it unreadable to the user.
+    // `volume` mounts a file system of that size on the volume; `leave` fills it up to
+    // that many free bytes when the first copy starts, as if something else wrote there.
+    void safety_data() {
+        QTest::addColumn<QStringList>("tree");
+        QTest::addColumn<QString>("destination");
+        QTest::addColumn<bool>("backup");
+        QTest::addColumn<QString>("volume");
+        QTest::addColumn<int>("leave");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QStringList>("tools");
+        QTest::addColumn<QString>("installed"); // in V/Extra/Extensions/A.kext afterwards
+        QTest::addColumn<QString>("backupAt");  // the folder that holds the old copy
+        using L = QStringList;
+        const QString old = QStringLiteral("V/Extra/Extensions/A.kext/Contents/Info.plist=old");
+        const QString fresh = QStringLiteral("S/A.kext/Contents/Info.plist=new");
+        const QString big = QStringLiteral("S/A.kext/Contents/big=~");
+        const QString run = QStringLiteral("D/Kext Backups/05-03 14_07_09");
+        const QString shownRun = QStringLiteral("%D/Kext Backups/05-03 14_07_09");
+        const L nothing;
+        QTest::newRow("source removed after it was listed")
+            << L{old, fresh} << "extra" << true << "" << 0
+            << "Nothing was installed: Gone.kext is no longer at" << nothing << "old"
+            << "";
+        QTest::newRow("unreadable file in the new kext")
+            << L{old, fresh, "S/A.kext/Contents/key=x!"} << "extra" << false << "" << 0
+            << "%S/A.kext/Contents/key is not readable" << nothing << "old"
+            << "";
+        QTest::newRow("unreadable file in the kext to back up")
+            << L{old + "!", fresh} << "extra" << true << "" << 0
+            << "cannot be backed up: %V/Extra/Extensions/A.kext/Contents/Info.plist is not "
+               "readable"
+            << nothing << "old"
+            << "";
+        QTest::newRow("read-only desktop")
+            << L{old, fresh, "D/!"} << "extra" << true << "" << 0
+            << "the backup folder %D/Kext Backups cannot be created" << nothing << "old"
+            << "";
+        // Another run's folder of the same second is left alone; the backup keeps a link.
+        QTest::newRow("dated folder already holds the name")
+            << L{old, "V/Extra/Extensions/A.kext/Link>Contents/Info.plist", fresh,
+                 run + "/A.kext/Contents/Info.plist=other"}
+            << "extra" << true << "" << 0 << "Selected tasks were finished."
+            << L{"rm", "cp", "chown", "chmod"} << "new"
+            << "D/Kext Backups/05-03 14_07_10";
+        QTest::newRow("full volume") << L{old, big} << "extra" << true << "1m" << 0
+                                     << "%V/Extra/Extensions has" << nothing << "old"
+                                     << "";
+        QTest::newRow("volume fills up while copying, with a backup")
+            << L{old, big, fresh} << "extra" << true << "4m" << 300000
+            << "The previous copy was put back from " + shownRun + "."
+            << L{"rm", "cp", "rm", "cp", "chown", "chmod"} << "old" << run;
+        QTest::newRow("volume fills up while copying, without a backup")
+            << L{old, big, fresh} << "extra" << false << "4m" << 300000
+            << "there is no backup of it: %V/Extra/Extensions has no A.kext now."
+            << L{"rm", "cp", "rm", "chown", "chmod"} << "<missing>"
+            << "";
+        QTest::newRow("stale staging folder of ours is removed first")
+            << L{fresh, "D/.mkext_pack/.kextkeeper-staging=", "D/.mkext_pack/Old.kext"} << "desktop"
+            << false << "" << 0 << "Selected tasks were finished."
+            << L{"rm", "cp", "chown", "chmod", "kextcache", "rm"} << "<missing>"
+            << "";
+        QTest::newRow("someone else's staging folder is refused")
+            << L{fresh, "D/.mkext_pack/Mine.kext"} << "desktop" << false << "" << 0
+            << "%D/.mkext_pack is in the way" << nothing << "<missing>"
+            << "";
+    }
+    void safety() {
+        QFETCH(QStringList, tree);
+        QFETCH(QString, destination);
+        QFETCH(bool, backup);
+        QFETCH(QString, volume);
+        QFETCH(int, leave);
+        QFETCH(QString, message);
+        QFETCH(QStringList, tools);
+        QFETCH(QString, installed);
+        QFETCH(QString, backupAt);
+        std::unique_ptr<SmallVolume> small;
+        if (!volume.isEmpty()) {
+            small = std::make_unique<SmallVolume>(place("V/"), volume);
+            if (!small->mounted())
+                QSKIP("only root can mount a small file system here");
+        }
+        QStringList locked;
+        for (QString entry : tree) {
+            if (entry.endsWith('!')) {
+                entry.chop(1);
+                locked << place(entry.section('=', 0, 0));
+            }
+            const qsizetype arrow = entry.indexOf('>');
+            if (arrow > 0) {
+                QVERIFY(QFile::link(entry.mid(arrow + 1), place(entry.left(arrow))));
+                continue;
+            }
+            if (entry.endsWith("=~"))
+                entry = entry.chopped(1) + QString(1500000, 'b');
+            make({entry.endsWith('=') ? entry + "x" : entry});
+        }
+        for (const QString &path : locked)
+            QFile::setPermissions(path, QFileInfo(path).isDir() ? QFile::ReadOwner | QFile::ExeOwner
+                                                                : QFileDevice::Permissions());
+        // The tools are the host's, behind the sandbox's paths.
+        for (const QString tool : {"/bin/cp", "/bin/rm", "/bin/chmod", "/usr/sbin/chown"}) {
+            const QString name = QFileInfo(tool).fileName();
+            QDir().mkpath(m_paths->system(QFileInfo(tool).path()));
+            writeScript(QDir(m_paths->system(QFileInfo(tool).path())), name,
+                        "exec '" + QStandardPaths::findExecutable(name).toUtf8() + "' \"$@\"\n");
+        }
+
+        InstallOptions chosen = options(destination, {"S/Gone.kext", "S/A.kext"});
+        if (!message.contains("Gone"))
+            chosen.bundles.removeFirst();
+        chosen.backup = backup;
+        AdminAuthentication session({{}, true, {}}, nullptr, nullptr);
+        SessionExecutor real(session);
+        FillingExecutor executor(real);
+        if (leave > 0) {
+            executor.filler = place("V/filler");
+            executor.leave = leave;
+        }
+        RecordingInstallView view;
+        InstallPlan plan(chosen, *m_paths, executor, view);
+        plan.setClock([] { return fixedTime; });
+        {
+            UserRights user;
+            if (!user.works())
+                QSKIP("this root cannot take on a user's rights");
+            plan.run();
+        }
+        for (const QString &path : locked)
+            QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+
+        const QString shown = view.events.filter(QRegularExpression("^(error|info) ")).join('\n');
+        message.replace("%V", place("V/").chopped(1))
+            .replace("%S", place("S/").chopped(1))
+            .replace("%D", place("D/").chopped(1));
+        QVERIFY2(shown.contains(message), qPrintable(shown));
+        QCOMPARE(executor.tools, tools);
+        QVERIFY(read("V/Extra/Extensions/A.kext/Contents/Info.plist").contains(installed.toUtf8()));
+        if (!backupAt.isEmpty())
+            QVERIFY(read(backupAt + "/A.kext/Contents/Info.plist").contains("old"));
+        if (tree.join(' ').contains('>'))
+            QVERIFY(QFileInfo(place(backupAt + "/A.kext/Link")).isSymLink());
+        // Another run's backup folder is never written into.
+        if (tree.join(' ').contains("=other"))
+            QVERIFY(
+                read("D/Kext Backups/05-03 14_07_09/A.kext/Contents/Info.plist").contains("other"));
     }
 
     // What a drop onto the table adds, and the bundle names installed under.

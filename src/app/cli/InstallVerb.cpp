@@ -4,44 +4,14 @@
 #include "AppSettings.h"
 #include "cli/CliArgs.h"
 #include "cli/CliRegistry.h"
+#include "cli/TerminalInstallView.h"
 #include "install/InstallList.h"
 #include "install/InstallPlan.h"
-#include "install/InstallView.h"
 #include "volumes/KextFolderLayout.h"
 
 #include <QFileInfo>
 
 namespace {
-
-class TerminalInstallView final : public InstallView {
-public:
-    explicit TerminalInstallView(CliContext &c) : m_c(c) {}
-    bool failed = false;
-
-    void progressPrepared(int) override {}
-    void taskState(const QString &, const QString &) override {}
-    void setControlsEnabled(bool) override {}
-    void setWorking(bool) override {}
-    void bundleStarted(int index, int count, const QString &path) override {
-        m_c.note(QStringLiteral("[%1/%2] ").arg(index + 1).arg(count) +
-                 InstallList::bundleName(path));
-    }
-    void setIndeterminate(bool) override {}
-    void reevaluateVolume() override {}
-    void showError(const QString &message) override {
-        failed = true;
-        m_c.err << message << Qt::endl;
-    }
-    void commandsFailed(const QStringList &failures) override {
-        failed = true;
-        m_c.tellFailures(QStringLiteral("install"), failures);
-    }
-    void showInfo(const QString &message) override { m_c.note(message); }
-    void progressReset() override {}
-
-private:
-    CliContext &m_c;
-};
 
 int usage(CliContext &c, const QString &problem) {
     c.err << "kextkeeper install: " << problem << Qt::endl;
@@ -102,7 +72,7 @@ int install(CliContext &c) {
         options.bundles << bundle;
     }
 
-    TerminalInstallView view(c);
+    TerminalInstallView view(c, QStringLiteral("install"));
     InstallPlan plan(options, c.paths, c.executor, view);
     if (!plan.prepare()) {
         if (!view.failed)

@@ -87,6 +87,12 @@ int writeReport(CliContext &c) {
     const std::optional<QString> path = onePath(c, QStringLiteral("report"));
     if (!path)
         return CliUsage;
+    // A dry run writes nothing, not even the report.
+    if (c.dryRun) {
+        c.note(QStringLiteral("would write the system report to %1")
+                   .arg(QFileInfo(*path).absoluteFilePath()));
+        return CliOk;
+    }
     IconAlert &icon = IconAlert::defaultinst();
     icon.index().rebuild(c.paths);
     auto index = std::make_shared<const KextLocationIndex>(icon.index());

@@ -41,7 +41,7 @@ int unpackArchive(CliContext &c, const QStringList &words) {
     const QString folder = args.value(QStringLiteral("--to")).value_or(QDir::currentPath());
     const QString arch = args.value(QStringLiteral("--arch")).value_or(QString());
     if (c.dryRun) {
-        c.out << "would unpack " << args.positional().first() << " into " << folder << Qt::endl;
+        c.note(QStringLiteral("would unpack %1 into %2").arg(args.positional().first(), folder));
         return CliOk;
     }
     return finish(c, MkextBuiltinTool::unpack(arch, folder, args.positional().first()));
@@ -59,8 +59,9 @@ int buildArchive(CliContext &c, const QStringList &words) {
     if (archs.isEmpty())
         archs = {QStringLiteral("i386"), QStringLiteral("x86_64")};
     if (c.dryRun) {
-        c.out << "would write " << archive << " from " << folders.join(QStringLiteral(", "))
-              << " for " << archs.join(QStringLiteral(", ")) << Qt::endl;
+        c.note(QStringLiteral("would write %1 from %2 for %3")
+                   .arg(archive, folders.join(QStringLiteral(", ")),
+                        archs.join(QStringLiteral(", "))));
         return CliOk;
     }
     return finish(c, MkextBuiltinTool::build(archive, folders, archs));

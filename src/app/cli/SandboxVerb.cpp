@@ -16,6 +16,10 @@ int create(CliContext &c, const QStringList &words) {
         c.err << "kextkeeper sandbox create: give the one folder to make it in" << Qt::endl;
         return CliUsage;
     }
+    if (c.dryRun) {
+        c.note(QStringLiteral("would make a sandbox Mac in %1").arg(words.first()));
+        return CliOk;
+    }
     SandboxBuilder builder(words.first(), QCoreApplication::applicationFilePath());
     if (!builder.create()) {
         c.err << builder.error() << Qt::endl;

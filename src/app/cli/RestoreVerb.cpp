@@ -1,0 +1,94 @@
+// `kextkeeper restore`: lists the backups installations left on the desktop, and puts
+// one back where its kexts came from, as an installation with backups of its own.
+
+#include "AppSettings.h"
+#include "cli/CliArgs.h"
+#include "cli/CliRegistry.h"
+#include "cli/TerminalInstallView.h"
+#include "install/BackupRestore.h"
+#include "install/InstallPlan.h"
+
+namespace {
+
+int usage(CliContext &c, const QString &problem) {
+    c.err << "kextkeeper restore: " << problem << Qt::endl;
+    return CliUsage;
+}
+
+// "05-03 14_07_09  2011-03-05 14:07  Macintosh HD  Extra/Extensions  A.kext, B.kext"
+void listBackups(CliContext &c) {
+    const QList<BackupRestore::Backup> backups = BackupRestore::list(c.paths.desktop());
+    if (backups.isEmpty())
+        c.err << "kextkeeper restore: no backups in " << c.paths.desktop() << "/Kext Backups"
+              << Qt::endl;
+    for (const BackupRestore::Backup &backup : backups) {
+        c.out << backup.name() << "  ";
+        if (!backup.manifest) {
+            c.out << "(no note of where its kexts came from)\n";
+            continue;
+        }
+        QStringList names;
+        QString from;
+        for (const BackupManifest::Bundle &bundle : backup.manifest->bundles) {
+            names << bundle.name;
+            from = bundle.removedFrom;
+        }
+        c.out << backup.manifest->date.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) << "  "
+              << backup.manifest->volume << "  " << from << "  " << names.join(QStringLiteral(", "))
+              << '\n';
+    }
+}
+
+int restore(CliContext &c) {
+    const CliArgs args(c.args, {}, {QStringLiteral("--list"), QStringLiteral("--yes")});
+    if (!args.ok())
+        return usage(c, args.error());
+    if (args.flag(QStringLiteral("--list"))) {
+        if (!args.positional().isEmpty())
+            return usage(c, QStringLiteral("--list takes no folder"));
+        listBackups(c);
+        return CliOk;
+    }
+    if (args.positional().size() != 1)
+        return usage(c, QStringLiteral("needs --list or one backup folder"));
+    const QString word = args.positional().first();
+    const std::optional<BackupRestore::Backup> backup =
+        BackupRestore::find(c.paths.desktop(), word);
+    if (!backup) {
+        c.err << "kextkeeper restore: no backup folder " << word << Qt::endl;
+        return CliTaskError;
+    }
+    const BackupRestore::Plan plan = BackupRestore::plan(
+        *backup, c.paths,
+        AppSettings(c.paths.contentsDir()).boolean(AppSettings::prelinkKernelKey));
+    if (!plan.problem.isEmpty()) {
+        c.err << "kextkeeper restore: " << plan.problem << Qt::endl;
+        return CliTaskError;
+    }
+    if (!args.flag(QStringLiteral("--yes"))) {
+        c.note(QStringLiteral("Put back %1 into %2? What they replace is backed up first.")
+                   .arg(plan.options.bundles.size() == 1
+                            ? QStringLiteral("1 kext")
+                            : QStringLiteral("%1 kexts").arg(plan.options.bundles.size()),
+                        plan.folder));
+        if (!c.confirm(QStringLiteral("Continue?")))
+            return CliOk;
+    }
+    TerminalInstallView view(c, QStringLiteral("restore"));
+    InstallPlan install(plan.options, c.paths, c.executor, view);
+    if (!install.prepare()) {
+        if (!view.failed)
+            c.err << "kextkeeper restore: administrator rights were not given" << Qt::endl;
+        return CliTaskError;
+    }
+    install.run();
+    return view.failed ? CliTaskError : CliOk;
+}
+
+const bool registered = CliRegistry::add(
+    {QStringLiteral("restore"), QStringLiteral("restore --list | restore FOLDER [--yes]"),
+     QStringLiteral("list the backups installations made, or put the kexts of one back where "
+                    "they came from (backing up what they replace)"),
+     restore});
+
+} // namespace
