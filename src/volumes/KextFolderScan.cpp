@@ -58,11 +58,12 @@ struct Entry {
 KextFolderScan::KextFolderScan(QStringList &paths, QStringList &identifiers)
     : m_paths(paths), m_identifiers(identifiers) {}
 
-void KextFolderScan::scan(const QString &folder) {
-    scan(folder, QFile::encodeName(folder));
+void KextFolderScan::setVisitor(std::function<void(const Bundle &)> visitor, PlugIns spelling) {
+    m_visitor = std::move(visitor);
+    m_plugIns = spelling;
 }
 
-QString KextFolderScan::identifier(const QByteArray &bundle) {
+KextFolderScan::InfoFile KextFolderScan::readInfo(const QByteArray &bundle) {
     // The Contents/Info.plist form first; the bundle's own Info.plist only when the
     // first is not there at all (one that is there but unreadable gives no identifier).
     for (const char *name : {"/Contents/Info.plist", "/Info.plist"}) {
@@ -73,21 +74,27 @@ QString KextFolderScan::identifier(const QByteArray &bundle) {
             // since a folder we may not search hides its file as well as a missing one.
             if (errno == ENOENT || errno == ENOTDIR || !exists(path))
                 continue;
-            return QString();
+            return {path, nullptr};
         }
         const std::optional<QByteArray> bytes = readRegular(fd);
         ::close(fd);
-        if (!bytes)
-            return QString();
-        const PlistPtr info = PlistFile::parseDictionaryTree(*bytes);
-        if (!info)
-            return QString();
-        return PlistFile::string(info.get(), "CFBundleIdentifier").value_or(QString());
+        return {path, bytes ? PlistFile::parseDictionaryTree(*bytes) : nullptr};
     }
-    return QString();
+    return {};
 }
 
-void KextFolderScan::scan(const QString &folder, const QByteArray &native) {
+QString KextFolderScan::identifier(const QByteArray &bundle) {
+    const InfoFile info = readInfo(bundle);
+    return info.tree ? PlistFile::string(info.tree.get(), "CFBundleIdentifier").value_or(QString())
+                     : QString();
+}
+
+void KextFolderScan::scan(const QString &folder) {
+    scan(folder, QFile::encodeName(folder), QString());
+}
+
+void KextFolderScan::scan(const QString &folder, const QByteArray &native,
+                          const QString &container) {
     // An unreadable or missing folder lists nothing.
     DIR *dir = ::opendir(native.constData());
     if (!dir)
@@ -120,15 +127,32 @@ void KextFolderScan::scan(const QString &folder, const QByteArray &native) {
             m_identifiers << QString();
             continue;
         }
-        m_identifiers << identifier(path);
-        // Spelled with a lower-case "i" on purpose: on a case-insensitive volume this
-        // matches the usual "PlugIns", on a case-sensitive one it does not.
-        const QByteArray contentsPlugins = path + "/Contents/Plugins";
-        if (exists(contentsPlugins))
-            scan(shown + QStringLiteral("/Contents/Plugins"), contentsPlugins);
-        const QByteArray plugins = path + "/Plugins";
-        if (exists(plugins))
-            scan(shown + QStringLiteral("/Plugins"), plugins);
+        const InfoFile info = readInfo(path);
+        m_identifiers
+            << (info.tree
+                    ? PlistFile::string(info.tree.get(), "CFBundleIdentifier").value_or(QString())
+                    : QString());
+        if (m_visitor)
+            m_visitor({shown, container, QFile::decodeName(info.path), info.tree.get()});
+        scanPlugIns(shown, path);
     }
     m_open.erase(self);
+}
+
+void KextFolderScan::scanPlugIns(const QString &shown, const QByteArray &path) {
+    if (m_plugIns == PlugIns::Loader) {
+        const bool contents = exists(path + "/Contents");
+        const char *relative = contents ? "/Contents/PlugIns" : "/PlugIns";
+        if (exists(path + relative))
+            scan(shown + QLatin1String(relative), path + relative, shown);
+        return;
+    }
+    // Spelled with a lower-case "i" on purpose: on a case-insensitive volume this matches
+    // the usual "PlugIns", on a case-sensitive one it does not.
+    const QByteArray contentsPlugins = path + "/Contents/Plugins";
+    if (exists(contentsPlugins))
+        scan(shown + QStringLiteral("/Contents/Plugins"), contentsPlugins, shown);
+    const QByteArray plugins = path + "/Plugins";
+    if (exists(plugins))
+        scan(shown + QStringLiteral("/Plugins"), plugins, shown);
 }

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "plist/PlistPtr.h"
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <functional>
+#include <plist/plist.h>
 #include <set>
 #include <utility>
 
@@ -16,6 +19,20 @@ class KextFolderScan {
 public:
     KextFolderScan(QStringList &paths, QStringList &identifiers);
 
+    // A folder entry as the scan met it, for a caller that reads more of a bundle than its
+    // identifier: so each information file is read only once.
+    struct Bundle {
+        QString path;
+        QString container; // the bundle whose plug-in folder holds this one, or ""
+        QString infoFile;  // the information file found; "" when there is none
+        plist_t info;      // its dictionary, owned by the scan; nullptr when unreadable
+    };
+    // Which plug-in folders are followed: the index's own spelling (above), or the one
+    // the kernel's loader uses, "Contents/PlugIns" (and "PlugIns" in a bundle without
+    // Contents), which finds plug-ins on case-sensitive volumes too.
+    enum class PlugIns { Index, Loader };
+    void setVisitor(std::function<void(const Bundle &)> visitor, PlugIns spelling);
+
     void scan(const QString &folder);
 
     // The bundle identifier of a bundle folder ("" when it has none); `bundle` is the
@@ -26,11 +43,19 @@ public:
     static constexpr qint64 MaxInfoPlistSize = qint64(16) << 20;
 
 private:
-    void scan(const QString &folder, const QByteArray &native);
+    struct InfoFile {
+        QByteArray path; // empty when the bundle has none
+        PlistPtr tree;
+    };
+    static InfoFile readInfo(const QByteArray &bundle);
+    void scan(const QString &folder, const QByteArray &native, const QString &container);
+    void scanPlugIns(const QString &shown, const QByteArray &path);
 
     QStringList &m_paths;
     QStringList &m_identifiers;
     // Folders being scanned (device, inode): a plug-in folder linked back to one of them
     // would otherwise recurse forever.
     std::set<std::pair<quint64, quint64>> m_open;
+    std::function<void(const Bundle &)> m_visitor;
+    PlugIns m_plugIns = PlugIns::Index;
 };
