@@ -1,6 +1,9 @@
 #include "sandbox/MkextToolsStandIn.h"
 
 #include "exec/ProcessRunner.h"
+#include "mkext/MkextBuiltinTool.h"
+
+#include <QFileInfo>
 
 MkextToolsStandIn::MkextToolsStandIn(const QString &root, const QString &binary)
     : m_root(root), m_binary(binary) {}
@@ -22,10 +25,18 @@ StandInResult MkextToolsStandIn::runBinary(const QStringList &args, bool capture
 }
 
 StandInResult MkextToolsStandIn::kextcache(const QStringList &args) const {
-    // The running system's caches: the sandbox has no kernel to prelink, and Apple's
-    // tool is silent when all goes well.
-    if (args == QStringList{QStringLiteral("-system-caches")} ||
-        args == QStringList{QStringLiteral("-system-prelinked-kernel")})
+    // The running system's caches: the startup mkext is rebuilt from S/L/E and dated after
+    // it, as on a Mac; the sandbox has no kernel to prelink. Apple's tool is silent when
+    // all goes well.
+    if (args == QStringList{QStringLiteral("-system-caches")}) {
+        const QString startup =
+            m_root + QStringLiteral("/System/Library/Caches/com.apple.kext.caches/Startup");
+        if (QFileInfo(startup).isDir())
+            MkextBuiltinTool::build(startup + QStringLiteral("/Extensions.mkext"),
+                                    m_root + QStringLiteral("/System/Library/Extensions"), {});
+        return {};
+    }
+    if (args == QStringList{QStringLiteral("-system-prelinked-kernel")})
         return {};
     QStringList archs;
     QStringList folders;

@@ -1,15 +1,20 @@
 #include "sandbox/SandboxBuilder.h"
 
 #include "inspect/MachOWriter.h"
+#include "mkext/MkextBuiltinTool.h"
 #include "plist/PlistFile.h"
 #include "sandbox/LoadedKextState.h"
 #include "sandbox/MkextToolsStandIn.h"
 #include "sandbox/SandboxCatalog.h"
+#include "sandbox/SandboxOwners.h"
 #include "sandbox/StandInScripts.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -51,7 +56,8 @@ PList::Dictionary infoPlist(const SandboxKext &kext) {
             libraries.Set(library.first.toStdString(), PList::String(library.second.toStdString()));
         dict.Set("OSBundleLibraries", libraries);
     }
-    dict.Set("OSBundleRequired", PList::String("Root"));
+    if (kext.bootRequired)
+        dict.Set("OSBundleRequired", PList::String("Root"));
     return dict;
 }
 
@@ -60,6 +66,29 @@ bool writeFile(const QString &path, const QByteArray &bytes) {
     QFile file(path);
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
            file.write(bytes) == bytes.size();
+}
+
+// Modes as an installer leaves them, whatever the umask of whoever makes the sandbox.
+void normalizeModes(const QString &folder) {
+    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QFileInfo info = it.nextFileInfo();
+        if (info.isSymLink())
+            continue;
+        const bool executable = info.isDir() || info.permission(QFile::ExeOwner);
+        ::chmod(QFile::encodeName(info.filePath()).constData(), executable ? 0755 : 0644);
+    }
+}
+
+void setModified(const QString &path, time_t when) {
+    const struct timespec times[2] = {{0, UTIME_OMIT}, {when, 0}};
+    ::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0);
+}
+
+time_t modified(const QString &path) {
+    struct stat st;
+    return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? st.st_mtime : 0;
 }
 
 } // namespace
@@ -77,7 +106,7 @@ bool SandboxBuilder::create() {
     if (root.exists() && !root.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden))
         return fail(
             QStringLiteral("%1 is not empty; a sandbox is only made in a new folder.").arg(m_root));
-    if (!makeFolders() || !writeKexts() ||
+    if (!makeFolders() || !writeKexts(false) ||
         !writeSystemVersion(QString(), QStringLiteral("10.6.8"), QStringLiteral("10K549")) ||
         !writeSystemVersion(QStringLiteral("/Volumes/") + SandboxCatalog::lionVolume(),
                             QStringLiteral("10.7.4"), QStringLiteral("11E53")))
@@ -87,7 +116,17 @@ bool SandboxBuilder::create() {
     StandInScripts scripts(m_root, m_binary);
     if (!scripts.writeAll())
         return fail(scripts.error());
+    for (const QString &folder : {QStringLiteral("/System"), QStringLiteral("/Extra"),
+                                  QStringLiteral("/Volumes/Lion Backup/System"),
+                                  QStringLiteral("/Volumes/Lion Backup/Extra")})
+        normalizeModes(m_root + folder);
+    // The Extra mkext was built an hour before the last kexts were copied in.
+    const QString extensions = m_root + QStringLiteral("/Extra/Extensions");
+    setModified(extensions, modified(extensions) - 3600);
     buildExtraMkext();
+    if (!writeKexts(true) || !applyFlaws())
+        return false;
+    buildStartupCache();
     return true;
 }
 
@@ -110,13 +149,16 @@ bool SandboxBuilder::makeFolders() {
     return true;
 }
 
-bool SandboxBuilder::writeKexts() {
+bool SandboxBuilder::writeKexts(bool later) {
     for (const SandboxKext &kext : SandboxCatalog::kexts()) {
+        if (kext.addedLater != later)
+            continue;
         const QString plist = m_root + QLatin1Char('/') + kext.infoPlistPath();
         QDir().mkpath(QFileInfo(plist).path());
         if (!PlistFile::writeDictionary(plist, infoPlist(kext)))
             return fail(QStringLiteral("Can't write %1.").arg(plist));
-        if (kext.binary == SandboxKext::Binary::None)
+        if (kext.binary == SandboxKext::Binary::None ||
+            kext.flaw == SandboxKext::Flaw::MissingExecutable)
             continue;
         const QString executable = m_root + QLatin1Char('/') + kext.executablePath();
         if (!writeFile(executable, executableFor(kext.binary)))
@@ -140,6 +182,58 @@ bool SandboxBuilder::writeSystemVersion(const QString &volume, const QString &ve
     if (!PlistFile::writeDictionary(folder + QStringLiteral("/SystemVersion.plist"), dict))
         return fail(QStringLiteral("Can't write the system version in %1.").arg(folder));
     return true;
+}
+
+bool SandboxBuilder::applyFlaws() {
+    using Flaw = SandboxKext::Flaw;
+    SandboxOwners owners(m_root);
+    for (const SandboxKext &kext : SandboxCatalog::kexts()) {
+        const QString bundle = m_root + QLatin1Char('/') + kext.path;
+        const QString executable = m_root + QLatin1Char('/') + kext.executablePath();
+        switch (kext.flaw) {
+        case Flaw::ForeignOwner: // as a kext copied in by a user in the Finder
+            owners.set(bundle, {501, 20}, true);
+            break;
+        case Flaw::GroupWritable:
+            ::chmod(QFile::encodeName(executable).constData(), 0775);
+            break;
+        case Flaw::InnerLink:
+            QDir().mkpath(bundle + QStringLiteral("/Contents/Resources"));
+            if (::symlink(
+                    "../Info.plist",
+                    QFile::encodeName(bundle + QStringLiteral("/Contents/Resources/Info.plist"))
+                        .constData()) != 0)
+                return fail(QStringLiteral("Can't make a link in %1.").arg(bundle));
+            break;
+        case Flaw::BrokenInfoPlist:
+            writeFile(m_root + QLatin1Char('/') + kext.infoPlistPath(),
+                      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n"
+                      "<dict>\n\t<key>CFBundleIdentifier</key>\n\t<string>" +
+                          kext.identifier.toUtf8() + "\n");
+            break;
+        case Flaw::None:
+        case Flaw::MissingExecutable: // never written
+        case Flaw::MissingLibrary:    // in its Info.plist already
+            break;
+        }
+    }
+    // Everything else counts as root's; the stand-in chown keeps this record.
+    if (!owners.save())
+        return fail(QStringLiteral("Can't write %1.").arg(SandboxOwners::recordPath(m_root)));
+    return true;
+}
+
+void SandboxBuilder::buildStartupCache() {
+    // The system's startup mkext, built a day before S/L/E last changed.
+    const QString sle = m_root + QStringLiteral("/System/Library/Extensions");
+    const QString cache =
+        m_root +
+        QStringLiteral("/System/Library/Caches/com.apple.kext.caches/Startup/Extensions.mkext");
+    MkextBuiltinTool::build(cache, sle, {});
+    if (QFileInfo::exists(cache))
+        setModified(cache, modified(sle) - 86400);
+    else
+        m_warnings << QStringLiteral("The startup mkext was not built.");
 }
 
 void SandboxBuilder::buildExtraMkext() {

@@ -21,7 +21,10 @@ public:
 
 private:
     bool makeFolders();
-    bool writeKexts();
+    // The kexts that were there before the Extra mkext was built, or those added later.
+    bool writeKexts(bool later);
+    bool applyFlaws();
+    void buildStartupCache();
     bool writeSystemVersion(const QString &volume, const QString &version, const QString &build);
     void buildExtraMkext();
     bool fail(const QString &message);

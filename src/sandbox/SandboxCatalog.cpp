@@ -50,6 +50,62 @@ void addKernelInterfaces(QList<SandboxKext> &list, const QString &base, const QS
     }
 }
 
+SandboxKext flawed(const QString &path, const QString &id, const QString &version,
+                   const Libraries &libraries, SandboxKext::Flaw flaw) {
+    SandboxKext k = kext(path, id, version, Binary::Fat, libraries, false);
+    k.flaw = flaw;
+    return k;
+}
+
+// What the kext doctor looks for, at least once each on the started system (kexts with
+// code for one processor only are among the drivers already).
+void addFlawedKexts(QList<SandboxKext> &list) {
+    using Flaw = SandboxKext::Flaw;
+    list << flawed(sle + QStringLiteral("SandboxCardBus.kext"), QStringLiteral("driver.CardBus"),
+                   QStringLiteral("1.0.4"), kpi(), Flaw::ForeignOwner);
+    list << flawed(sle + QStringLiteral("SandboxATAPI.kext"), QStringLiteral("driver.ATAPI"),
+                   QStringLiteral("1.7.1"),
+                   kpiAnd(QStringLiteral("iokit.StorageFamily"), QStringLiteral("1.0.0")),
+                   Flaw::InnerLink);
+    list << flawed(sle + QStringLiteral("SandboxIrDA.kext"), QStringLiteral("driver.IrDA"),
+                   QStringLiteral("1.0.0"), kpi(), Flaw::BrokenInfoPlist);
+    list << flawed(sle + QStringLiteral("SandboxSmartCard.kext"),
+                   QStringLiteral("driver.SmartCard"), QStringLiteral("3.1.0"), kpi(),
+                   Flaw::MissingExecutable);
+    // Needs a family no volume has, and a newer USB family than S/L/E's.
+    Libraries webcam = kpiAnd(QStringLiteral("iokit.VideoFamily"), QStringLiteral("1.0.0"));
+    webcam.append(lib(QStringLiteral("iokit.USBFamily"), QStringLiteral("5.0.0")));
+    list << flawed(sle + QStringLiteral("SandboxWebcam.kext"), QStringLiteral("driver.Webcam"),
+                   QStringLiteral("2.0.0"), webcam, Flaw::MissingLibrary);
+    // 64-bit code linked against the kernel's pre-10.4 libraries.
+    list << flawed(sle + QStringLiteral("SandboxLegacyAudio.kext"),
+                   QStringLiteral("driver.LegacyAudio"), QStringLiteral("1.1.0"),
+                   {{QStringLiteral("com.apple.kernel.iokit"), QStringLiteral("7.0")},
+                    {QStringLiteral("com.apple.kernel.libkern"), QStringLiteral("7.0")}},
+                   Flaw::None);
+    // A card reader in Extra that the boot loader skips, like the S/L/E family it needs.
+    SandboxKext family =
+        kext(sle + QStringLiteral("SandboxSDFamily.kext"), QStringLiteral("iokit.SDFamily"),
+             QStringLiteral("1.2.0"), Binary::Fat, kpi(), false);
+    family.compatibleVersion = QStringLiteral("1.0.0");
+    family.bootRequired = false;
+    list << family;
+    SandboxKext reader =
+        kext(extra + QStringLiteral("ExampleCardReader.kext"),
+             QStringLiteral("org.example.driver.CardReader"), QStringLiteral("1.1"), Binary::Fat,
+             kpiAnd(QStringLiteral("iokit.SDFamily"), QStringLiteral("1.0.0")), false);
+    reader.bootRequired = false;
+    reader.addedLater = true;
+    list << reader;
+    // A copy of a system kext, no newer than the system's own.
+    SandboxKext copy =
+        kext(extra + QStringLiteral("SandboxAHCIPort.kext"), QStringLiteral("driver.AHCIPort"),
+             QStringLiteral("2.1.7"), Binary::Fat,
+             kpiAnd(QStringLiteral("iokit.StorageFamily"), QStringLiteral("1.0.0")), false);
+    copy.addedLater = true;
+    list << copy;
+}
+
 QList<SandboxKext> build() {
     QList<SandboxKext> list;
     addKernelInterfaces(list, sle, QStringLiteral("10.8.0"), true);
@@ -70,6 +126,7 @@ QList<SandboxKext> build() {
     driver(QStringLiteral("SandboxACPIPlatform.kext"), QStringLiteral("driver.ACPIPlatform"),
            QStringLiteral("1.3.6"), Binary::Fat,
            kpiAnd(QStringLiteral("iokit.ACPIFamily"), QStringLiteral("1.0.0")), true);
+    list.last().compatibleVersion = QStringLiteral("1.0.0"); // its plug-ins link against it
     driver(QStringLiteral("SandboxACPIPlatform.kext/Contents/PlugIns/SandboxACPIButtons.kext"),
            QStringLiteral("driver.ACPIButtons"), QStringLiteral("1.3.6"), Binary::Fat,
            kpiAnd(QStringLiteral("driver.ACPIPlatform"), QStringLiteral("1.0.0")), true);
@@ -109,6 +166,7 @@ QList<SandboxKext> build() {
     driver(QStringLiteral("SandboxPS2Controller.kext"), QStringLiteral("driver.PS2Controller"),
            QStringLiteral("1.3.0"), Binary::Fat,
            kpiAnd(QStringLiteral("iokit.HIDFamily"), QStringLiteral("1.0.0")), true);
+    list.last().compatibleVersion = QStringLiteral("1.0.0");
     driver(QStringLiteral("SandboxPS2Controller.kext/Contents/PlugIns/SandboxPS2Keyboard.kext"),
            QStringLiteral("driver.PS2Keyboard"), QStringLiteral("1.3.0"), Binary::Fat,
            kpiAnd(QStringLiteral("driver.PS2Controller"), QStringLiteral("1.0.0")), true);
@@ -120,6 +178,7 @@ QList<SandboxKext> build() {
     driver(QStringLiteral("SandboxCPUPowerManagement.kext"),
            QStringLiteral("driver.CPUPowerManagement"), QStringLiteral("142.6.0"), Binary::Fat,
            kpiAnd(QStringLiteral("kpi.unsupported"), QStringLiteral("8.0.0")), true);
+    list.last().compatibleVersion = QStringLiteral("1.0.0");
     driver(QStringLiteral("SandboxPlatformPlugin.kext"), QStringLiteral("driver.PlatformPlugin"),
            QStringLiteral("4.7.0"), Binary::Fat,
            kpiAnd(QStringLiteral("driver.CPUPowerManagement"), QStringLiteral("1.0.0")), true);
@@ -162,10 +221,13 @@ QList<SandboxKext> build() {
     list << kext(extra + QStringLiteral("ExampleDiskShim.kext"),
                  QStringLiteral("org.example.driver.DiskShim"), QStringLiteral("0.9.2"),
                  Binary::Fat, kpi(), false);
+    list.last().flaw = SandboxKext::Flaw::GroupWritable;
     // The same sensors kext kept for 10.6 in a version folder.
     list << kext(QStringLiteral("Extra/10.6/Extensions/ExampleSensors.kext"),
                  QStringLiteral("org.example.driver.Sensors"), QStringLiteral("3.2.0"), Binary::Fat,
                  kpiAnd(QStringLiteral("driver.ACPIPlatform"), QStringLiteral("1.0.0")), false);
+
+    addFlawedKexts(list);
 
     // The backup volume: a 10.7 system with its kexts kept in KextStore.
     addKernelInterfaces(list, lion + sle, QStringLiteral("11.4.0"), false);

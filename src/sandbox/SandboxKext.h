@@ -24,6 +24,20 @@ struct SandboxKext {
     bool loaded = false;                      // in the kernel of a fresh sandbox
     QString compatibleVersion;
 
+    // What is wrong with it on purpose, for the kext doctor to find.
+    enum class Flaw {
+        None,
+        ForeignOwner,      // its executable belongs to a user, not to root
+        GroupWritable,     // its executable's group may write it
+        InnerLink,         // a symbolic link inside the bundle
+        BrokenInfoPlist,   // Info.plist is not a property list
+        MissingExecutable, // CFBundleExecutable names a file that isn't there
+        MissingLibrary,    // a library it needs is on no volume
+    };
+    Flaw flaw = Flaw::None;
+    bool bootRequired = true; // OSBundleRequired "Root"
+    bool addedLater = false;  // copied into its folder after the Extra mkext was built
+
     QString name() const;           // "Foo" for ".../Foo.kext"
     QString infoPlistPath() const;  // relative, Contents/Info.plist or Info.plist
     QString executablePath() const; // relative, empty without a binary

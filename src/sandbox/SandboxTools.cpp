@@ -2,6 +2,7 @@
 
 #include "sandbox/KextToolsStandIn.h"
 #include "sandbox/MkextToolsStandIn.h"
+#include "sandbox/SandboxOwners.h"
 #include "sandbox/SystemToolsStandIn.h"
 
 SandboxTools::SandboxTools(const QString &root, const QString &binary)
@@ -12,7 +13,7 @@ QStringList SandboxTools::paths() {
             QStringLiteral("/usr/sbin/kextcache"), QStringLiteral("/usr/sbin/mkextunpack"),
             QStringLiteral("/usr/sbin/diskutil"),  QStringLiteral("/usr/sbin/system_profiler"),
             QStringLiteral("/sbin/kextload"),      QStringLiteral("/sbin/kextunload"),
-            QStringLiteral("/usr/bin/file")};
+            QStringLiteral("/usr/bin/file"),       QStringLiteral("/usr/sbin/chown")};
 }
 
 bool SandboxTools::has(const QString &name) {
@@ -45,5 +46,7 @@ StandInResult SandboxTools::run(const QString &name, const QStringList &args) co
         return system.systemProfiler(args);
     if (name == QLatin1String("file"))
         return system.file(args);
+    if (name == QLatin1String("chown"))
+        return SandboxOwners(m_root).chown(args);
     return StandInResult::failure(QStringLiteral("%1: command not found\n").arg(name), 127);
 }

@@ -68,9 +68,8 @@ StandInScripts::StandInScripts(const QString &root, const QString &binary)
     : m_root(root), m_binary(binary) {}
 
 QStringList StandInScripts::hostToolPaths() {
-    return {QStringLiteral("/usr/sbin/chown"), QStringLiteral("/bin/chmod"),
-            QStringLiteral("/bin/cp"),         QStringLiteral("/bin/rm"),
-            QStringLiteral("/bin/mv"),         QStringLiteral("/usr/bin/touch")};
+    return {QStringLiteral("/bin/chmod"), QStringLiteral("/bin/cp"), QStringLiteral("/bin/rm"),
+            QStringLiteral("/bin/mv"), QStringLiteral("/usr/bin/touch")};
 }
 
 QByteArray StandInScripts::commonFile() const {
@@ -120,11 +119,7 @@ bool StandInScripts::writeAll() {
                 QStringLiteral("The host has no %1 to stand in for %2.").arg(name, systemPath);
             return false;
         }
-        // Without root, changing owners would fail; the log is what the sandbox is for.
-        const QByteArray guard =
-            name == QLatin1String("chown") ? "[ \"$(id -u)\" -eq 0 ] || exit 0\n" : "";
-        if (!writeScript(systemPath,
-                         header(systemPath) + guard + "exec " + quoted(host) + " \"$@\"\n"))
+        if (!writeScript(systemPath, header(systemPath) + "exec " + quoted(host) + " \"$@\"\n"))
             return false;
     }
     // chflags: there is no hidden flag to set here, so it is written beside the item as

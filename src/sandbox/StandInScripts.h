@@ -5,8 +5,8 @@
 
 // Writes the sandbox's stand-in tools: small POSIX shell scripts at the paths a Mac has
 // them. Each appends its own command line to var/log/commands.log below the root, then
-// either hands over to our binary or runs the host's own tool (chown only as root;
-// chflags only records the flags beside the item).
+// either hands over to our binary or runs the host's own tool (chown and chflags only
+// record owners and flags, which nobody but root could set for real).
 class StandInScripts {
 public:
     // `binary` is the kextkeeper the scripts hand over to.

@@ -383,17 +383,22 @@ private slots:
     }
 
     void everyLibraryIsOnTheSameVolume() {
-        // A kext whose library is missing could never be test-loaded in the sandbox.
+        // A kext whose library is missing could never be test-loaded in the sandbox, unless
+        // it is there for the kext doctor to find; the kernel's own libraries need no kext.
         const auto system = KextBundleInfo::index(m_sandbox.path("/System/Library/Extensions"));
         const auto lion =
             KextBundleInfo::index(m_sandbox.volume("Lion Backup/System/Library/Extensions"));
         QVERIFY2(system.size() >= 30, qPrintable(QString::number(system.size())));
         for (const SandboxKext &kext : SandboxCatalog::kexts()) {
+            using Flaw = SandboxKext::Flaw;
+            if (kext.flaw == Flaw::BrokenInfoPlist || kext.flaw == Flaw::MissingLibrary)
+                continue;
             const auto info = KextBundleInfo::read(m_sandbox.path('/' + kext.path));
             QVERIFY2(info, qPrintable(kext.path));
             const auto &available = kext.path.startsWith("Volumes/") ? lion : system;
             for (const auto &library : info->libraries)
-                QVERIFY2(available.contains(library.first),
+                QVERIFY2(available.contains(library.first) ||
+                             library.first.startsWith("com.apple.kernel"),
                          qPrintable(kext.path + " needs " + library.first));
         }
     }

@@ -6,41 +6,12 @@
 #include "cli/CliArgs.h"
 #include "cli/CliRegistry.h"
 #include "cli/OfferedOptions.h"
+#include "cli/TerminalMaintenanceView.h"
 #include "maintenance/MaintenancePlan.h"
-#include "maintenance/MaintenanceView.h"
 #include "volumes/KextFolderLayout.h"
 #include "volumes/VolumeList.h"
 
 namespace {
-
-class TerminalMaintenanceView final : public MaintenanceView {
-public:
-    explicit TerminalMaintenanceView(CliContext &c) : m_c(c) {}
-    bool failed = false;
-
-    void rootPathChosen(const QString &) override {}
-    void setControlsEnabled(bool) override {}
-    void setWorking(bool) override {}
-    void setSpinning(bool) override {}
-    void setStatus(const QString &text) override {
-        // The window empties its status line at the end; a terminal has no line to empty.
-        if (!text.isEmpty())
-            m_c.note(text);
-    }
-    void reevaluateVolume() override {}
-    void showError(const QString &message) override {
-        failed = true;
-        m_c.err << message << Qt::endl;
-    }
-    void commandsFailed(const QStringList &failures) override {
-        failed = true;
-        m_c.tellFailures(QStringLiteral("maintain"), failures);
-    }
-    void showInfo(const QString &message) override { m_c.note(message); }
-
-private:
-    CliContext &m_c;
-};
 
 int usage(CliContext &c, const QString &problem) {
     c.err << "kextkeeper maintain: " << problem << Qt::endl;
@@ -101,7 +72,7 @@ int maintain(CliContext &c) {
     options.prelinkKernel = settings.boolean(AppSettings::prelinkKernelKey);
     options.recreateLionCache = settings.boolean(AppSettings::lionCacheKey);
 
-    TerminalMaintenanceView view(c);
+    TerminalMaintenanceView view(c, QStringLiteral("maintain"));
     MaintenancePlan plan(options, c.paths, c.executor, view);
     if (!plan.prepare()) {
         if (view.failed) // no task chosen
