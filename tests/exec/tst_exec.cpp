@@ -21,6 +21,7 @@
 #include <cerrno>
 #include <optional>
 #include <sys/wait.h>
+#include <thread>
 
 namespace {
 QByteArray readFile(const QString &path) {
@@ -146,12 +147,20 @@ class TestExec : public QObject {
     }
     void grant() { QFile(m_state).open(QIODevice::WriteOnly); }
     QByteArray calls() const { return readFile(m_state + ".calls"); }
+    // Root runs as ourselves, finding the test's tools by bare name.
+    AdminAuthentication::Config rootConfig() const {
+        AdminAuthentication::Config c;
+        c.direct = true;
+        c.environment = {QStringLiteral("PATH=") + m_dir->filePath("bin") + ":/usr/bin:/bin"};
+        return c;
+    }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_sudo;
     QString m_state;
     QString m_home; // with a blank, so an unquoted log path would split into two words
     QString m_record;
+    QString m_lock;
     int m_tools = 0;
 
 private slots:
@@ -162,6 +171,7 @@ private slots:
         qputenv("FAKE_SUDO_STATE", m_state.toLocal8Bit());
         m_home = m_dir->filePath("ho me");
         m_record = m_dir->filePath("record.txt");
+        m_lock = m_dir->filePath("root-script.lock");
         QDir().mkpath(m_home);
         QDir().mkpath(m_dir->filePath("bin"));
         // Records its arguments one per line, the way a root tool found by bare name would
@@ -380,11 +390,8 @@ private slots:
     // its log is left behind.
     void rootScriptArgumentIsOneWord() {
         QFETCH(QString, argument);
-        AdminAuthentication::Config config;
-        config.direct = true;
-        config.environment = {QStringLiteral("PATH=") + m_dir->filePath("bin") + ":/usr/bin:/bin"};
-        Session s(config);
-        RootScript script(*s.auth, m_home);
+        Session s(rootConfig());
+        RootScript script(*s.auth, m_home, m_lock);
         QCOMPARE(script.run("kextrecord", argument).value_or("absent"), QString());
         QCOMPARE(QString::fromUtf8(readFile(m_record)), "[" + argument + "]\n");
         QVERIFY(!QFile::exists(QStringLiteral("pwned"))); // in our working folder
@@ -394,12 +401,52 @@ private slots:
 
     void refusedRootScriptIsLeft() {
         Session s(config()); // the password dialog is cancelled
-        RootScript script(*s.auth, m_home);
+        RootScript script(*s.auth, m_home, m_lock);
         QVERIFY(!script.run("kextrecord", "/x/It's.kext").has_value());
         QCOMPARE(s.asked, 1);
         QVERIFY(!QFile::exists(m_record));
         QCOMPARE(readFile(m_home + "/qz_scr.sh"),
                  "kextrecord '/x/It'\\''s.kext' 2> '" + m_home.toUtf8() + "/qz_log.txt'");
+    }
+
+    // Runs of one user's root script wait for each other, so each gets its own command's
+    // text, not another's.
+    void rootScriptRunsOneAtATime() {
+        writeScript(QDir(m_dir->filePath("bin")), "say", "sleep 0.1; echo \"$1\" >&2\n");
+        QStringList answers(4);
+        std::vector<std::thread> runs;
+        for (int i = 0; i < 4; ++i)
+            runs.emplace_back([this, i, &answers] {
+                Session s(rootConfig());
+                answers[i] = RootScript(*s.auth, m_home, m_lock)
+                                 .run("say", QString::number(i))
+                                 .value_or("absent");
+            });
+        for (std::thread &run : runs)
+            run.join();
+        QCOMPARE(answers, QStringList({"0\n", "1\n", "2\n", "3\n"}));
+    }
+
+    // A link planted at the script's or the log's name is refused: nothing runs as root and
+    // the link's target keeps its contents.
+    void rootScriptRefusesLinks_data() {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("script") << "qz_scr.sh";
+        QTest::newRow("log") << "qz_log.txt";
+    }
+
+    void rootScriptRefusesLinks() {
+        QFETCH(QString, name);
+        const QString target = m_dir->filePath("precious");
+        QFile file(target);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("keep") == 4);
+        file.close();
+        QVERIFY(QFile::link(target, m_home + "/" + name));
+        Session s(rootConfig());
+        QCOMPARE(RootScript(*s.auth, m_home, m_lock).run("kextrecord", "x").value_or("absent"),
+                 m_home + "/" + name + " is a symbolic link; root commands will not follow it.");
+        QCOMPARE(readFile(target), "keep");
+        QVERIFY(!QFile::exists(m_record));
     }
 
     // An error always gets a sheet; a success gets the notification alone when the service
