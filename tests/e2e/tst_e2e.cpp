@@ -603,6 +603,20 @@ private slots:
         QVERIFY2(run.status == 0, qPrintable(run.err));
         QCOMPARE(m_cli->logLines(), m_cli->installCommands(toInstall));
         QVERIFY(m_cli->installedWithBackup());
+        // The backup goes back where it came from; what it replaces is backed up in turn.
+        const QString listed = cli({"restore", "--list"}).out;
+        QVERIFY2(listed.contains("  Macintosh HD  Extra/Extensions  ExampleSensors.kext\n"),
+                 qPrintable(listed));
+        const CliRun restored = cli({"restore", listed.section("  ", 0, 0), "--yes"});
+        QVERIFY2(restored.status == 0, qPrintable(restored.err));
+        QVERIFY(QFileInfo::exists(
+            m_cli->r("Extra/Extensions/ExampleSensors.kext/Contents/MacOS/ExampleSensors")));
+        QCOMPARE(cli({"restore", "--list"}).out.count('\n'), 2);
+        // A folder without the installation's note is not guessed at.
+        QDir().mkpath(m_cli->desktop() + "/Kext Backups/01-01 00_00_00/X.kext");
+        const CliRun unknown = cli({"restore", "01-01 00_00_00", "--yes"});
+        QCOMPARE(unknown.status, 1);
+        QVERIFY(unknown.err.contains("holds no note of where its kexts came from"));
 
         start();
         const QStringList bundles = m_mac->makeBundlesToInstall();

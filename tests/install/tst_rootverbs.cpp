@@ -2,6 +2,9 @@
 #include "TestScripts.h"
 #include "volumes/SystemPaths.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -243,6 +246,45 @@ private slots:
         const CliRun result = run({"maintain", "--volume", title, "--rebuild-caches"});
         QCOMPARE(result.status, 0);
         QCOMPARE(result.out.contains("Startup/Extensions.mkext"), lionCache);
+    }
+
+    // A root command that fails: the task keeps its closing text, names the failure on
+    // standard error and ends with 1; the journal has every command, the failure with
+    // its error text.
+    void failuresAreToldAndJournaled() {
+        makeFolders(title, {"System/Library/Extensions"});
+        const QDir sbin(m_paths->system(QStringLiteral("/usr/sbin")));
+        writeScript(sbin, "chown", "echo \"chown: $3: Operation not permitted\" >&2\nexit 1\n");
+        writeScript(sbin, "diskutil", "exit 0\n");
+        QDir().mkpath(m_paths->system("/bin"));
+        writeScript(QDir(m_paths->system("/bin")), "chmod", "exit 0\n");
+        const CliRun result = runKextKeeper(m_paths->root(), m_paths->home(),
+                                            {"maintain", "--volume", title, "--repair-sle"});
+        QCOMPARE(result.status, 1);
+        QVERIFY(result.out.endsWith("Selected tasks were finished.\n"));
+        const QString chown =
+            expand("%R/usr/sbin/chown -R 0:0 '%VSystem/Library/Extensions'", title);
+        const QString failure = chown + ": exit 1: chown: " + volume(title) +
+                                "System/Library/Extensions: Operation not permitted";
+        QCOMPARE(result.err, "kextkeeper maintain: 1 command failed:\n  " + failure + "\n");
+
+        const auto journal = [this](const QStringList &args) {
+            return runKextKeeper(m_paths->root(), m_paths->home(), QStringList{"journal"} + args);
+        };
+        QCOMPARE(journal({}).out.count('\n'), 4); // chown with its error line, chmod, diskutil
+        const QStringList failed = journal({"--failed"}).out.split('\n', Qt::SkipEmptyParts);
+        QCOMPARE(failed.size(), 2);
+        QVERIFY2(failed[0].contains("  exit 1  ") && failed[0].endsWith("  root  " + chown),
+                 qPrintable(failed[0]));
+        QCOMPARE(failed[1], "    chown: " + volume(title) +
+                                "System/Library/Extensions: Operation not permitted");
+        const QJsonObject last =
+            QJsonDocument::fromJson(journal({"--last", "1", "--json"}).out.toUtf8()).object();
+        const QJsonArray entries = last["entries"].toArray();
+        QCOMPARE(entries.size(), 1);
+        QCOMPARE(entries[0]["args"].toArray().last().toString(), volume(title));
+        QCOMPARE(entries[0]["status"].toInt(), 0);
+        QVERIFY(entries[0]["tool"].toString().endsWith("/usr/sbin/diskutil"));
     }
 };
 

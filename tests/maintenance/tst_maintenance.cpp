@@ -76,7 +76,9 @@ public:
         return {};
     }
     bool simulated() const override { return true; }
-    void commandsFailed(const QStringList &lines) override { log << "failed " + lines.join('|'); }
+    void commandsFailed(const QStringList &lines) override {
+        log << "failed " + QString::number(lines.size());
+    }
     void rootPathChosen(const QString &rootPath) override { log << "rp " + rootPath; }
     void setControlsEnabled(bool on) override { log << (on ? "controls on" : "controls off"); }
     void setWorking(bool on) override { log << (on ? "working on" : "working off"); }
@@ -253,34 +255,43 @@ private slots:
     void effects_data() {
         QTest::addColumn<QString>("boxes");
         QTest::addColumn<QStringList>("folders");
+        QTest::addColumn<QString>("failing");      // the tool whose commands fail
         QTest::addColumn<QStringList>("expected"); // "R/" stands for the volume root
         const QStringList start{"rp R/", "controls off", "working on", "spinner on",
                                 "status Repairing Extra permissions..."};
         const QStringList end{"controls on", "working off", "spinner off", "status ", "reevaluate"};
-        QTest::newRow("finished") << "erp slerp"
-                                  << QStringList{"Extra/KextStore", "System/Library/Extensions"}
-                                  << start +
-                                         QStringList{"run chown -R 0:0 R/Extra/KextStore",
-                                                     "run chmod -R 755 R/Extra/KextStore",
-                                                     "status Repairing S/L/E permissions...",
-                                                     "run chown -R 0:0 R/System/Library/Extensions",
-                                                     "run chmod -R 755 R/System/Library/Extensions",
-                                                     "status Repairing disk permissions...",
-                                                     "run diskutil repairpermissions R/"} +
-                                         end + QStringList{"info Selected tasks were finished."};
+        const QStringList commands{"run chown -R 0:0 R/Extra/KextStore",
+                                   "run chmod -R 755 R/Extra/KextStore",
+                                   "status Repairing S/L/E permissions...",
+                                   "run chown -R 0:0 R/System/Library/Extensions",
+                                   "run chmod -R 755 R/System/Library/Extensions",
+                                   "status Repairing disk permissions...",
+                                   "run diskutil repairpermissions R/"};
+        const QStringList folders{"Extra/KextStore", "System/Library/Extensions"};
+        QTest::newRow("finished") << "erp slerp" << folders << QString()
+                                  << start + commands + end +
+                                         QStringList{"info Selected tasks were finished."};
+        // Failed commands change nothing of the run; they are told before its closing text.
+        QTest::newRow("two commands failed")
+            << "erp slerp" << folders << "chmod"
+            << start + commands + end +
+                   QStringList{"failed 2", "info Selected tasks were finished."};
         // Step one has nothing to repair; the later tasks are skipped even though ticked.
         QTest::newRow("no kext folders to build from")
             << "erp erm slerp slerc" << QStringList{"Extra/Themes", "System/Library/Extensions"}
+            << QString()
             << start + QStringList{"status Rebuilding Extra mkext..."} + end +
                    QStringList{"error No Extra/Extensions or Extra/KextStore found."};
     }
     void effects() {
         QFETCH(QString, boxes);
         QFETCH(QStringList, folders);
+        QFETCH(QString, failing);
         QFETCH(QStringList, expected);
         Sandbox box;
         box.makeFolders(folders);
         Recorder r;
+        r.failing = failing;
         MaintenancePlan plan(::boxes(boxes), box.paths(), r, r);
         plan.setIsRoot([](const QString &) { return true; });
 

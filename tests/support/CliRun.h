@@ -22,6 +22,7 @@ inline CliRun runKextKeeper(const QString &root, const QString &home, const QStr
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("HOME"), home);
     env.insert(QStringLiteral("XDG_CONFIG_HOME"), home + QStringLiteral("/.config"));
+    env.insert(QStringLiteral("XDG_STATE_HOME"), home + QStringLiteral("/.local/state"));
     process.setProcessEnvironment(env);
     process.start(QStringLiteral(KK_BINARY), QStringList{QStringLiteral("--root"), root} + args);
     process.write(input);
