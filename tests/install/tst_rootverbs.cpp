@@ -89,6 +89,10 @@ private slots:
         QTest::newRow("both Extra folders") << QStringList{"Extra/Extensions", "Extra/KextStore"}
                                             << onHd + QStringList{"--to", "extra", "A"} << 1
                                             << "Both Extra/Extensions and Extra/KextStore found.";
+        QTest::newRow("volume outside the volumes folder")
+            << QStringList{"System/Library/Extensions"}
+            << QStringList{"--volume", "../../outside", "--to", "sle", "A"} << 1
+            << "no volume with an Extra or System/Library folder is called ../../outside";
         QTest::newRow("desktop needs no volume")
             << none << QStringList{"--to", "desktop", "A"} << 0 << "/.mkext_pack";
         // diskutil says "Macintosh HD" is the started system, and the settings ask for

@@ -225,6 +225,32 @@ private slots:
         QVERIFY(!QFile::exists(root() + QStringLiteral("/report.txt")));
     }
 
+    // A path typed relative to the current folder reaches the tools absolute, so a name such
+    // as "-rf.kext" is never taken for an option.
+    void relativePathsBecomeAbsolute_data() {
+        QTest::addColumn<QString>("verb");
+        QTest::addColumn<QString>("out"); // "@" stands for the sandbox root
+        QTest::newRow("load") << "load"
+                              << "@/usr/sbin/chown -R 0:0 @/-rf.kext\nkextload @/-rf.kext\n";
+        QTest::newRow("unload") << "unload"
+                                << "kextunload @/-rf.kext\n";
+        QTest::newRow("reload") << "reload"
+                                << "kextunload @/-rf.kext\nkextload @/-rf.kext\n";
+    }
+
+    void relativePathsBecomeAbsolute() {
+        QFETCH(QString, verb);
+        QFETCH(QString, out);
+        QVERIFY(QDir().mkpath(root() + "/-rf.kext"));
+        const QString cwd = QDir::currentPath();
+        QDir::setCurrent(root());
+        const CliRun result =
+            runKextKeeper(root(), m_dir->filePath("home"), {"--dry-run", verb, "-rf.kext"});
+        QDir::setCurrent(cwd);
+        QCOMPARE(result.out, out.replace('@', root()));
+        QCOMPARE(result.status, 0);
+    }
+
     // A refused password ends every verb that works as root with exit 1 and one line on
     // standard error, however silently the window takes it.
     void refusedPassword_data() {

@@ -19,7 +19,7 @@ std::optional<QString> kextArgument(CliContext &c, const CliArgs &args, const QS
               << (args.ok() ? QStringLiteral("needs exactly one kext") : args.error()) << Qt::endl;
         return std::nullopt;
     }
-    return args.positional().first();
+    return CliArgs::absolutePath(args.positional().first());
 }
 
 int checkKext(CliContext &c) {

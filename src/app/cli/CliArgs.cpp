@@ -1,5 +1,8 @@
 #include "cli/CliArgs.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 CliArgs::CliArgs(const QStringList &words, const QStringList &valueOptions,
                  const QStringList &flagOptions) {
     for (qsizetype i = 0; i < words.size(); ++i) {
@@ -38,4 +41,8 @@ QStringList CliArgs::values(const QString &option) const {
         if (name == option)
             all << value;
     return all;
+}
+
+QString CliArgs::absolutePath(const QString &word) {
+    return QDir::cleanPath(QFileInfo(word).absoluteFilePath());
 }

@@ -19,6 +19,12 @@ public:
     bool flag(const QString &option) const { return m_flags.contains(option); }
     QStringList positional() const { return m_positional; }
 
+    // A path typed on the terminal, made absolute from the current folder and without the
+    // slash completion adds to a folder, before it reaches any tool: a relative word such
+    // as "-rf.kext" would otherwise reach the tool as an option, and a bare name has no
+    // folder to remember.
+    static QString absolutePath(const QString &word);
+
 private:
     QList<QPair<QString, QString>> m_values;
     QStringList m_flags;

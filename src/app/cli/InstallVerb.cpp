@@ -8,6 +8,7 @@
 #include "install/InstallList.h"
 #include "install/InstallPlan.h"
 #include "volumes/KextFolderLayout.h"
+#include "volumes/VolumeList.h"
 
 #include <QFileInfo>
 
@@ -16,15 +17,6 @@ namespace {
 int usage(CliContext &c, const QString &problem) {
     c.err << "kextkeeper install: " << problem << Qt::endl;
     return CliUsage;
-}
-
-// Paths typed on a terminal may be relative or carry the slash that completion adds
-// to a folder; the copy command would then copy the bundle's contents, not the bundle.
-QString bundleArgument(const QString &word) {
-    QString path = QFileInfo(word).absoluteFilePath();
-    while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
-        path.chop(1);
-    return path;
 }
 
 bool isBundleType(const QString &path) {
@@ -60,7 +52,7 @@ int install(CliContext &c) {
         AppSettings(c.paths.contentsDir()).boolean(AppSettings::prelinkKernelKey);
 
     for (const QString &word : args.positional()) {
-        const QString bundle = bundleArgument(word);
+        const QString bundle = CliArgs::absolutePath(word);
         if (!isBundleType(bundle))
             return usage(c, QStringLiteral("not a kext, bundle, plugin or ppp: ") + word);
         // The old copy is removed before the new one is copied: a bundle that isn't
@@ -70,6 +62,13 @@ int install(CliContext &c) {
             return CliTaskError;
         }
         options.bundles << bundle;
+    }
+    // Only a volume the page would offer: a name such as "../../outside" would put the
+    // copies anywhere.
+    if (!options.toDesktop && !VolumeList::build(c.paths.volumesDir()).contains(options.volume)) {
+        c.err << "kextkeeper install: no volume with an Extra or System/Library folder is called "
+              << options.volume << Qt::endl;
+        return CliTaskError;
     }
 
     TerminalInstallView view(c, QStringLiteral("install"));

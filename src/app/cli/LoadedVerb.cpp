@@ -25,7 +25,7 @@ std::optional<QString> onePath(CliContext &c, const QString &verb) {
               << (args.ok() ? QStringLiteral("needs exactly one path") : args.error()) << Qt::endl;
         return std::nullopt;
     }
-    return args.positional().first();
+    return CliArgs::absolutePath(args.positional().first());
 }
 
 int listLoaded(CliContext &c) {
