@@ -10,6 +10,7 @@ namespace {
 
 // Plug-ins of plug-ins exist; deeper nesting only happens through link loops.
 constexpr int MaxPlugInDepth = 4;
+constexpr qint64 MaxInfoPlistSize = qint64(16) << 20;
 
 std::shared_ptr<void> readInfo(const QString &bundle) {
     for (const QString &candidate : {bundle + QStringLiteral("/Contents/Info.plist"),
@@ -17,7 +18,10 @@ std::shared_ptr<void> readInfo(const QString &bundle) {
         QFile file(candidate);
         if (!file.open(QIODevice::ReadOnly))
             continue;
-        const QByteArray bytes = file.read(qint64(16) << 20);
+        // Read by the file's own size: asking for the cap would allocate it every time.
+        if (file.size() > MaxInfoPlistSize)
+            return nullptr;
+        const QByteArray bytes = file.readAll();
         plist_t root = nullptr;
         plist_from_memory(bytes.constData(), uint32_t(bytes.size()), &root);
         if (root && plist_get_node_type(root) == PLIST_DICT)
@@ -85,7 +89,7 @@ private:
             omit(kext.bundlePath, QStringLiteral("has an executable too large for an mkext"));
             return false;
         }
-        kext.executable = file.readAll();
+        kext.executablePath = file.fileName();
         kext.hasExecutable = true;
         return true;
     }
@@ -99,6 +103,18 @@ private:
 };
 
 } // namespace
+
+std::optional<QByteArray> KextSource::loadExecutable() const {
+    if (!executable.isNull())
+        return executable;
+    QFile file(executablePath);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return std::nullopt;
+    return bytes;
+}
 
 KextCollector::Result KextCollector::collect(const QString &path, qsizetype maxExecutableSize) {
     Result result;

@@ -5,14 +5,21 @@
 #include <QString>
 #include <QStringList>
 #include <memory>
+#include <optional>
 
 // One kext as it goes into an archive: where it lives, its dictionary and its
-// executable file as found on disk (thin or universal).
+// executable file (thin or universal). The collector gives the executable's path only:
+// the writer reads it when its turn comes and drops it once compressed, so a folder's
+// code is never all in memory at once. Bytes given directly are taken as they are.
 struct KextSource {
     QString bundlePath;
     std::shared_ptr<void> info; // libplist dictionary
     bool hasExecutable = false;
-    QByteArray executable;
+    QString executablePath;
+    QByteArray executable; // when set, used instead of reading executablePath
+
+    // The executable's bytes; absent when the file can no longer be read.
+    std::optional<QByteArray> loadExecutable() const;
 };
 
 // Gathers the kexts of a folder (or a single kext) with their plug-ins, in name order.

@@ -97,25 +97,43 @@ std::optional<QByteArray> MachOSlices::code(const QByteArray &file, uint32_t cpu
     return std::nullopt;
 }
 
-QByteArray MachOSlices::fat(const QList<QPair<FatEntry, QByteArray>> &slices, int alignPower) {
-    using namespace MkextFormat;
+QList<MachOSlices::FatEntry> MachOSlices::fatLayout(QList<FatEntry> entries, int alignPower) {
     const qsizetype align = qsizetype(1) << alignPower;
     auto aligned = [align](qsizetype at) { return (at + align - 1) / align * align; };
+    qsizetype at = aligned(MkextFormat::FatHeaderSize + MkextFormat::FatArchSize * entries.size());
+    for (FatEntry &entry : entries) {
+        entry.offset = uint32_t(at);
+        at = aligned(at + entry.size);
+    }
+    return entries;
+}
+
+QByteArray MachOSlices::fatHeader(const QList<FatEntry> &placed, int alignPower) {
+    using namespace MkextFormat;
     QByteArray out;
     appendWord(out, FatMagic);
-    appendWord(out, uint32_t(slices.size()));
-    qsizetype at = aligned(FatHeaderSize + FatArchSize * slices.size());
-    for (const auto &[entry, bytes] : slices) {
+    appendWord(out, uint32_t(placed.size()));
+    for (const FatEntry &entry : placed) {
         appendWord(out, entry.cputype);
         appendWord(out, entry.cpusubtype);
-        appendWord(out, uint32_t(at));
-        appendWord(out, uint32_t(bytes.size()));
+        appendWord(out, entry.offset);
+        appendWord(out, entry.size);
         appendWord(out, uint32_t(alignPower));
-        at = aligned(at + bytes.size());
     }
+    return out;
+}
+
+QByteArray MachOSlices::fat(const QList<QPair<FatEntry, QByteArray>> &slices, int alignPower) {
+    QList<FatEntry> entries;
     for (const auto &[entry, bytes] : slices) {
-        out.append(aligned(out.size()) - out.size(), '\0');
-        out.append(bytes);
+        entries << entry;
+        entries.last().size = uint32_t(bytes.size());
+    }
+    entries = fatLayout(entries, alignPower);
+    QByteArray out = fatHeader(entries, alignPower);
+    for (qsizetype i = 0; i < slices.size(); ++i) {
+        out.append(qsizetype(entries[i].offset) - out.size(), '\0');
+        out.append(slices[i].second);
     }
     return out;
 }

@@ -45,4 +45,8 @@ public:
 
     // Wraps thin files in a fat container, each slice aligned to 2^alignPower bytes.
     static QByteArray fat(const QList<QPair<FatEntry, QByteArray>> &slices, int alignPower = 12);
+    // The same container written piece by piece: where slices of the entries' sizes go,
+    // and the header that lists them (the bytes up to the first slice not included).
+    static QList<FatEntry> fatLayout(QList<FatEntry> entries, int alignPower = 12);
+    static QByteArray fatHeader(const QList<FatEntry> &placed, int alignPower = 12);
 };

@@ -13,6 +13,13 @@
 
 namespace {
 
+// Takes whatever is written and keeps none of it.
+class Discard : public QIODevice {
+protected:
+    qint64 readData(char *, qint64) override { return -1; }
+    qint64 writeData(const char *, qint64 size) override { return size; }
+};
+
 MkextToolOutput failure(const QString &line) {
     return {QString(), line + QLatin1Char('\n'), 1};
 }
@@ -116,18 +123,23 @@ MkextToolOutput MkextBuiltinTool::build(const QString &mkextPath, const QStringL
         collected.kexts += std::move(one.kexts);
         collected.warnings += one.warnings;
     }
-    const MkextWriter::Result written = MkextWriter::build(collected.kexts, cputypes);
+    // The archive streams into the file as it is made; a file that cannot be opened still
+    // hears which of the two failures it is.
+    QSaveFile file(mkextPath);
+    Discard discard;
+    discard.open(QIODevice::WriteOnly);
+    const bool opened = file.open(QIODevice::WriteOnly);
+    const MkextWriter::Result written = MkextWriter::write(
+        collected.kexts, cputypes, opened ? static_cast<QIODevice &>(file) : discard);
     MkextToolOutput output;
     for (const QString &warning : collected.warnings + written.warnings)
         output.err += warning + QLatin1Char('\n');
-    if (written.bytes.isEmpty()) {
+    if (written.empty) {
         output.err += QStringLiteral("No kexts found; mkext %1 not created.\n").arg(mkextPath);
         output.status = 1;
         return output;
     }
-    QSaveFile file(mkextPath);
-    if (!file.open(QIODevice::WriteOnly) || file.write(written.bytes) != written.bytes.size() ||
-        !file.commit()) {
+    if (!opened || !written.written || !file.commit()) {
         output.err += QStringLiteral("Can't write mkext file %1.\n").arg(mkextPath);
         output.status = 1;
         return output;

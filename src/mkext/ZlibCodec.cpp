@@ -51,9 +51,7 @@ QByteArray ZlibCodec::deflate(const QByteArray &plain, int level) {
     return out;
 }
 
-uint32_t ZlibCodec::adler32(const char *data, qsizetype size) {
-    uLong sum = ::adler32(0L, Z_NULL, 0);
+uint32_t ZlibCodec::adler32(const char *data, qsizetype size, uint32_t sumBefore) {
     // adler32_z takes a size_t length, so large archives need no chunking.
-    sum = adler32_z(sum, reinterpret_cast<const Bytef *>(data), size_t(size));
-    return uint32_t(sum);
+    return uint32_t(adler32_z(sumBefore, reinterpret_cast<const Bytef *>(data), size_t(size)));
 }

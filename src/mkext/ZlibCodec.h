@@ -12,5 +12,6 @@ public:
     static std::optional<QByteArray> inflate(const QByteArray &compressed, qsizetype fullSize);
     // A zlib stream of `plain`; empty when zlib fails.
     static QByteArray deflate(const QByteArray &plain, int level = 6);
-    static uint32_t adler32(const char *data, qsizetype size);
+    // Adler-32 of the bytes; pass the sum of the bytes before to continue it.
+    static uint32_t adler32(const char *data, qsizetype size, uint32_t sumBefore = 1);
 };
