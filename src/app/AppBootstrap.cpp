@@ -108,9 +108,8 @@ int runVerb(int argc, char **argv, const GlobalOptions &options, const SystemPat
     QCoreApplication app(argc, argv);
     QTextStream out(stdout);
     QTextStream err(stderr);
-    const auto &verbs = CliRegistry::verbs();
-    auto it = verbs.find(options.rest.first());
-    if (it == verbs.end()) {
+    const CliVerb *verb = CliRegistry::find(options.rest.first());
+    if (!verb) {
         err << "kextkeeper: unknown verb " << options.rest.first() << Qt::endl
             << CliRegistry::helpText();
         return CliUsage;
@@ -133,7 +132,7 @@ int runVerb(int argc, char **argv, const GlobalOptions &options, const SystemPat
                        out,
                        err,
                        options.dryRun ? static_cast<Executor &>(dryRun) : session};
-    const int status = it->second.run(context);
+    const int status = verb->run(context);
     out.flush();
     err.flush();
     return status;

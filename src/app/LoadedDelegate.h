@@ -13,7 +13,6 @@ class LoadedDelegate : public QObject {
 public:
     LoadedDelegate(MainWindow &window, QObject *parent = nullptr);
 
-    MainWindow &mainwindow() const { return m_window; }
     LoadedPage *page() const;
     LoadedPageController *pageController() const { return m_pageController; }
     ReportController *reportController() const { return m_reportController; }

@@ -49,7 +49,6 @@ public:
     QString selectedToolbarItem() const;
     void selectToolbarItem(const QString &identifier);
     static QString toolbarIdentifier(int page);
-    QActionGroup *toolbarGroup() const { return m_toolbarGroup; }
 
 private:
     std::unique_ptr<Ui::MainWindow> m_ui;

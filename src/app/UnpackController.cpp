@@ -27,8 +27,6 @@ Ui::UnpackPage *UnpackController::ui() const {
 
 MkextUnpackTask UnpackController::unpacker() const {
     const SystemPaths &paths = IconAlert::defaultinst().paths();
-    if (m_tool.output)
-        return MkextUnpackTask(paths, m_tool);
     // Linux and newer macOS have no mkextunpack; our reader prints what it would.
     const bool builtin = !MkextUnpackTask::hasSystemTool(paths);
     if (builtin)

@@ -24,8 +24,6 @@ public:
     using OpenPanel =
         std::function<void(PanelKind kind, std::function<void(int, const QString &)> done)>;
     void setOpenPanel(OpenPanel panel) { m_panel = std::move(panel); }
-    // The archive tool; Apple's below the system root unless a test puts its own in.
-    void setTool(MkextUnpackTask::Tool tool) { m_tool = std::move(tool); }
 
 public slots:
     void bSelectMkext();
@@ -44,5 +42,4 @@ private:
 
     TovrelAppDelegate &m_delegate;
     OpenPanel m_panel;
-    MkextUnpackTask::Tool m_tool;
 };

@@ -16,9 +16,6 @@ public:
     void showError(const QString &message, QObject *window);
     void showInfo(const QString &message, QObject *window);
 
-    void setNotifier(Notifier *notifier) { m_notifier = notifier; }
-    void setSheetPresenter(SheetPresenter *sheets) { m_sheets = sheets; }
-
 private:
     bool notifierRuns();
     Notifier *m_notifier;

@@ -36,7 +36,6 @@ public:
 
     const SystemPaths &paths() const { return m_paths; }
     Alerts &alerts() { return m_alerts; }
-    RootScript &rootScript() { return m_rootScript; }
     // The one kext location index of the program.
     KextLocationIndex &index() { return m_index; }
 

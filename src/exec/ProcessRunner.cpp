@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <map>
+#include <mutex>
 #include <spawn.h>
 #include <string>
 #include <sys/wait.h>
@@ -40,6 +41,22 @@ void closeIfOpen(int &fd) {
     fd = -1;
 }
 
+// pipe2 is Linux's: POSIX makes the pipe first and marks both ends close-on-exec after.
+// A tool spawned by another thread in between would keep an end open for its whole life
+// (and a reader would wait for it), so pipes are made and tools spawned under one lock.
+std::mutex &spawnLock() {
+    static std::mutex lock;
+    return lock;
+}
+
+bool closeOnExecPipe(int fds[2]) {
+    if (::pipe(fds) != 0)
+        return false;
+    for (int i = 0; i < 2; ++i)
+        ::fcntl(fds[i], F_SETFD, FD_CLOEXEC);
+    return true;
+}
+
 void writeAll(int fd, const QByteArray &data) {
     const char *p = data.constData();
     qsizetype left = data.size();
@@ -69,13 +86,14 @@ ProcessRunner::Result ProcessRunner::run(const Request &request) {
     static const bool ignoredPipeSignal = [] { return ::signal(SIGPIPE, SIG_IGN) != SIG_ERR; }();
     (void)ignoredPipeSignal;
 
+    std::unique_lock spawning(spawnLock());
     int out[2] = {-1, -1};
     int in[2] = {-1, -1};
-    if (::pipe2(out, O_CLOEXEC) != 0) {
+    if (!closeOnExecPipe(out)) {
         result.launchError = errno;
         return result;
     }
-    if (request.input == Input::Data && ::pipe2(in, O_CLOEXEC) != 0) {
+    if (request.input == Input::Data && !closeOnExecPipe(in)) {
         result.launchError = errno;
         closeIfOpen(out[0]);
         closeIfOpen(out[1]);
@@ -118,6 +136,7 @@ ProcessRunner::Result ProcessRunner::run(const Request &request) {
     pid_t pid = -1;
     const int rc = posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
+    spawning.unlock();
     closeIfOpen(out[1]);
     closeIfOpen(in[0]);
     if (rc != 0) {

@@ -48,10 +48,6 @@ bool MkextUnpackTask::hasSystemTool(const SystemPaths &paths) {
     return tool.isFile() && tool.isExecutable();
 }
 
-MkextUnpackTask::Tool MkextUnpackTask::toolFor(const SystemPaths &paths) {
-    return hasSystemTool(paths) ? systemTool(paths) : builtinTool();
-}
-
 QStringList MkextUnpackTask::listingArgs(const QString &mkext) {
     return {QStringLiteral("-v"), mkext};
 }

@@ -35,8 +35,6 @@ public:
     // Our own reader, which prints what Apple's tool prints; for systems without it.
     static Tool builtinTool();
     static bool hasSystemTool(const SystemPaths &paths);
-    // The system's tool when it is there, else the built-in one.
-    static Tool toolFor(const SystemPaths &paths);
 
     static QStringList listingArgs(const QString &mkext);
     static QStringList unpackArgs(const QString &arch, const QString &folder, const QString &mkext);

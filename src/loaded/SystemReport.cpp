@@ -1,5 +1,6 @@
 #include "loaded/SystemReport.h"
 
+#include "PosixOnly.h"
 #include "exec/Tr.h"
 #include "loaded/ExtraKextTable.h"
 #include "loaded/ReportOverview.h"
@@ -86,7 +87,7 @@ void rowJob(ReportState &state, LoadedKextRows::Half half) {
 std::jthread labelledThread(const char *label, std::function<void()> job) {
     return std::jthread([label, job = std::move(job)] {
         QThread::currentThread()->setObjectName(QString::fromLatin1(label));
-        pthread_setname_np(pthread_self(), label);
+        kkNameThisThread(label);
         job();
     });
 }

@@ -2,7 +2,7 @@
 // window.
 
 #include "cli/CliArgs.h"
-#include "cli/CliRegistry.h"
+#include "cli/CliVerbs.h"
 #include "exec/IconAlert.h"
 #include "inspect/ArchitectureProbe.h"
 #include "inspect/DependencyListing.h"
@@ -22,7 +22,9 @@ std::optional<QString> kextArgument(CliContext &c, const CliArgs &args, const QS
     return CliArgs::absolutePath(args.positional().first());
 }
 
-int checkKext(CliContext &c) {
+} // namespace
+
+int checkVerb(CliContext &c) {
     const CliArgs args(c.args, {}, {QStringLiteral("--deps")});
     const std::optional<QString> kext = kextArgument(c, args, QStringLiteral("check"));
     if (!kext)
@@ -46,7 +48,7 @@ int checkKext(CliContext &c) {
     return CliOk;
 }
 
-int loadKext(CliContext &c) {
+int loadVerb(CliContext &c) {
     const CliArgs args(c.args, {}, {});
     const std::optional<QString> kext = kextArgument(c, args, QStringLiteral("load"));
     if (!kext)
@@ -82,12 +84,3 @@ int loadKext(CliContext &c) {
         return CliTaskError;
     }
 }
-
-const bool registeredCheck = CliRegistry::add(
-    {QStringLiteral("check"), QStringLiteral("check KEXT [--deps]"),
-     QStringLiteral("tell a kext's architectures (and, with --deps, its libraries)"), checkKext});
-const bool registeredLoad = CliRegistry::add(
-    {QStringLiteral("load"), QStringLiteral("load KEXT"),
-     QStringLiteral("test-load a kext into the running kernel (as root)"), loadKext});
-
-} // namespace

@@ -2,22 +2,23 @@
 
 #include "cli/CliContext.h"
 
+#include <QList>
 #include <QString>
-#include <functional>
-#include <map>
 
-// Each verb lives in its own file and registers itself here from a static object, so
-// adding a verb never touches main.
+// One command-line verb: its name, its help lines and the function that runs it.
 struct CliVerb {
     QString name;
     QString usage;   // "install --volume NAME --to extra|sle|desktop BUNDLE..."
     QString summary; // one line for --help
-    std::function<int(CliContext &)> run;
+    int (*run)(CliContext &);
 };
 
+// The table of every verb, in the order --help lists them. A new verb is one row here
+// and one function in its own file.
 class CliRegistry {
 public:
-    static bool add(CliVerb verb);
-    static const std::map<QString, CliVerb> &verbs();
+    static const QList<CliVerb> &verbs();
+    // The verb called `name`, or null.
+    static const CliVerb *find(const QString &name);
     static QString helpText();
 };

@@ -6,7 +6,7 @@
 #include "AppSettings.h"
 #include "DoctorSetup.h"
 #include "cli/CliArgs.h"
-#include "cli/CliRegistry.h"
+#include "cli/CliVerbs.h"
 #include "cli/OfferedOptions.h"
 #include "cli/TerminalMaintenanceView.h"
 #include "doctor/DoctorFixes.h"
@@ -104,7 +104,9 @@ bool maintain(CliContext &c, const Request &request, const DoctorFindings &findi
     return true;
 }
 
-int doctor(CliContext &c) {
+} // namespace
+
+int doctorVerb(CliContext &c) {
     const CliArgs args(
         c.args, {QStringLiteral("--volume"), QStringLiteral("--extra-version")},
         {QStringLiteral("--json"), QStringLiteral("--fix"), QStringLiteral("--yes")});
@@ -152,13 +154,3 @@ int doctor(CliContext &c) {
     print(c, request, result);
     return result.count(DoctorFinding::Severity::Error) > 0 ? CliTaskError : CliOk;
 }
-
-const bool registered = CliRegistry::add(
-    {QStringLiteral("doctor"),
-     QStringLiteral("doctor --volume NAME [--extra-version 10.4|10.5|10.6|10.7] [--json] "
-                    "[--fix] [--yes]"),
-     QStringLiteral("find why a volume's kexts won't load and say which task fixes it; --fix "
-                    "runs the maintenance tasks, --yes also moves duplicates to the backups"),
-     doctor});
-
-} // namespace

@@ -2,7 +2,7 @@
 // the window's question on the terminal unless --yes answers it beforehand.
 
 #include "cli/CliArgs.h"
-#include "cli/CliRegistry.h"
+#include "cli/CliVerbs.h"
 #include "cli/OfferedOptions.h"
 #include "maintenance/ExtraFolderOperations.h"
 #include "maintenance/ExtraFolderView.h"
@@ -44,7 +44,9 @@ int usage(CliContext &c, const QString &problem) {
     return CliUsage;
 }
 
-int extra(CliContext &c) {
+} // namespace
+
+int extraVerb(CliContext &c) {
     const CliArgs args(c.args, {QStringLiteral("--volume")}, {QStringLiteral("--yes")});
     if (!args.ok())
         return usage(c, args.error());
@@ -97,12 +99,3 @@ int extra(CliContext &c) {
         return CliTaskError;
     }
 }
-
-const bool registered = CliRegistry::add(
-    {QStringLiteral("extra"),
-     QStringLiteral("extra to-kextstore|to-extensions|hide|show --volume NAME [--yes]"),
-     QStringLiteral("move Extra/Extensions into KextStore (building the mkext) or back, or "
-                    "hide or show the Extra folder"),
-     extra});
-
-} // namespace

@@ -3,7 +3,7 @@
 
 #include "AppSettings.h"
 #include "cli/CliArgs.h"
-#include "cli/CliRegistry.h"
+#include "cli/CliVerbs.h"
 #include "cli/TerminalInstallView.h"
 #include "install/InstallList.h"
 #include "install/InstallPlan.h"
@@ -25,7 +25,9 @@ bool isBundleType(const QString &path) {
     return dot > 0 && InstallList::bundleTypes().contains(name.mid(dot + 1), Qt::CaseInsensitive);
 }
 
-int install(CliContext &c) {
+} // namespace
+
+int installVerb(CliContext &c) {
     const CliArgs args(
         c.args,
         {QStringLiteral("--volume"), QStringLiteral("--to"), QStringLiteral("--extra-version")},
@@ -82,13 +84,3 @@ int install(CliContext &c) {
     plan.run();
     return view.failed ? CliTaskError : CliOk;
 }
-
-const bool registered = CliRegistry::add(
-    {QStringLiteral("install"),
-     QStringLiteral("install [--volume NAME] --to extra|sle|desktop [--backup] "
-                    "[--extra-version 10.4|10.5|10.6|10.7] BUNDLE..."),
-     QStringLiteral("install kext bundles into a volume's Extra folder or S/L/E, or pack them "
-                    "into Extensions.mkext on the desktop"),
-     install});
-
-} // namespace

@@ -2,7 +2,7 @@
 // from the journal in the user's state folder, newest last.
 
 #include "cli/CliArgs.h"
-#include "cli/CliRegistry.h"
+#include "cli/CliVerbs.h"
 #include "exec/CommandJournal.h"
 
 #include <QJsonArray>
@@ -29,7 +29,9 @@ void printEntry(CliContext &c, const JournalEntry &entry) {
             c.out << "    " << line << '\n';
 }
 
-int journal(CliContext &c) {
+} // namespace
+
+int journalVerb(CliContext &c) {
     const CliArgs args(c.args, {QStringLiteral("--last")},
                        {QStringLiteral("--failed"), QStringLiteral("--json")});
     if (!args.ok())
@@ -69,11 +71,3 @@ int journal(CliContext &c) {
         printEntry(c, entry);
     return CliOk;
 }
-
-const bool registered = CliRegistry::add(
-    {QStringLiteral("journal"), QStringLiteral("journal [--last N] [--failed] [--json]"),
-     QStringLiteral("show the journal of the commands run as root: time, exit status, "
-                    "duration, command and its error text"),
-     journal});
-
-} // namespace

@@ -2,7 +2,7 @@
 // system report without the window.
 
 #include "cli/CliArgs.h"
-#include "cli/CliRegistry.h"
+#include "cli/CliVerbs.h"
 #include "exec/Command.h"
 #include "exec/Executor.h"
 #include "exec/IconAlert.h"
@@ -28,7 +28,9 @@ std::optional<QString> onePath(CliContext &c, const QString &verb) {
     return CliArgs::absolutePath(args.positional().first());
 }
 
-int listLoaded(CliContext &c) {
+} // namespace
+
+int loadedVerb(CliContext &c) {
     const CliArgs args(c.args, {QStringLiteral("--filter")}, {});
     if (!args.ok() || !args.positional().isEmpty()) {
         c.err << "kextkeeper loaded: "
@@ -51,7 +53,7 @@ int listLoaded(CliContext &c) {
     return CliOk;
 }
 
-int unloadOrReload(CliContext &c, bool reload) {
+static int unloadOrReload(CliContext &c, bool reload) {
     const QString verb = reload ? QStringLiteral("reload") : QStringLiteral("unload");
     const std::optional<QString> path = onePath(c, verb);
     if (!path)
@@ -83,7 +85,7 @@ int unloadOrReload(CliContext &c, bool reload) {
     return CliOk;
 }
 
-int writeReport(CliContext &c) {
+int reportVerb(CliContext &c) {
     const std::optional<QString> path = onePath(c, QStringLiteral("report"));
     if (!path)
         return CliUsage;
@@ -114,23 +116,10 @@ int writeReport(CliContext &c) {
     return CliOk;
 }
 
-const bool loadedRegistered = CliRegistry::add(
-    {QStringLiteral("loaded"), QStringLiteral("loaded [--filter TEXT]"),
-     QStringLiteral("list the loaded kexts (bundle identifier and version), optionally only "
-                    "those containing TEXT in any case"),
-     listLoaded});
-const bool unloadRegistered =
-    CliRegistry::add({QStringLiteral("unload"), QStringLiteral("unload KEXT"),
-                      QStringLiteral("unload the kext at path KEXT as root"),
-                      [](CliContext &c) { return unloadOrReload(c, false); }});
-const bool reloadRegistered =
-    CliRegistry::add({QStringLiteral("reload"), QStringLiteral("reload KEXT"),
-                      QStringLiteral("unload the kext at path KEXT and load it again, as root"),
-                      [](CliContext &c) { return unloadOrReload(c, true); }});
-const bool reportRegistered = CliRegistry::add(
-    {QStringLiteral("report"), QStringLiteral("report FILE"),
-     QStringLiteral("write the system report (software, hardware, Extra kexts, loaded kexts) "
-                    "to FILE"),
-     writeReport});
+int unloadVerb(CliContext &c) {
+    return unloadOrReload(c, false);
+}
 
-} // namespace
+int reloadVerb(CliContext &c) {
+    return unloadOrReload(c, true);
+}

@@ -4,7 +4,7 @@
 
 #include "AppSettings.h"
 #include "cli/CliArgs.h"
-#include "cli/CliRegistry.h"
+#include "cli/CliVerbs.h"
 #include "cli/OfferedOptions.h"
 #include "cli/TerminalMaintenanceView.h"
 #include "maintenance/MaintenancePlan.h"
@@ -22,7 +22,9 @@ Qt::CheckState box(const CliArgs &args, const char *flag) {
     return args.flag(QLatin1String(flag)) ? Qt::Checked : Qt::Unchecked;
 }
 
-int maintain(CliContext &c) {
+} // namespace
+
+int maintainVerb(CliContext &c) {
     const CliArgs args(c.args, {QStringLiteral("--volume"), QStringLiteral("--extra-version")},
                        {QStringLiteral("--repair-extra"), QStringLiteral("--rebuild-extra-mkext"),
                         QStringLiteral("--repair-sle"), QStringLiteral("--rebuild-caches")});
@@ -83,13 +85,3 @@ int maintain(CliContext &c) {
     plan.run();
     return view.failed ? CliTaskError : CliOk;
 }
-
-const bool registered = CliRegistry::add(
-    {QStringLiteral("maintain"),
-     QStringLiteral("maintain --volume NAME [--extra-version 10.4|10.5|10.6|10.7] "
-                    "[--repair-extra] [--rebuild-extra-mkext] [--repair-sle] [--rebuild-caches]"),
-     QStringLiteral("repair kext folder permissions and rebuild the Extra mkext and the "
-                    "system's kext caches"),
-     maintain});
-
-} // namespace

@@ -3,7 +3,7 @@
 // they are missing, and the rebuild fallback runs `mkext build` as root.
 
 #include "cli/CliArgs.h"
-#include "cli/CliRegistry.h"
+#include "cli/CliVerbs.h"
 #include "mkext/MkextBuiltinTool.h"
 
 #include <QDir>
@@ -67,7 +67,9 @@ int buildArchive(CliContext &c, const QStringList &words) {
     return finish(c, MkextBuiltinTool::build(archive, folders, archs));
 }
 
-int runMkext(CliContext &c) {
+} // namespace
+
+int mkextVerb(CliContext &c) {
     if (c.args.isEmpty())
         return usage(c, QStringLiteral("needs list, unpack or build"));
     const QString action = c.args.first();
@@ -80,13 +82,3 @@ int runMkext(CliContext &c) {
         return buildArchive(c, rest);
     return usage(c, QStringLiteral("unknown action %1").arg(action));
 }
-
-const bool registered =
-    CliRegistry::add({QStringLiteral("mkext"),
-                      QStringLiteral("mkext list FILE | mkext unpack FILE [--arch A] [--to DIR] | "
-                                     "mkext build OUT FOLDER... [--arch A]..."),
-                      QStringLiteral("list, unpack or build an mkext archive without Apple's tools "
-                                     "(build: i386 and x86_64 unless --arch is given)"),
-                      runMkext});
-
-} // namespace

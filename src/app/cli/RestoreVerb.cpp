@@ -3,7 +3,7 @@
 
 #include "AppSettings.h"
 #include "cli/CliArgs.h"
-#include "cli/CliRegistry.h"
+#include "cli/CliVerbs.h"
 #include "cli/TerminalInstallView.h"
 #include "install/BackupRestore.h"
 #include "install/InstallPlan.h"
@@ -39,7 +39,9 @@ void listBackups(CliContext &c) {
     }
 }
 
-int restore(CliContext &c) {
+} // namespace
+
+int restoreVerb(CliContext &c) {
     const CliArgs args(c.args, {}, {QStringLiteral("--list"), QStringLiteral("--yes")});
     if (!args.ok())
         return usage(c, args.error());
@@ -84,11 +86,3 @@ int restore(CliContext &c) {
     install.run();
     return view.failed ? CliTaskError : CliOk;
 }
-
-const bool registered = CliRegistry::add(
-    {QStringLiteral("restore"), QStringLiteral("restore --list | restore FOLDER [--yes]"),
-     QStringLiteral("list the backups installations made, or put the kexts of one back where "
-                    "they came from (backing up what they replace)"),
-     restore});
-
-} // namespace

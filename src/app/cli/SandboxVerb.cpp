@@ -2,7 +2,7 @@
 // `kextkeeper --root DIR sandbox tool NAME ARGS...` is what that Mac's stand-in tools
 // hand over to.
 
-#include "cli/CliRegistry.h"
+#include "cli/CliVerbs.h"
 #include "sandbox/SandboxBuilder.h"
 #include "sandbox/SandboxTools.h"
 
@@ -54,7 +54,9 @@ int tool(CliContext &c, const QStringList &words) {
     return result.status;
 }
 
-int sandbox(CliContext &c) {
+} // namespace
+
+int sandboxVerb(CliContext &c) {
     const QString action = c.args.value(0);
     if (action == QLatin1String("create"))
         return create(c, c.args.mid(1));
@@ -63,9 +65,3 @@ int sandbox(CliContext &c) {
     c.err << "kextkeeper sandbox: say create DIR" << Qt::endl;
     return CliUsage;
 }
-
-const bool registered = CliRegistry::add(
-    {QStringLiteral("sandbox"), QStringLiteral("sandbox create DIR"),
-     QStringLiteral("make a simulated Mac in DIR to try the program on with --root DIR"), sandbox});
-
-} // namespace

@@ -2,7 +2,7 @@
 // started system marked and whether each holds S/L/E and kexts in Extra.
 
 #include "cli/CliArgs.h"
-#include "cli/CliRegistry.h"
+#include "cli/CliVerbs.h"
 #include "cli/OfferedOptions.h"
 #include "exec/IconAlert.h"
 #include "volumes/KextFolderLayout.h"
@@ -14,7 +14,9 @@ QString yesNo(bool value) {
     return value ? QStringLiteral("yes") : QStringLiteral("no");
 }
 
-int listVolumes(CliContext &c) {
+} // namespace
+
+int volumesVerb(CliContext &c) {
     const CliArgs args(c.args, {QStringLiteral("--extra-version")}, {});
     if (!args.ok() || !args.positional().isEmpty()) {
         c.err << "kextkeeper volumes: "
@@ -46,11 +48,3 @@ int listVolumes(CliContext &c) {
     }
     return CliOk;
 }
-
-const bool registered = CliRegistry::add(
-    {QStringLiteral("volumes"), QStringLiteral("volumes [--extra-version 10.4|10.5|10.6|10.7]"),
-     QStringLiteral("list the volumes a task can work on, the started system marked, and "
-                    "whether each holds S/L/E and kexts in Extra"),
-     listVolumes});
-
-} // namespace
