@@ -4,10 +4,9 @@
 #include "cli/CliRegistry.h"
 #include "cli/TerminalPasswordPrompt.h"
 #include "exec/AdminAuthentication.h"
+#include "exec/AppServices.h"
 #include "exec/CommandJournal.h"
 #include "exec/DryRunExecutor.h"
-#include "exec/IconAlert.h"
-#include "exec/SessionExecutor.h"
 #include "exec/SudoLocator.h"
 
 #include <QApplication>
@@ -121,17 +120,13 @@ int runVerb(int argc, char **argv, const GlobalOptions &options, const SystemPat
     if (!options.dryRun)
         AdminAuthentication::sharedInstance().setJournal(&journal);
     // The command line reports on its own streams: no notifications, no sheets.
-    IconAlert::configureDefault(paths, AdminAuthentication::sharedInstance(),
-                                Alerts(nullptr, nullptr));
-    SessionExecutor session(AdminAuthentication::sharedInstance());
-    DryRunExecutor dryRun(
-        [&out](const Command &command) { out << command.toShellLine() << Qt::endl; });
-    CliContext context{options.rest.mid(1),
-                       paths,
-                       options.dryRun,
-                       out,
-                       err,
-                       options.dryRun ? static_cast<Executor &>(dryRun) : session};
+    AppServices services(paths, AdminAuthentication::sharedInstance());
+    if (options.dryRun) {
+        auto dryRun = std::make_shared<DryRunExecutor>(
+            [&out](const Command &command) { out << command.toShellLine() << Qt::endl; });
+        services.setExecutorFactory([dryRun] { return dryRun; });
+    }
+    CliContext context{options.rest.mid(1), services, options.dryRun, out, err};
     const int status = verb->run(context);
     out.flush();
     err.flush();
@@ -156,7 +151,6 @@ int kextkeeperMain(int argc, char **argv) {
         return CliOk;
     }
     const SystemPaths paths(options.root);
-    SystemPaths::setCurrent(paths);
     if (!options.rest.isEmpty())
         return runVerb(argc, argv, options, paths);
 
@@ -166,5 +160,5 @@ int kextkeeperMain(int argc, char **argv) {
     AdminAuthentication::configureShared(sessionConfig(paths), nullptr);
     static CommandJournal journal(CommandJournal::defaultPath(paths.home()));
     AdminAuthentication::sharedInstance().setJournal(&journal);
-    return launchWindow(app, paths);
+    return launchWindow(app, paths, AdminAuthentication::sharedInstance());
 }

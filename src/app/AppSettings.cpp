@@ -9,9 +9,16 @@
 AppSettings::AppSettings(const QString &contentsDir)
     : m_contentsDir(contentsDir), m_infoPlist(contentsDir + QStringLiteral("/Info.plist")) {}
 
+// The shipped settings are a resource of the application library; a static link keeps
+// its data only when something asks for it by name.
+static void loadShippedResources() {
+    Q_INIT_RESOURCE(window);
+}
+
 void AppSettings::seedDefaults() const {
     if (QFileInfo::exists(m_infoPlist))
         return;
+    loadShippedResources();
     QFile shipped(QStringLiteral(":/defaults/Info.plist"));
     if (!shipped.open(QIODevice::ReadOnly))
         return;

@@ -3,29 +3,22 @@
 #include "inspect/ArchitectureProbe.h"
 
 #include <QObject>
-#include <functional>
 
-class Executor;
+class AppServices;
+class FilePanels;
+class TaskRunner;
 class TovrelAppDelegate;
-namespace Ui {
-class CheckPage;
-}
 
 // The check page: a kext chosen in a panel or dropped on the window is probed for its
-// processors, its libraries are listed in the background, and it can be test-loaded.
+// processors, its libraries are listed by the task runner, and it can be test-loaded.
 class CheckController : public QObject {
     Q_OBJECT
 public:
-    explicit CheckController(TovrelAppDelegate &delegate);
+    CheckController(TovrelAppDelegate &delegate, AppServices &services, TaskRunner &tasks,
+                    FilePanels &panels);
 
-    // Asks for one kext bundle and answers with the panel's return code (1 = chosen)
-    // and the path. A window-modal open panel unless a test answers.
-    using OpenPanel = std::function<void(std::function<void(int, const QString &)> done)>;
-    void setOpenPanel(OpenPanel panel) { m_panel = std::move(panel); }
     // Gives a kext's probe text; the built-in describer unless a test puts its own in.
     void setProbe(ArchitectureProbe::Describer probe) { m_probe = std::move(probe); }
-    // Runs the root steps of the test load; the privileged session unless replaced.
-    void setExecutor(Executor *executor) { m_executor = executor; }
 
 public slots:
     void bCheck();
@@ -35,18 +28,12 @@ public slots:
     void BCheckDepen();
     void bkextload();
 
-signals:
-    // The dependency listing has been put into the text view (tests wait for this).
-    void dependenciesShown();
-
 private:
-    Ui::CheckPage *ui() const;
-    void openPanel(std::function<void(int, const QString &)> done);
     void onDrop(const QStringList &files);
-    void showError(const QString &message);
 
     TovrelAppDelegate &m_delegate;
-    OpenPanel m_panel;
+    AppServices &m_services;
+    TaskRunner &m_tasks;
+    FilePanels &m_panels;
     ArchitectureProbe::Describer m_probe;
-    Executor *m_executor = nullptr;
 };

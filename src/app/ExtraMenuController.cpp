@@ -4,57 +4,59 @@
 #include "MkextBuilderNotice.h"
 #include "SystemImages.h"
 #include "TovrelAppDelegate.h"
-#include "exec/AdminAuthentication.h"
+#include "exec/AppServices.h"
 #include "exec/FailedCommands.h"
-#include "exec/IconAlert.h"
-#include "exec/SessionExecutor.h"
 #include "maintenance/ExtraFolderOperations.h"
 #include "pages/MaintenancePage.h"
-#include "ui_MainWindow.h"
-#include "ui_MaintenancePage.h"
 
+#include <QAction>
 #include <QIcon>
 #include <QMessageBox>
 #include <QPushButton>
 
-ExtraMenuController::ExtraMenuController(TovrelAppDelegate &delegate)
-    : QObject(&delegate), m_delegate(delegate) {
-    setExecutor(std::make_shared<SessionExecutor>(AdminAuthentication::sharedInstance()));
-    auto *menu = m_delegate.window().ui();
-    connect(menu->MI_BringBackEE, &QAction::triggered, this, &ExtraMenuController::BringBackEE);
-    connect(menu->MI_CreateEKS, &QAction::triggered, this, &ExtraMenuController::MI_CreateEKS);
-    connect(menu->MI_ShowExtra, &QAction::triggered, this, &ExtraMenuController::ShowExtra);
-    connect(menu->MI_HideExtra, &QAction::triggered, this, &ExtraMenuController::HideExtra);
+ExtraMenuController::ExtraMenuController(TovrelAppDelegate &delegate, AppServices &services)
+    : QObject(&delegate), m_delegate(delegate), m_services(services),
+      m_executor(services.executor()),
+      m_operations(std::make_unique<ExtraFolderOperations>(services.paths(), *m_executor,
+                                                           static_cast<ExtraFolderView &>(*this))) {
+    const auto on = [this](const char *name, void (ExtraMenuController::*handler)()) {
+        connect(m_delegate.window().action(QLatin1String(name)), &QAction::triggered, this,
+                handler);
+    };
+    on("MI_BringBackEE", &ExtraMenuController::BringBackEE);
+    on("MI_CreateEKS", &ExtraMenuController::MI_CreateEKS);
+    on("MI_ShowExtra", &ExtraMenuController::ShowExtra);
+    on("MI_HideExtra", &ExtraMenuController::HideExtra);
 }
 
 ExtraMenuController::~ExtraMenuController() = default;
 
-void ExtraMenuController::setExecutor(std::shared_ptr<Executor> executor) {
-    m_executor = std::move(executor);
-    m_operations = std::make_unique<ExtraFolderOperations>(m_delegate.paths(), *m_executor,
-                                                           static_cast<ExtraFolderView &>(*this));
-}
-
 void ExtraMenuController::BringBackEE() {
-    m_operations->BringBackEE();
+    showEnd(m_operations->restoreExtensionsFolder());
 }
 
 void ExtraMenuController::MI_CreateEKS() {
-    showMkextBuilderNotice(m_delegate.window(), m_delegate.paths());
-    m_operations->MI_CreateEKS();
+    showMkextBuilderNotice(m_delegate.window(), m_services.paths());
+    showEnd(m_operations->createKextStore());
 }
 
 void ExtraMenuController::ShowExtra() {
-    m_operations->ShowExtra();
+    showEnd(m_operations->showExtraFolder());
 }
 
 void ExtraMenuController::HideExtra() {
-    m_operations->HideExtra();
+    showEnd(m_operations->hideExtraFolder());
+}
+
+void ExtraMenuController::showEnd(const std::optional<TaskResult> &result) {
+    // Empty while the question is open; the answer ends the task without a word.
+    if (result)
+        m_services.alerts().showResult(*result, &m_delegate.window());
 }
 
 QString ExtraMenuController::selectedVolume() const {
     // The maintenance page's volume, whichever page is shown.
-    return m_delegate.maintenancePage()->ui()->DiskSelMain->currentText();
+    return m_delegate.maintenancePage()->volume();
 }
 
 void ExtraMenuController::rootPathChosen(const QString &rootPath) {
@@ -87,13 +89,10 @@ void ExtraMenuController::askToContinue(const QString &informativeText,
     box->open();
 }
 
-void ExtraMenuController::showError(const QString &message) {
-    IconAlert::defaultinst().ShowErrorMsg(message, &m_delegate.window());
-}
-
 void ExtraMenuController::commandsFailed(const QStringList &failures) {
-    showError(FailedCommands::summary(failures.size()) + QStringLiteral(":\n") +
-              failures.join(QLatin1Char('\n')));
+    m_services.iconAlert().ShowErrorMsg(FailedCommands::summary(failures.size()) +
+                                            QStringLiteral(":\n") + failures.join(QLatin1Char('\n')),
+                                        &m_delegate.window());
 }
 
 void ExtraMenuController::reevaluateVolume() {

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "exec/TaskResult.h"
 #include "maintenance/ExtraFolderView.h"
 
 #include <QObject>
 #include <memory>
+#include <optional>
 
+class AppServices;
 class Executor;
 class ExtraFolderOperations;
 class QMessageBox;
@@ -16,11 +19,8 @@ class TovrelAppDelegate;
 class ExtraMenuController : public QObject, private ExtraFolderView {
     Q_OBJECT
 public:
-    explicit ExtraMenuController(TovrelAppDelegate &delegate);
+    ExtraMenuController(TovrelAppDelegate &delegate, AppServices &services);
     ~ExtraMenuController() override;
-
-    // The executor of root commands (the privileged session by default), for tests.
-    void setExecutor(std::shared_ptr<Executor> executor);
 
     // The question sheet open now, if any (tests answer it).
     QMessageBox *openQuestion() const { return m_question; }
@@ -35,11 +35,12 @@ private:
     QString selectedVolume() const override;
     void rootPathChosen(const QString &rootPath) override;
     void askToContinue(const QString &informativeText, std::function<void(int)> answered) override;
-    void showError(const QString &message) override;
     void commandsFailed(const QStringList &failures) override;
     void reevaluateVolume() override;
+    void showEnd(const std::optional<TaskResult> &result);
 
     TovrelAppDelegate &m_delegate;
+    AppServices &m_services;
     std::shared_ptr<Executor> m_executor;
     std::unique_ptr<ExtraFolderOperations> m_operations;
     QMessageBox *m_question = nullptr;

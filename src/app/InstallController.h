@@ -4,32 +4,23 @@
 
 #include <QObject>
 #include <QStringList>
-#include <functional>
 
-class Executor;
+class AppServices;
+class FilePanels;
+class TaskReporter;
+class TaskRunner;
 class TovrelAppDelegate;
-namespace Ui {
-class InstallPage;
-}
 
 // The installation page: the install list shown by its table, the buttons that fill
-// and empty it, and the install button that runs the installation in the background.
+// and empty it, and the install button that hands the installation to the task runner.
 class InstallController : public QObject {
     Q_OBJECT
 public:
-    explicit InstallController(TovrelAppDelegate &delegate);
+    InstallController(TovrelAppDelegate &delegate, AppServices &services, TaskRunner &tasks,
+                      FilePanels &panels);
 
     // The install list (the table's model).
     InstallList &instkexts() { return m_list; }
-
-    // Asks for bundles and answers with the panel's return code (1 = chosen) and the
-    // chosen paths in order. A window-modal file dialog unless a test answers.
-    using OpenPanel = std::function<void(std::function<void(int, const QStringList &)> done)>;
-    void setOpenPanel(OpenPanel panel) { m_panel = std::move(panel); }
-    // Runs the root commands; the privileged session unless replaced.
-    void setExecutor(Executor *executor) { m_executor = executor; }
-    // Whether a volume root is the started system; diskutil unless replaced.
-    void setIsRootProbe(std::function<bool(const QString &)> probe) { m_isRoot = std::move(probe); }
 
 public slots:
     void Browse();
@@ -37,17 +28,11 @@ public slots:
     void bClear();
     void bInst();
 
-signals:
-    // The background job has returned (tests wait for this).
-    void installationEnded();
-
 private:
-    Ui::InstallPage *ui() const;
-    void openPanel(std::function<void(int, const QStringList &)> done);
-
     TovrelAppDelegate &m_delegate;
+    AppServices &m_services;
+    TaskRunner &m_tasks;
+    FilePanels &m_panels;
+    TaskReporter *m_reporter;
     InstallList m_list;
-    OpenPanel m_panel;
-    Executor *m_executor = nullptr;
-    std::function<bool(const QString &)> m_isRoot;
 };

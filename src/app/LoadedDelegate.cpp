@@ -3,13 +3,18 @@
 #include "LoadedPageController.h"
 #include "MainWindow.h"
 #include "ReportController.h"
-#include "ui_MainWindow.h"
 
-LoadedDelegate::LoadedDelegate(MainWindow &window, QObject *parent)
-    : QObject(parent), m_window(window), m_pageController(new LoadedPageController(window, this)),
-      m_reportController(new ReportController(window, this)) {
-    connect(window.ui()->ti_l, &QAction::triggered, this, &LoadedDelegate::TI_Loaded);
-    connect(window.ui()->MI_Loaded, &QAction::triggered, this, &LoadedDelegate::MI_Loaded);
+#include <QAction>
+
+LoadedDelegate::LoadedDelegate(MainWindow &window, AppServices &services, TaskRunner &tasks,
+                               FilePanels &panels, QObject *parent)
+    : QObject(parent), m_window(window),
+      m_pageController(new LoadedPageController(window, services, this)),
+      m_reportController(new ReportController(window, services, tasks, panels, this)) {
+    connect(window.action(QStringLiteral("ti_l")), &QAction::triggered, this,
+            &LoadedDelegate::TI_Loaded);
+    connect(window.action(QStringLiteral("MI_Loaded")), &QAction::triggered, this,
+            &LoadedDelegate::MI_Loaded);
 }
 
 LoadedPage *LoadedDelegate::page() const {

@@ -2,16 +2,20 @@
 
 #include <QObject>
 
+class AppServices;
+class FilePanels;
 class LoadedPage;
 class LoadedPageController;
 class MainWindow;
 class ReportController;
+class TaskRunner;
 
 // Runs the loaded kexts page (page 4) and the system report.
 class LoadedDelegate : public QObject {
     Q_OBJECT
 public:
-    LoadedDelegate(MainWindow &window, QObject *parent = nullptr);
+    LoadedDelegate(MainWindow &window, AppServices &services, TaskRunner &tasks, FilePanels &panels,
+                   QObject *parent = nullptr);
 
     LoadedPage *page() const;
     LoadedPageController *pageController() const { return m_pageController; }

@@ -2,151 +2,94 @@
 
 #include "FileViewer.h"
 #include "MainWindow.h"
-#include "exec/IconAlert.h"
+#include "exec/AppServices.h"
 #include "inspect/ArchitectureProbe.h"
 #include "loaded/KextStatText.h"
 #include "pages/LoadedPage.h"
-#include "ui_LoadedPage.h"
 
 #include <QFileInfo>
-#include <QHeaderView>
-#include <QPropertyAnimation>
-#include <QStringListModel>
 
-LoadedPageController::LoadedPageController(MainWindow &window, QObject *parent)
-    : QObject(parent), m_window(window), m_model(new QStringListModel(this)),
-      m_animation(new QPropertyAnimation(this)),
-      m_unloader([](const QString &command, const QString &argument) {
-          return IconAlert::defaultinst().ExecuteRootErrorCmd(command, argument);
+LoadedPageController::LoadedPageController(MainWindow &window, AppServices &services,
+                                           QObject *parent)
+    : QObject(parent), m_window(window), m_services(services),
+      m_unloader([&services](const QString &command, const QString &argument) {
+          return services.iconAlert().ExecuteRootErrorCmd(command, argument);
       }),
       m_probe([](const QString &kextPath) { return ArchitectureProbe().probeText(kextPath); }) {
-    Ui::LoadedPage *form = ui();
-    form->tbLoaded->setModel(m_model);
-    form->tbLoaded->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    form->tbLoaded->verticalHeader()->setDefaultSectionSize(form->tbLoaded->fontMetrics().height() +
-                                                            6);
-    // The pane's height follows its maximum; the animation moves that maximum.
-    m_animation->setTargetObject(form->SVBottom);
-    m_animation->setPropertyName("maximumHeight");
-    m_animation->setDuration(250);
-    form->buttonslide->setChecked(true);
-    form->SVBottom->setMaximumHeight(collapsedHeight);
-    // The two boxes only report what the probe found.
-    form->ka64->setAttribute(Qt::WA_TransparentForMouseEvents);
-    form->ka32->setAttribute(Qt::WA_TransparentForMouseEvents);
-
-    connect(form->tfLdedFltr, &QLineEdit::textEdited, this,
-            &LoadedPageController::controlTextDidChange);
-    connect(form->tbLoaded->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-            &LoadedPageController::KextSelected);
-    connect(form->bUnload, &QPushButton::clicked, this, &LoadedPageController::bUnload);
-    connect(form->bReload, &QPushButton::clicked, this, &LoadedPageController::bReload);
-    connect(form->bReveal, &QPushButton::clicked, this, &LoadedPageController::Reveal);
-    connect(form->buttonslide, &QToolButton::clicked, this, &LoadedPageController::UpDown);
-}
-
-Ui::LoadedPage *LoadedPageController::ui() const {
-    return m_window.loadedPage()->ui();
-}
-
-bool LoadedPageController::collapsed() const {
-    return ui()->buttonslide->isChecked();
+    LoadedPage *page = window.loadedPage();
+    connect(page, &LoadedPage::filterEdited, this, &LoadedPageController::controlTextDidChange);
+    connect(page, &LoadedPage::selectionChanged, this, &LoadedPageController::KextSelected);
+    connect(page, &LoadedPage::unloadClicked, this, &LoadedPageController::bUnload);
+    connect(page, &LoadedPage::reloadClicked, this, &LoadedPageController::bReload);
+    connect(page, &LoadedPage::revealClicked, this, &LoadedPageController::Reveal);
+    connect(page, &LoadedPage::paneToggled, this, &LoadedPageController::UpDown);
 }
 
 void LoadedPageController::TI_Loaded() {
-    Ui::LoadedPage *form = ui();
-    form->buttonslide->setChecked(true);
-    IconAlert &icon = IconAlert::defaultinst();
-    const QString kextstat = icon.paths().system(QStringLiteral("/usr/sbin/kextstat"));
-    m_list.refresh(icon.ExecuteCmd(kextstat, {}).value_or(QString()));
+    LoadedPage *page = m_window.loadedPage();
+    page->setPaneCollapsed(true);
+    const QString kextstat = m_services.paths().system(QStringLiteral("/usr/sbin/kextstat"));
+    m_list.refresh(m_services.iconAlert().ExecuteCmd(kextstat, {}).value_or(QString()));
     // Entering from another page closes the pane; on the page itself it keeps its size
     // although the toggle now reads "collapsed".
-    if (m_window.currentPage() != PageLoaded) {
-        m_animation->stop();
-        form->SVBottom->setMaximumHeight(collapsedHeight);
-    }
+    if (m_window.currentPage() != PageLoaded)
+        page->closePaneNow();
     showRows(m_list.rows());
     m_window.showPage(PageLoaded);
-    form->tfLdedFltr->setFocus();
-    form->tfLdedFltr->setText(QString());
+    page->startFiltering();
 }
 
 void LoadedPageController::controlTextDidChange() {
-    showRows(m_list.filtered(ui()->tfLdedFltr->text()));
+    showRows(m_list.filtered(m_window.loadedPage()->filter()));
 }
 
 void LoadedPageController::showRows(const QStringList &rows) {
-    ui()->lbLdedFnd->setText(LoadedKextList::foundText(rows.size()));
-    m_model->setStringList(rows);
+    m_window.loadedPage()->showRows(rows, LoadedKextList::foundText(rows.size()));
 }
 
 void LoadedPageController::KextSelected() {
-    Ui::LoadedPage *form = ui();
-    const QModelIndexList selected = form->tbLoaded->selectionModel()->selectedRows();
-    if (selected.isEmpty() || collapsed())
+    LoadedPage *page = m_window.loadedPage();
+    const QString row = page->selectedRow();
+    if (row.isEmpty() || page->paneCollapsed())
         return;
-    const QString identifier = kextRowIdentifier(selected.first().data().toString());
+    const QString identifier = kextRowIdentifier(row);
     // An empty identifier (a line the listing could not fill) names no kext.
-    const QString path =
-        identifier.isEmpty() ? QString() : IconAlert::defaultinst().index().FindPath(identifier);
-    form->tfKPath->setText(path);
+    const QString path = identifier.isEmpty() ? QString() : m_services.index().FindPath(identifier);
     if (path.isEmpty()) {
-        form->lbKname->setText(tr("Unknown kext"));
-        form->ka64->setChecked(false);
-        form->ka32->setChecked(false);
+        page->showUnknownKext(tr("Unknown kext"));
         return;
     }
-    form->lbKname->setText(QFileInfo(path).fileName());
     const ArchitectureProbe::Architectures found =
         ArchitectureProbe::loadedKextMarkers(m_probe(path));
-    form->ka64->setChecked(found.x86_64);
-    form->ka32->setChecked(found.i386);
+    page->showKext(path, QFileInfo(path).fileName(), found.x86_64, found.i386);
 }
 
 void LoadedPageController::bUnload() {
-    const KextUnloader::Result result = m_unloader.unload(ui()->tfKPath->text());
-    if (result.outcome == KextUnloader::Outcome::Done) {
+    const TaskResult result = m_unloader.unload(m_window.loadedPage()->kextPath());
+    if (result.ok) {
         TI_Loaded();
-        clearDetails();
-    } else if (result.outcome == KextUnloader::Outcome::Failed) {
-        IconAlert::defaultinst().ShowErrorMsg(result.error, &m_window);
+        m_window.loadedPage()->clearDetails();
     }
+    m_services.alerts().showResult(result, &m_window);
 }
 
 void LoadedPageController::bReload() {
     // Deliberately neither refreshes the list nor clears the pane: the kext is back.
-    const KextUnloader::Result result = m_unloader.reload(ui()->tfKPath->text());
-    if (result.outcome == KextUnloader::Outcome::Failed)
-        IconAlert::defaultinst().ShowErrorMsg(result.error, &m_window);
+    m_services.alerts().showResult(m_unloader.reload(m_window.loadedPage()->kextPath()), &m_window);
 }
 
 void LoadedPageController::Reveal() {
-    FileViewer::reveal(ui()->tfKPath->text());
+    FileViewer::reveal(m_window.loadedPage()->kextPath());
 }
 
 void LoadedPageController::UpDown() {
-    if (collapsed()) {
-        animatePane(collapsedHeight);
+    LoadedPage *page = m_window.loadedPage();
+    if (page->paneCollapsed()) {
+        page->animatePane(false);
     } else {
         // A kext installed since the last look is found after opening the pane again.
-        IconAlert &icon = IconAlert::defaultinst();
-        icon.index().rebuild(icon.paths());
-        animatePane(expandedHeight);
+        m_services.index().rebuild(m_services.paths());
+        page->animatePane(true);
     }
     KextSelected();
-}
-
-void LoadedPageController::animatePane(int height) {
-    m_animation->stop();
-    m_animation->setStartValue(ui()->SVBottom->maximumHeight());
-    m_animation->setEndValue(height);
-    m_animation->start();
-}
-
-void LoadedPageController::clearDetails() {
-    Ui::LoadedPage *form = ui();
-    form->lbKname->setText(QString());
-    form->tfKPath->setText(QString());
-    form->ka64->setChecked(false);
-    form->ka32->setChecked(false);
 }

@@ -8,6 +8,7 @@
 #include "pages/MaintenancePage.h"
 #include "pages/UnpackPage.h"
 #include "ui_MainWindow.h"
+#include "volumes/KextFolders.h"
 
 #include <QActionGroup>
 #include <QMessageBox>
@@ -84,4 +85,64 @@ QString MainWindow::toolbarIdentifier(int page) {
     if (page < 0 || page >= int(std::size(toolbarIds)))
         return {};
     return QLatin1String(toolbarIds[page]);
+}
+
+QToolBar *MainWindow::pageToolBar() const {
+    return m_ui->ToolBar;
+}
+
+bool MainWindow::prelinkKernel() const {
+    return m_ui->MI_PrelinkKernel->isChecked();
+}
+
+void MainWindow::setPrelinkKernel(bool checked) {
+    m_ui->MI_PrelinkKernel->setChecked(checked);
+}
+
+void MainWindow::setCheckAtStartup(bool checked) {
+    m_ui->MI_checkatstart->setChecked(checked);
+}
+
+void MainWindow::hideDonation() {
+    m_ui->MI_Donate->setVisible(false);
+    m_spacer->setVisible(false);
+}
+
+void MainWindow::setExtraMenuEnabled(bool enabled) {
+    m_ui->MI_HideExtra->setEnabled(enabled);
+    m_ui->MI_ShowExtra->setEnabled(enabled);
+}
+
+QList<QAction *> MainWindow::versionItems() const {
+    return {m_ui->MI_VerIndpd, m_ui->MI_Ver104, m_ui->MI_Ver105, m_ui->MI_Ver106, m_ui->MI_Ver107};
+}
+
+void MainWindow::showVersionFolders(const QList<bool> &present) {
+    const QList<QAction *> items = versionItems().mid(1);
+    m_ui->MI_VerIndpd->setChecked(true);
+    for (QAction *item : items) {
+        item->setVisible(false);
+        item->setChecked(false);
+    }
+    m_verSpacer->setVisible(false);
+    for (int i = 0; i < items.size() && i < present.size(); ++i) {
+        if (present.at(i)) {
+            m_verSpacer->setVisible(true);
+            items.at(i)->setVisible(true);
+        }
+    }
+}
+
+QString MainWindow::markVersion(QAction *item) {
+    const QList<QAction *> items = versionItems().mid(1);
+    m_ui->MI_VerIndpd->setChecked(false);
+    for (QAction *version : items)
+        version->setChecked(false);
+    const int match = KextFolders::versions().indexOf(item ? item->text() : QString());
+    if (match < 0) {
+        m_ui->MI_VerIndpd->setChecked(true);
+        return QString();
+    }
+    items.at(match)->setChecked(true);
+    return KextFolders::versions().at(match);
 }

@@ -9,6 +9,7 @@ class LoadedPage;
 class MaintenancePage;
 class QAction;
 class QActionGroup;
+class QToolBar;
 class UnpackPage;
 class filesdrop;
 
@@ -19,15 +20,14 @@ class MainWindow;
 // The five task pages in the order of the tab view.
 enum TaskPage { PageMaintenance = 0, PageInstallation, PageUnpacking, PageChecking, PageLoaded };
 
-// The main window: menus, the page toolbar and the page container. It only assembles
-// the pages; TovrelAppDelegate and LoadedDelegate give them behaviour.
+// The main window: menus, the page toolbar and the page container. It assembles the pages
+// and owns the menus' form; TovrelAppDelegate and LoadedDelegate give them behaviour.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
 
-    Ui::MainWindow *ui() const { return m_ui.get(); }
     MaintenancePage *maintenancePage() const { return m_maintenance; }
     InstallPage *installPage() const { return m_install; }
     UnpackPage *unpackPage() const { return m_unpack; }
@@ -35,11 +35,29 @@ public:
     LoadedPage *loadedPage() const { return m_loaded; }
     filesdrop *dropTarget() const;
 
-    // Any action of the menus or the toolbar by object name ("MI_Donate", "ti_m").
+    // Any action of the menus or the toolbar by its outlet name ("MI_Donate", "ti_m"):
+    // the controllers connect their handlers to these.
     QAction *action(const QString &name) const;
     // The two spacers are separators; they carry names so they can be hidden.
     QAction *donateSpacer() const { return m_spacer; }
     QAction *versionSpacer() const { return m_verSpacer; }
+    QToolBar *pageToolBar() const;
+
+    // The settings' check marks in the Options menu.
+    bool prelinkKernel() const;
+    void setPrelinkKernel(bool checked);
+    void setCheckAtStartup(bool checked);
+    // No donation page to go to: its entry and the separator above it go.
+    void hideDonation();
+    // Hiding and showing Extra need an Extra folder on the chosen volume.
+    void setExtraMenuEnabled(bool enabled);
+    // The version menu offers the version folders the volume has (one flag per version
+    // "10.4" .. "10.7"), with Extra itself chosen.
+    void showVersionFolders(const QList<bool> &present);
+    // The version items, "independent" first.
+    QList<QAction *> versionItems() const;
+    // Marks the chosen version item alone and gives its version, or "" for Extra itself.
+    QString markVersion(QAction *item);
 
     // Page switching as the page container knows it (no guards here).
     int currentPage() const;

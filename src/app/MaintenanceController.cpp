@@ -3,92 +3,32 @@
 #include "AppSettings.h"
 #include "MainWindow.h"
 #include "MkextBuilderNotice.h"
+#include "TaskReporter.h"
+#include "TaskRunner.h"
 #include "TovrelAppDelegate.h"
-#include "exec/AdminAuthentication.h"
+#include "exec/AppServices.h"
 #include "exec/FailedCommands.h"
-#include "exec/IconAlert.h"
-#include "exec/SessionExecutor.h"
 #include "maintenance/MaintenancePlan.h"
-#include "maintenance/MaintenanceView.h"
 #include "pages/MaintenancePage.h"
-#include "ui_MainWindow.h"
-#include "ui_MaintenancePage.h"
 
-#include <QPointer>
-#include <QtConcurrent/QtConcurrentRun>
-
-// The plan's view on the background thread: every effect is queued to the controller on
-// the UI thread, so the widgets change in the plan's order. When the window is gone
-// before the job ends the remaining effects are dropped.
-class MaintenanceController::PostingView final : public MaintenanceView {
-public:
-    explicit PostingView(MaintenanceController *controller) : m_controller(controller) {}
-
-    void rootPathChosen(const QString &rootPath) override {
-        post([rootPath](MaintenanceController &c) { c.m_delegate.rp = rootPath; });
-    }
-    void setControlsEnabled(bool enabled) override {
-        post([enabled](MaintenanceController &c) { c.setControlsEnabled(enabled); });
-    }
-    void setWorking(bool working) override {
-        post([working](MaintenanceController &c) { c.m_delegate.workingMain = working; });
-    }
-    void setSpinning(bool spinning) override {
-        post([spinning](MaintenanceController &c) {
-            c.m_delegate.maintenancePage()->ui()->circleMain->setVisible(spinning);
-        });
-    }
-    void setStatus(const QString &text) override {
-        post([text](MaintenanceController &c) {
-            c.m_delegate.maintenancePage()->ui()->lbMainTask->setText(text);
-        });
-    }
-    void reevaluateVolume() override {
-        post([](MaintenanceController &c) { c.m_delegate.DiskSelectorMaintenance(nullptr); });
-    }
-    void commandsFailed(const QStringList &failures) override {
-        const QString status = FailedCommands::summary(failures.size());
-        post([status](MaintenanceController &c) {
-            c.m_delegate.maintenancePage()->ui()->lbMainTask->setText(status);
-        });
-    }
-    void showError(const QString &message) override {
-        post([message](MaintenanceController &c) {
-            c.m_jobRunning = false;
-            IconAlert::defaultinst().ShowErrorMsg(message, &c.m_delegate.window());
-            emit c.jobFinished();
-        });
-    }
-    void showInfo(const QString &message) override {
-        post([message](MaintenanceController &c) {
-            c.m_jobRunning = false;
-            IconAlert::defaultinst().ShowInfoMsg(message, &c.m_delegate.window());
-            emit c.jobFinished();
-        });
-    }
-
-private:
-    template <typename Effect> void post(Effect effect) {
-        QPointer<MaintenanceController> controller = m_controller;
-        if (!controller)
-            return;
-        QMetaObject::invokeMethod(
-            controller.data(),
-            [controller, effect] {
-                if (controller)
-                    effect(*controller);
-            },
-            Qt::QueuedConnection);
-    }
-    QPointer<MaintenanceController> m_controller;
-};
-
-MaintenanceController::MaintenanceController(TovrelAppDelegate &delegate)
-    : QObject(&delegate), m_delegate(delegate),
-      m_executor(std::make_shared<SessionExecutor>(AdminAuthentication::sharedInstance())),
-      m_isRoot([](const QString &path) { return IconAlert::defaultinst().isRoot(path); }) {
-    connect(m_delegate.maintenancePage()->ui()->bMainButton, &QPushButton::clicked, this,
-            &MaintenanceController::bMain);
+MaintenanceController::MaintenanceController(TovrelAppDelegate &delegate, AppServices &services,
+                                             TaskRunner &tasks)
+    : QObject(&delegate), m_delegate(delegate), m_services(services), m_tasks(tasks),
+      m_reporter(new TaskReporter(delegate.workingMain, this)) {
+    MaintenancePage *page = delegate.maintenancePage();
+    connect(page, &MaintenancePage::startClicked, this, &MaintenanceController::bMain);
+    connect(m_reporter, &TaskReporter::rootPath, this,
+            [this](const QString &rootPath) { m_delegate.rp = rootPath; });
+    connect(m_reporter, &TaskReporter::busy, page, &MaintenancePage::setBusy);
+    connect(m_reporter, &TaskReporter::spinner, page, &MaintenancePage::setSpinning);
+    connect(m_reporter, &TaskReporter::status, page, &MaintenancePage::setStatus);
+    connect(m_reporter, &TaskReporter::volumeChanged, this,
+            [this] { m_delegate.DiskSelectorMaintenance(nullptr); });
+    // The closing text stays the plan's; the status line says that commands failed.
+    connect(m_reporter, &TaskReporter::commandFailures, page,
+            [page](const QStringList &failures) {
+                page->setStatus(FailedCommands::summary(failures.size()));
+            });
 }
 
 MaintenanceController::~MaintenanceController() = default;
@@ -98,36 +38,25 @@ void MaintenanceController::bMain() {
     // must not start a second job on the same folders.
     if (m_jobRunning)
         return;
-    auto *page = m_delegate.maintenancePage()->ui();
-    MaintenanceOptions options;
-    options.volume = page->DiskSelMain->currentText();
+    MaintenanceOptions options = m_delegate.maintenancePage()->options();
     options.extraVersion = m_delegate.ExtraVer;
-    options.repairExtra = page->cbERP->checkState();
-    options.rebuildExtraMkext = page->cbERM->checkState();
-    options.repairSle = page->cbSLERP->checkState();
-    options.rebuildCaches = page->cbSLERC->checkState();
-    options.prelinkKernel = m_delegate.window().ui()->MI_PrelinkKernel->isChecked();
+    options.prelinkKernel = m_delegate.window().prelinkKernel();
     options.recreateLionCache = m_delegate.settings().boolean(AppSettings::lionCacheKey);
 
-    auto view = std::make_shared<PostingView>(this);
-    auto plan = std::make_shared<MaintenancePlan>(options, m_delegate.paths(), *m_executor, *view);
-    plan->setIsRoot(m_isRoot);
-    // The input check's alert comes through the view, on this thread.
-    if (!plan->prepare())
+    // Each run has its executor, kept alive by the job that uses it.
+    std::shared_ptr<Executor> executor = m_services.executor();
+    auto plan = std::make_shared<MaintenancePlan>(options, m_services, *executor, *m_reporter);
+    // The input check and the password are asked on this thread.
+    if (const std::optional<TaskResult> end = plan->prepare()) {
+        m_services.alerts().showResult(*end, &m_delegate.window());
         return;
+    }
     if (options.rebuildExtraMkext != Qt::Unchecked || options.recreateLionCache)
-        showMkextBuilderNotice(m_delegate.window(), m_delegate.paths());
+        showMkextBuilderNotice(m_delegate.window(), m_services.paths());
     m_jobRunning = true;
-    auto executor = m_executor; // kept alive with the plan that refers to it
-    (void)QtConcurrent::run([plan, view, executor] { plan->run(); });
-}
-
-void MaintenanceController::setControlsEnabled(bool enabled) {
-    auto *page = m_delegate.maintenancePage()->ui();
-    // In the order the job is known to switch them.
-    const QList<QWidget *> controls{page->bMainButton, page->cbSLE,      page->cbSLERP,
-                                    page->cbSLERC,     page->cbExtra,    page->cbERP,
-                                    page->cbERM,       page->DiskSelMain};
-    for (QWidget *control : controls)
-        control->setEnabled(enabled);
+    m_tasks.start(this, [plan, executor] { return plan->run(); },
+                  [this](const TaskResult &result) {
+                      m_jobRunning = false;
+                      m_services.alerts().showResult(result, &m_delegate.window());
+                  });
 }

@@ -1,44 +1,32 @@
 #pragma once
 
 #include <QObject>
-#include <QString>
-#include <functional>
-#include <memory>
+#include <atomic>
 
-class Executor;
+class AppServices;
+class TaskReporter;
+class TaskRunner;
 class TovrelAppDelegate;
 
 // The maintenance page's button: reads the page into options, checks them and asks for
-// root on the UI thread, then runs the plan on a background thread. The plan's effects
-// come back to the UI thread in the order the plan made them.
+// root on the UI thread, then hands the plan to the task runner. The plan's effects come
+// back to the page in the order the plan made them; its end is the closing alert.
 class MaintenanceController : public QObject {
     Q_OBJECT
 public:
-    explicit MaintenanceController(TovrelAppDelegate &delegate);
+    MaintenanceController(TovrelAppDelegate &delegate, AppServices &services, TaskRunner &tasks);
     ~MaintenanceController() override;
 
-    // Seams for tests: the executor of root commands (the privileged session by
-    // default) and the started-system probe (diskutil by default).
-    void setExecutor(std::shared_ptr<Executor> executor) { m_executor = std::move(executor); }
-    void setIsRoot(std::function<bool(const QString &)> isRoot) { m_isRoot = std::move(isRoot); }
-
-    // Whether a job was handed to the background and has not ended yet.
+    // Whether a job was handed to the runner and has not ended yet.
     bool jobRunning() const { return m_jobRunning; }
 
 public slots:
     void bMain();
 
-signals:
-    // The job has shown its closing alert.
-    void jobFinished();
-
 private:
-    class PostingView;
-    friend class PostingView;
-    void setControlsEnabled(bool enabled);
-
     TovrelAppDelegate &m_delegate;
-    std::shared_ptr<Executor> m_executor;
-    std::function<bool(const QString &)> m_isRoot;
+    AppServices &m_services;
+    TaskRunner &m_tasks;
+    TaskReporter *m_reporter;
     bool m_jobRunning = false;
 };

@@ -1,7 +1,6 @@
 #include "ToolbarCustomizeDialog.h"
 
 #include "MainWindow.h"
-#include "ui_MainWindow.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -9,6 +8,7 @@
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QGroupBox>
+#include <QToolBar>
 #include <QVBoxLayout>
 
 ToolbarCustomizeDialog::ToolbarCustomizeDialog(MainWindow &window)
@@ -35,7 +35,7 @@ ToolbarCustomizeDialog::ToolbarCustomizeDialog(MainWindow &window)
     style->addItem(tr("Icon and Text"), int(Qt::ToolButtonTextUnderIcon));
     style->addItem(tr("Icon Only"), int(Qt::ToolButtonIconOnly));
     style->addItem(tr("Text Only"), int(Qt::ToolButtonTextOnly));
-    style->setCurrentIndex(style->findData(int(window.ui()->ToolBar->toolButtonStyle())));
+    style->setCurrentIndex(style->findData(int(window.pageToolBar()->toolButtonStyle())));
     connect(style, &QComboBox::currentIndexChanged, this, &ToolbarCustomizeDialog::applyStyle);
     form->addRow(tr("Show:"), style);
     layout->addLayout(form);
@@ -47,5 +47,5 @@ ToolbarCustomizeDialog::ToolbarCustomizeDialog(MainWindow &window)
 
 void ToolbarCustomizeDialog::applyStyle(int index) {
     auto *style = findChild<QComboBox *>(QStringLiteral("toolbarStyle"));
-    m_window.ui()->ToolBar->setToolButtonStyle(Qt::ToolButtonStyle(style->itemData(index).toInt()));
+    m_window.pageToolBar()->setToolButtonStyle(Qt::ToolButtonStyle(style->itemData(index).toInt()));
 }

@@ -3,36 +3,26 @@
 #include "AppSettings.h"
 #include "DonationProbe.h"
 #include "MainWindow.h"
-#include "OptionGroup.h"
 #include "SystemImages.h"
 #include "ToolbarCustomizeDialog.h"
 #include "ToolbarIcons.h"
 #include "UpdateCheck.h"
-#include "VolumeTables.h"
-#include "exec/IconAlert.h"
+#include "exec/AppServices.h"
+#include "filesdrop.h"
 #include "pages/CheckPage.h"
 #include "pages/InstallPage.h"
 #include "pages/MaintenancePage.h"
 #include "pages/UnpackPage.h"
-#include "ui_CheckPage.h"
-#include "ui_InstallPage.h"
-#include "ui_MainWindow.h"
-#include "ui_MaintenancePage.h"
-#include "ui_UnpackPage.h"
-#include "volumes/KextFolderLayout.h"
+#include "volumes/KextFolders.h"
 #include "volumes/VolumeList.h"
 
+#include <QAction>
 #include <QDesktopServices>
 #include <QUrl>
 
-TovrelAppDelegate::TovrelAppDelegate(MainWindow &window, const SystemPaths &paths, QObject *parent)
-    : QObject(parent), m_window(window), m_paths(paths),
-      m_settings(std::make_unique<AppSettings>(paths.contentsDir())),
-      m_tables(std::make_unique<VolumeTables>(window)),
-      m_isRoot([](const QString &path) { return IconAlert::defaultinst().isRoot(path); }) {
-    auto *main = maintenancePage()->ui();
-    m_extraGroup = std::make_unique<OptionGroup>(main->cbExtra, main->cbERP, main->cbERM);
-    m_sleGroup = std::make_unique<OptionGroup>(main->cbSLE, main->cbSLERP, main->cbSLERC);
+TovrelAppDelegate::TovrelAppDelegate(MainWindow &window, AppServices &services, QObject *parent)
+    : QObject(parent), m_window(window), m_services(services), m_paths(services.paths()),
+      m_settings(std::make_unique<AppSettings>(m_paths.contentsDir())) {
     connectActions();
 }
 
@@ -55,50 +45,30 @@ CheckPage *TovrelAppDelegate::checkPage() const {
 }
 
 void TovrelAppDelegate::connectActions() {
-    auto *menu = m_window.ui();
-    connect(menu->ti_m, &QAction::triggered, this, &TovrelAppDelegate::TBIMain);
-    connect(menu->ti_i, &QAction::triggered, this, &TovrelAppDelegate::TBInstall);
-    connect(menu->ti_u, &QAction::triggered, this, &TovrelAppDelegate::TBIUnpack);
-    connect(menu->ti_c, &QAction::triggered, this, &TovrelAppDelegate::TBICheck);
-    connect(menu->MI_MenuMain, &QAction::triggered, this, &TovrelAppDelegate::MenuMain);
-    connect(menu->MI_MenuInst, &QAction::triggered, this, &TovrelAppDelegate::MenuInst);
-    connect(menu->MI_MenuUnpck, &QAction::triggered, this, &TovrelAppDelegate::MenuUnpck);
-    connect(menu->MI_MenuCheck, &QAction::triggered, this, &TovrelAppDelegate::MenuCheck);
-    connect(menu->MI_TBCust, &QAction::triggered, this, &TovrelAppDelegate::TBCust);
-    connect(menu->MI_checkatstart, &QAction::triggered, this,
+    const auto on = [this](const char *name, void (TovrelAppDelegate::*handler)()) {
+        connect(m_window.action(QLatin1String(name)), &QAction::triggered, this, handler);
+    };
+    on("ti_m", &TovrelAppDelegate::TBIMain);
+    on("ti_i", &TovrelAppDelegate::TBInstall);
+    on("ti_u", &TovrelAppDelegate::TBIUnpack);
+    on("ti_c", &TovrelAppDelegate::TBICheck);
+    on("MI_MenuMain", &TovrelAppDelegate::MenuMain);
+    on("MI_MenuInst", &TovrelAppDelegate::MenuInst);
+    on("MI_MenuUnpck", &TovrelAppDelegate::MenuUnpck);
+    on("MI_MenuCheck", &TovrelAppDelegate::MenuCheck);
+    on("MI_TBCust", &TovrelAppDelegate::TBCust);
+    on("MI_Donate", &TovrelAppDelegate::Donate);
+    connect(m_window.action(QStringLiteral("MI_checkatstart")), &QAction::triggered, this,
             &TovrelAppDelegate::CheckForUpdatesAtStartup);
-    connect(menu->MI_PrelinkKernel, &QAction::triggered, this, &TovrelAppDelegate::PrelinkKernel);
-    connect(menu->MI_Donate, &QAction::triggered, this, &TovrelAppDelegate::Donate);
-    for (QAction *version :
-         {menu->MI_VerIndpd, menu->MI_Ver104, menu->MI_Ver105, menu->MI_Ver106, menu->MI_Ver107})
+    connect(m_window.action(QStringLiteral("MI_PrelinkKernel")), &QAction::triggered, this,
+            &TovrelAppDelegate::PrelinkKernel);
+    for (QAction *version : m_window.versionItems())
         connect(version, &QAction::triggered, this, [this, version] { CheckVer(version); });
 
-    auto *main = maintenancePage()->ui();
-    connect(main->cbExtra, &QCheckBox::clicked, this, &TovrelAppDelegate::cbExtraC);
-    connect(main->cbSLE, &QCheckBox::clicked, this, &TovrelAppDelegate::cbSLEC);
-    connect(main->cbERP, &QCheckBox::clicked, this, &TovrelAppDelegate::cbMixExtra);
-    connect(main->cbERM, &QCheckBox::clicked, this, &TovrelAppDelegate::cbMixExtra);
-    connect(main->cbSLERP, &QCheckBox::clicked, this, &TovrelAppDelegate::cbMixSLE);
-    connect(main->cbSLERC, &QCheckBox::clicked, this, &TovrelAppDelegate::cbMixSLE);
-    connect(main->DiskSelMain, &QComboBox::activated, this,
-            [this, main] { DiskSelectorMaintenance(main->DiskSelMain); });
-
-    auto *inst = installPage()->ui();
-    connect(inst->DiskSelInst, &QComboBox::activated, this,
-            [this, inst] { DiskSelectorInstallation(inst->DiskSelInst); });
-    connect(inst->inExtra, &QRadioButton::clicked, this, [this, inst] {
-        selectDestination(inst->inExtra);
-        EEnableDiskSel();
-    });
-    connect(inst->inSLE, &QRadioButton::clicked, this, [this, inst] {
-        selectDestination(inst->inSLE);
-        SLEEnableDiskSel();
-    });
-    connect(inst->inDesktop, &QRadioButton::clicked, this, [this, inst] {
-        selectDestination(inst->inDesktop);
-        MkextDisableDiskSel();
-    });
-
+    connect(maintenancePage(), &MaintenancePage::volumeChosen, this,
+            [this] { DiskSelectorMaintenance(maintenancePage()); });
+    connect(installPage(), &InstallPage::volumeChosen, this,
+            [this] { DiskSelectorInstallation(installPage()); });
     connect(m_window.dropTarget(), &filesdrop::dropped, this, &TovrelAppDelegate::filesDragged);
 }
 
@@ -172,111 +142,52 @@ void TovrelAppDelegate::putToolbarSelectionBack() {
         m_window.selectToolbarItem(id);
 }
 
-// --- Option groups and destinations ---------------------------------------------------
-
-void TovrelAppDelegate::cbExtraC() {
-    m_extraGroup->parentClicked();
-}
-
-void TovrelAppDelegate::cbSLEC() {
-    m_sleGroup->parentClicked();
-}
-
-void TovrelAppDelegate::cbMixExtra() {
-    m_extraGroup->childClicked();
-    // A mkext rebuild the volume can't have is cleared; the parent keeps what the
-    // children said before, so it may still show the rebuild as wanted.
-    QCheckBox *rebuild = maintenancePage()->ui()->cbERM;
-    if (rebuild->checkState() == Qt::Checked && !rebuild->isEnabled())
-        rebuild->setCheckState(Qt::Unchecked);
-}
-
-void TovrelAppDelegate::cbMixSLE() {
-    m_sleGroup->childClicked();
-}
-
-void TovrelAppDelegate::EEnableDiskSel() {
-    installPage()->ui()->DiskSelInst->setEnabled(true);
-}
-
-void TovrelAppDelegate::SLEEnableDiskSel() {
-    installPage()->ui()->DiskSelInst->setEnabled(true);
-}
-
-void TovrelAppDelegate::MkextDisableDiskSel() {
-    installPage()->ui()->DiskSelInst->setEnabled(false);
-}
-
-void TovrelAppDelegate::selectDestination(QObject *chosen) {
-    // The three choices form one group, but the group may also have none selected (a
-    // volume without S/L/E and Extra), so exclusivity is kept here.
-    auto *inst = installPage()->ui();
-    for (QRadioButton *choice : {inst->inExtra, inst->inSLE, inst->inDesktop})
-        choice->setChecked(choice == chosen);
-}
-
 // --- Volumes ----------------------------------------------------------------------------
 
 void TovrelAppDelegate::DiskSelectorMaintenance(QObject *sender) {
-    auto *main = maintenancePage()->ui();
-    auto *inst = installPage()->ui();
-    rp = m_paths.volumeRoot(main->DiskSelMain->currentText());
-    inst->DiskSelInst->setCurrentIndex(
-        inst->DiskSelInst->findText(main->DiskSelMain->currentText()));
-    inst->DiskSelInst->setEnabled(true);
+    const QString volume = maintenancePage()->volume();
+    rp = m_paths.volumeRoot(volume);
+    installPage()->selectVolume(volume);
+    installPage()->setVolumeChoiceEnabled(true);
     applyVolumeTables(sender);
 }
 
 void TovrelAppDelegate::DiskSelectorInstallation(QObject *sender) {
-    auto *main = maintenancePage()->ui();
-    auto *inst = installPage()->ui();
-    rp = m_paths.volumeRoot(inst->DiskSelInst->currentText());
+    const QString volume = installPage()->volume();
+    rp = m_paths.volumeRoot(volume);
     // The maintenance popup follows, but stays as disabled as a running job left it.
-    main->DiskSelMain->setCurrentIndex(
-        main->DiskSelMain->findText(inst->DiskSelInst->currentText()));
+    maintenancePage()->selectVolume(volume);
     applyVolumeTables(sender);
 }
 
 void TovrelAppDelegate::applyVolumeTables(QObject *sender) {
-    m_tables->applySle(KextFolderLayout::slePresent(rp));
-    m_tables->applyExtra(KextFolderLayout::extraPresent(rp, ExtraVer));
+    // Boxes are only ever switched off or enabled here, never ticked: what the user ticked
+    // stays ticked while it applies.
+    const KextFolders folders(rp, ExtraVer);
+    const bool sle = folders.slePresent();
+    maintenancePage()->setSleAvailable(sle);
+    installPage()->setSleAvailable(sle);
+    const bool extra = folders.extraPresent();
+    maintenancePage()->setExtraAvailable(extra);
+    installPage()->setExtraAvailable(extra);
+    m_window.setExtraMenuEnabled(extra);
     if (sender)
-        m_tables->applyVersions(KextFolderLayout::versionFolders(rp));
+        m_window.showVersionFolders(folders.versionFolders());
 }
 
 void TovrelAppDelegate::CheckVer(QAction *item) {
-    auto *menu = m_window.ui();
-    QAction *const versionItems[] = {menu->MI_Ver104, menu->MI_Ver105, menu->MI_Ver106,
-                                     menu->MI_Ver107};
-    menu->MI_VerIndpd->setChecked(false);
-    for (QAction *version : versionItems)
-        version->setChecked(false);
-    const QString title = item ? item->text() : QString();
-    const int match = KextFolderLayout::versions().indexOf(title);
-    if (match >= 0) {
-        versionItems[match]->setChecked(true);
-        ExtraVer = title;
-    } else {
-        menu->MI_VerIndpd->setChecked(true);
-        ExtraVer.clear();
-    }
+    ExtraVer = m_window.markVersion(item);
     DiskSelectorMaintenance(nullptr);
 }
 
 void TovrelAppDelegate::fillVolumeLists() {
-    auto *main = maintenancePage()->ui();
-    auto *inst = installPage()->ui();
     const QString volumesDir = m_paths.volumesDir();
     const QStringList volumes = VolumeList::build(volumesDir);
-    inst->DiskSelInst->clear();
-    inst->DiskSelInst->addItems(volumes);
-    main->DiskSelMain->clear();
-    main->DiskSelMain->addItems(volumes);
-    const int started = VolumeList::preselection(volumes, volumesDir, m_isRoot);
-    if (started >= 0) {
-        main->DiskSelMain->setCurrentIndex(started);
-        inst->DiskSelInst->setCurrentIndex(started);
-    }
+    const int started = VolumeList::preselection(volumes, volumesDir, [this](const QString &path) {
+        return m_services.isStartedSystem(path);
+    });
+    installPage()->setVolumes(volumes, started);
+    maintenancePage()->setVolumes(volumes, started);
 }
 
 // --- Drops ------------------------------------------------------------------------------
@@ -288,30 +199,26 @@ void TovrelAppDelegate::filesDragged(const QStringList &files) {
 // --- Start-up and settings --------------------------------------------------------------
 
 void TovrelAppDelegate::applicationDidFinishLaunching() {
-    // The notification service was given to IconAlert when the window was built.
-    unpackPage()->ui()->MKUnPath->setText(m_paths.home() +
-                                          QStringLiteral("/Desktop/Mkext Contents"));
-    auto *arch = unpackPage()->ui()->MkArch;
-    arch->clear();
-    arch->addItems({QStringLiteral("x86_64"), QStringLiteral("i386"), QStringLiteral("ppc"),
-                    QStringLiteral("ppc64")});
-    checkPage()->ui()->kdep->setLineWrapMode(QPlainTextEdit::NoWrap);
+    // The notification service was given to the services when the window was built.
+    unpackPage()->setFolder(m_paths.home() + QStringLiteral("/Desktop/Mkext Contents"));
+    unpackPage()->setArchitectures({QStringLiteral("x86_64"), QStringLiteral("i386"),
+                                    QStringLiteral("ppc"), QStringLiteral("ppc64")});
     m_window.selectToolbarItem(QStringLiteral("ti_m"));
-    installPage()->ui()->InstProgress->setRange(0, 100);
+    installPage()->setProgressMaximum(100);
     ToolbarIcons::applySystem(m_window, SystemImages(m_paths));
     fillVolumeLists();
     DiskSelectorMaintenance(nullptr);
     // The version menu starts as a volume choice leaves it: only the shown volume's
     // version folders have items.
-    m_tables->applyVersions(KextFolderLayout::versionFolders(rp));
+    m_window.showVersionFolders(KextFolders(rp).versionFolders());
 
-    auto *menu = m_window.ui();
-    if (m_settings->boolean(AppSettings::checkAtStartupKey)) {
-        menu->MI_checkatstart->setChecked(true);
+    const bool checkForUpdates = m_settings->boolean(AppSettings::checkAtStartupKey);
+    m_window.setCheckAtStartup(checkForUpdates);
+    if (checkForUpdates) {
         auto *check = new UpdateCheck(this);
         connect(check, &UpdateCheck::newVersionAvailable, this,
                 [this](const QString &version, const QUrl &download) {
-                    IconAlert::defaultinst().ShowInfoMsg(
+                    m_services.iconAlert().ShowInfoMsg(
                         tr("KextKeeper %1 is available. You can download it from %2")
                             .arg(version, download.toString()),
                         &m_window);
@@ -319,17 +226,15 @@ void TovrelAppDelegate::applicationDidFinishLaunching() {
         connect(check, &UpdateCheck::finished, check, &QObject::deleteLater);
         check->start(QUrl(m_settings->string(AppSettings::feedUrlKey)), QStringLiteral(KK_VERSION));
     } else {
-        menu->MI_checkatstart->setChecked(false);
         auto *probe = new DonationProbe(this);
         connect(probe, &DonationProbe::unreachable, this, [this, probe] {
-            m_window.ui()->MI_Donate->setVisible(false);
-            m_window.donateSpacer()->setVisible(false);
+            m_window.hideDonation();
             probe->deleteLater();
         });
         connect(probe, &DonationProbe::reachable, probe, &QObject::deleteLater);
         probe->start(QUrl(m_settings->string(AppSettings::donationUrlKey)));
     }
-    menu->MI_PrelinkKernel->setChecked(m_settings->boolean(AppSettings::prelinkKernelKey));
+    m_window.setPrelinkKernel(m_settings->boolean(AppSettings::prelinkKernelKey));
 }
 
 void TovrelAppDelegate::CheckForUpdatesAtStartup(bool checked) {

@@ -9,23 +9,24 @@
 #include <functional>
 #include <memory>
 
+class AppServices;
 class AppSettings;
 class CheckPage;
 class InstallPage;
 class MainWindow;
 class MaintenancePage;
-class OptionGroup;
 class QAction;
 class UnpackPage;
-class VolumeTables;
 
-// Coordinates pages 0 to 3 and holds the process-wide task state. Feature controllers
-// (maintenance, installation, checking, unpacking) are QObjects made with a reference
-// to this object; they reach the pages through it and read and set the state below.
+// Coordinates pages 0 to 3 and holds the process-wide task state: page switching and its
+// guards, the volume both pages work on and what it holds, the version folder, drops and
+// the settings. Feature controllers (maintenance, installation, checking, unpacking) are
+// QObjects made with a reference to this object; they talk to the pages through their
+// intent and read and set the state below.
 class TovrelAppDelegate : public QObject {
     Q_OBJECT
 public:
-    TovrelAppDelegate(MainWindow &window, const SystemPaths &paths, QObject *parent = nullptr);
+    TovrelAppDelegate(MainWindow &window, AppServices &services, QObject *parent = nullptr);
     ~TovrelAppDelegate() override;
 
     // The target volume's root path: volumes folder + "/" + title, set by the selectors.
@@ -46,10 +47,6 @@ public:
     const SystemPaths &paths() const { return m_paths; }
     AppSettings &settings() const { return *m_settings; }
 
-    // Whether a volume root is the started system; IconAlert's diskutil probe unless a
-    // test puts its own answer in.
-    void setIsRootProbe(std::function<bool(const QString &)> probe) { m_isRoot = std::move(probe); }
-
     // Gives every control its start-up content, in order, and starts the update check
     // or the donation probe.
     void applicationDidFinishLaunching();
@@ -64,15 +61,6 @@ public slots:
     void MenuUnpck();
     void MenuCheck();
     void TBCust();
-
-    void cbExtraC();
-    void cbSLEC();
-    void cbMixExtra();
-    void cbMixSLE();
-
-    void EEnableDiskSel();
-    void SLEEnableDiskSel();
-    void MkextDisableDiskSel();
 
     // A null sender re-evaluates the option boxes only; a popup's own choice also
     // rebuilds the version menu.
@@ -96,13 +84,9 @@ private:
     void connectActions();
     void fillVolumeLists();
     void applyVolumeTables(QObject *sender);
-    void selectDestination(QObject *chosen);
 
     MainWindow &m_window;
+    AppServices &m_services;
     SystemPaths m_paths;
     std::unique_ptr<AppSettings> m_settings;
-    std::unique_ptr<OptionGroup> m_extraGroup;
-    std::unique_ptr<OptionGroup> m_sleGroup;
-    std::unique_ptr<VolumeTables> m_tables;
-    std::function<bool(const QString &)> m_isRoot;
 };

@@ -3,12 +3,10 @@
 #include "inspect/MkextUnpackTask.h"
 
 #include <QObject>
-#include <functional>
 
+class AppServices;
+class FilePanels;
 class TovrelAppDelegate;
-namespace Ui {
-class UnpackPage;
-}
 
 // The unpack page: choose an mkext (or drop one) to see its listing, choose a folder,
 // and unpack one architecture there. Everything runs on the UI thread and waits for the
@@ -16,14 +14,7 @@ class UnpackPage;
 class UnpackController : public QObject {
     Q_OBJECT
 public:
-    explicit UnpackController(TovrelAppDelegate &delegate);
-
-    // Asks for a file (an mkext) or a folder and answers with the panel's return code
-    // (1 = chosen) and the path. Window-modal panels unless a test answers.
-    enum class PanelKind { Mkext, Folder };
-    using OpenPanel =
-        std::function<void(PanelKind kind, std::function<void(int, const QString &)> done)>;
-    void setOpenPanel(OpenPanel panel) { m_panel = std::move(panel); }
+    UnpackController(TovrelAppDelegate &delegate, AppServices &services, FilePanels &panels);
 
 public slots:
     void bSelectMkext();
@@ -35,11 +26,10 @@ public slots:
     void listMkext(const QString &mkext);
 
 private:
-    Ui::UnpackPage *ui() const;
     MkextUnpackTask unpacker() const;
-    void openPanel(PanelKind kind, std::function<void(int, const QString &)> done);
     void onDrop(const QStringList &files);
 
     TovrelAppDelegate &m_delegate;
-    OpenPanel m_panel;
+    AppServices &m_services;
+    FilePanels &m_panels;
 };

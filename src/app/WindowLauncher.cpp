@@ -5,25 +5,24 @@
 #include "MessageBoxSheets.h"
 #include "PasswordDialog.h"
 #include "exec/AdminAuthentication.h"
+#include "exec/AppServices.h"
 #include "exec/FreedesktopNotifier.h"
-#include "exec/IconAlert.h"
 
 #include <QApplication>
 #include <QTimer>
 
-int launchWindow(QApplication &app, const SystemPaths &paths) {
+int launchWindow(QApplication &app, const SystemPaths &paths, AdminAuthentication &session) {
     AppSettings(paths.contentsDir()).seedDefaults();
 
-    AssembledWindow assembled(paths);
-    static FreedesktopNotifier notifier;
-    static MessageBoxSheets sheets{SystemImages(paths)};
+    FreedesktopNotifier notifier;
+    MessageBoxSheets sheets{SystemImages(paths)};
+    AppServices services(paths, session, Alerts(&notifier, &sheets));
+    AssembledWindow assembled(services);
     // A child of the window, so it goes before the window does, not after it.
     PasswordDialog prompt(&assembled.window);
-    AdminAuthentication::sharedInstance().setPasswordPrompt(&prompt);
-    IconAlert::configureDefault(paths, AdminAuthentication::sharedInstance(),
-                                Alerts(&notifier, &sheets));
-    prompt.setErrorHandler([&assembled](const QString &text) {
-        IconAlert::defaultinst().ShowErrorMsg(text, &assembled.window);
+    session.setPasswordPrompt(&prompt);
+    prompt.setErrorHandler([&services, &assembled](const QString &text) {
+        services.iconAlert().ShowErrorMsg(text, &assembled.window);
     });
 
     // Closing the main window ends the program (Qt quits after the last window).
@@ -32,6 +31,6 @@ int launchWindow(QApplication &app, const SystemPaths &paths) {
     assembled.window.show();
     QTimer::singleShot(0, &assembled.delegate, &TovrelAppDelegate::applicationDidFinishLaunching);
     const int status = app.exec();
-    AdminAuthentication::sharedInstance().setPasswordPrompt(nullptr);
+    session.setPasswordPrompt(nullptr);
     return status;
 }

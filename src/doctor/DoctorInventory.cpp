@@ -3,7 +3,7 @@
 #include "inspect/MachODescriber.h"
 #include "maintenance/LionCache.h"
 #include "plist/PlistFile.h"
-#include "volumes/KextFolderLayout.h"
+#include "volumes/KextFolders.h"
 #include "volumes/KextFolderScan.h"
 
 #include <QFileInfo>
@@ -116,8 +116,9 @@ DoctorScan DoctorInventory::take(const QString &volumeRoot, const QString &extra
     DoctorScan scan;
     scan.volumeRoot = volumeRoot;
     scan.extraVersion = extraVersion;
-    scan.extraBase = KextFolderLayout::extraBase(volumeRoot, extraVersion);
-    scan.sle = KextFolderLayout::sle(volumeRoot);
+    const KextFolders folders(volumeRoot, extraVersion);
+    scan.extraBase = folders.extraBase();
+    scan.sle = folders.sle();
     scan.systemVersion = productVersion(volumeRoot);
     if (scan.systemVersion.isEmpty())
         scan.systemVersion = extraVersion;

@@ -2,6 +2,7 @@
 
 #include "exec/Notifier.h"
 #include "exec/SheetPresenter.h"
+#include "exec/TaskResult.h"
 #include "exec/Tr.h"
 
 Alerts::Alerts(Notifier *notifier, SheetPresenter *sheets)
@@ -25,4 +26,13 @@ void Alerts::showInfo(const QString &message, QObject *window) {
     }
     if (m_sheets)
         m_sheets->showSheet(SheetPresenter::Kind::Info, kkTr("Done"), message, window);
+}
+
+void Alerts::showResult(const TaskResult &result, QObject *window) {
+    if (result.message.isEmpty())
+        return;
+    if (result.ok)
+        showInfo(result.message, window);
+    else
+        showError(result.message, window);
 }

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+struct TaskResult;
 class Notifier;
 class QObject;
 class SheetPresenter;
@@ -15,6 +16,9 @@ public:
 
     void showError(const QString &message, QObject *window);
     void showInfo(const QString &message, QObject *window);
+    // A task's end: its message as an error or an information; nothing for a task that
+    // ends without a word.
+    void showResult(const TaskResult &result, QObject *window);
 
 private:
     bool notifierRuns();

@@ -3,9 +3,9 @@
 #include <QRegularExpression>
 #include <cstring>
 
-QString shellQuote(const QString &word) {
+QString shellQuote(const QString &word, bool always) {
     static const QRegularExpression safe(QStringLiteral("^[A-Za-z0-9_@%+=:,./-]+$"));
-    if (safe.match(word).hasMatch())
+    if (!always && safe.match(word).hasMatch())
         return word;
     QString quoted = word;
     quoted.replace(QLatin1Char('\''), QStringLiteral("'\\''"));

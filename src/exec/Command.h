@@ -29,8 +29,9 @@ struct CommandResult {
     QString statusText() const;
 };
 
-// Quotes one word for a POSIX shell; words made only of safe characters stay bare.
-QString shellQuote(const QString &word);
+// Quotes one word for a POSIX shell; words made only of safe characters stay bare unless
+// `always` is set. An apostrophe in the word is written as '\'' so it can't end the quoting.
+QString shellQuote(const QString &word, bool always = false);
 
 // Debug and test output: QCOMPARE prints both sides of a failed comparison.
 char *toString(const Command &command);

@@ -1,28 +1,21 @@
 #pragma once
 
-#include "exec/Alerts.h"
-#include "exec/RootScript.h"
-#include "volumes/KextLocationIndex.h"
-#include "volumes/SystemPaths.h"
-
 #include <QString>
 #include <QStringList>
 #include <optional>
 
-class AdminAuthentication;
+class AppServices;
+class KextLocationIndex;
 class QObject;
+class SystemPaths;
 
-// The program's shared utility object: runs tools as the user or one root command line,
-// reports the end of tasks, and tells whether a volume is the started system. A thin
-// facade over the focused parts in this folder.
+// The program's shared utility object, under the names its callers know: runs tools as
+// the user or one root command line, reports the end of tasks, tells whether a volume is
+// the started system and holds the kext location index. A thin facade over the program's
+// services; it holds nothing of its own.
 class IconAlert {
 public:
-    IconAlert(const SystemPaths &paths, AdminAuthentication &session, Alerts alerts);
-
-    static IconAlert &defaultinst();
-    // Main replaces the shared object once the paths and seams are known.
-    static void configureDefault(const SystemPaths &paths, AdminAuthentication &session,
-                                 Alerts alerts);
+    explicit IconAlert(AppServices &services) : m_services(services) {}
 
     std::optional<QString> ExecuteCmd(const QString &tool, const QStringList &args);
     std::optional<QString> ExecuteErrorCmd(const QString &tool, const QStringList &args);
@@ -31,17 +24,12 @@ public:
     void ShowErrorMsg(const QString &message, QObject *window);
     void ShowInfoMsg(const QString &message, QObject *window);
 
-    // Whether the path is the mount point of the started system (diskutil info).
+    // Whether the path is the mount point of the started system.
     bool isRoot(const QString &path);
 
-    const SystemPaths &paths() const { return m_paths; }
-    Alerts &alerts() { return m_alerts; }
-    // The one kext location index of the program.
-    KextLocationIndex &index() { return m_index; }
+    const SystemPaths &paths() const;
+    KextLocationIndex &index();
 
 private:
-    SystemPaths m_paths;
-    Alerts m_alerts;
-    RootScript m_rootScript;
-    KextLocationIndex m_index;
+    AppServices &m_services;
 };

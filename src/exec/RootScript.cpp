@@ -37,9 +37,8 @@ QString RootScript::defaultLockPath() {
 }
 
 QString RootScript::scriptLine(const QString &command, const QString &argument) const {
-    QString word = argument;
-    word.replace(QLatin1Char('\''), QStringLiteral("'\\''"));
-    return command + QStringLiteral(" '") + word + QStringLiteral("' 2> ") + shellQuote(logPath());
+    return command + QLatin1Char(' ') + shellQuote(argument, true) + QStringLiteral(" 2> ") +
+           shellQuote(logPath());
 }
 
 std::optional<QString> RootScript::run(const QString &command, const QString &argument) {

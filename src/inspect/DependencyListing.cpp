@@ -1,6 +1,6 @@
 #include "inspect/DependencyListing.h"
 
-#include "exec/IconAlert.h"
+#include "exec/ProcessRunner.h"
 
 Command DependencyListing::command(const SystemPaths &paths, const QString &kext) {
     return {paths.system(QStringLiteral("/usr/sbin/kextlibs")), {kext}, false};
@@ -8,5 +8,5 @@ Command DependencyListing::command(const SystemPaths &paths, const QString &kext
 
 QString DependencyListing::run(const SystemPaths &paths, const QString &kext) {
     const Command c = command(paths, kext);
-    return IconAlert::defaultinst().ExecuteCmd(c.tool, c.args).value_or(QString());
+    return ProcessRunner::output(c.tool, c.args).value_or(QString());
 }

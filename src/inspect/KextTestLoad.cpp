@@ -18,13 +18,11 @@ QString KextTestLoad::noKextMessage() {
     return kkTr("You haven't selected any kext.");
 }
 
-KextTestLoad::Result KextTestLoad::run(const QString &kext) const {
+TaskResult KextTestLoad::run(const QString &kext) const {
     if (kext.isEmpty())
-        return {Outcome::NoKext, noKextMessage()};
-    if (!m_executor.authorize())
-        return {Outcome::Stopped, {}};
-    if (!QFileInfo::exists(kext))
-        return {Outcome::Stopped, {}};
+        return TaskResult::failed(noKextMessage());
+    if (!m_executor.authorize() || !QFileInfo::exists(kext))
+        return TaskResult::failed();
     // Counting first loads the saved folders, so the new one is added to them rather
     // than replacing them.
     m_index.CountPathes();
@@ -33,7 +31,5 @@ KextTestLoad::Result KextTestLoad::run(const QString &kext) const {
     // load then fails.
     m_executor.run(chownCommand(m_paths, kext));
     const QString errors = m_rootRun(loaderName(), kext).value_or(QString());
-    if (errors.isEmpty())
-        return {Outcome::Loaded, {}};
-    return {Outcome::Failed, errors};
+    return errors.isEmpty() ? TaskResult::done() : TaskResult::failed(errors);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exec/Command.h"
+#include "exec/TaskResult.h"
 #include "volumes/SystemPaths.h"
 
 #include <QString>
@@ -13,22 +14,12 @@ class KextLocationIndex;
 // Loads a kext into the running kernel as a test. The kext's folder joins the custom
 // kext folders first (so the loaded kext browser can find the kext later), the bundle is
 // given to root, and the loader runs through the root script: its error text, if any,
-// is the answer. Success is silent.
+// is the answer. Success is silent; no kext chosen and a loader's complaint are errors; a
+// refused password or a kext gone meanwhile end it without a word.
 class KextTestLoad {
 public:
     using RootRun =
         std::function<std::optional<QString>(const QString &command, const QString &argument)>;
-
-    enum class Outcome {
-        NoKext,  // nothing chosen: message says so
-        Stopped, // authorization refused or the kext is gone: no message
-        Loaded,
-        Failed, // message holds the loader's text
-    };
-    struct Result {
-        Outcome outcome;
-        QString message;
-    };
 
     KextTestLoad(const SystemPaths &paths, Executor &executor, KextLocationIndex &index,
                  RootRun rootRun);
@@ -37,7 +28,7 @@ public:
     static QString loaderName() { return QStringLiteral("kextload"); }
     static QString noKextMessage();
 
-    Result run(const QString &kext) const;
+    TaskResult run(const QString &kext) const;
 
 private:
     SystemPaths m_paths;

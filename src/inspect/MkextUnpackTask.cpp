@@ -1,6 +1,5 @@
 #include "inspect/MkextUnpackTask.h"
 
-#include "exec/IconAlert.h"
 #include "exec/ProcessRunner.h"
 #include "exec/Tr.h"
 #include "mkext/MkextBuiltinTool.h"
@@ -18,7 +17,7 @@ QString MkextUnpackTask::toolPath(const SystemPaths &paths) {
 MkextUnpackTask::Tool MkextUnpackTask::systemTool(const SystemPaths &paths) {
     const QString tool = toolPath(paths);
     return {
-        [tool](const QStringList &args) { return IconAlert::defaultinst().ExecuteCmd(tool, args); },
+        [tool](const QStringList &args) { return ProcessRunner::output(tool, args); },
         [tool](const QStringList &args) -> std::optional<QString> {
             ProcessRunner::Request request;
             request.program = tool;
@@ -65,27 +64,27 @@ QString MkextUnpackTask::listing(const QString &mkext) const {
     return m_tool.output(listingArgs(mkext)).value_or(QString());
 }
 
-MkextUnpackTask::Outcome MkextUnpackTask::unpack(const QString &mkext, const QString &arch,
-                                                 const QString &folder) const {
+TaskResult MkextUnpackTask::unpack(const QString &mkext, const QString &arch,
+                                   const QString &folder) const {
     if (mkext.isEmpty())
-        return {true, kkTr("You haven't selected any mkext.")};
+        return TaskResult::failed(kkTr("You haven't selected any mkext."));
     const bool isDefault = folder == defaultFolder();
     if (isDefault)
         QDir().mkpath(folder); // a failure shows as the missing folder below
     if (!QFileInfo::exists(folder))
-        return {true, kkTr("Unpack directory doesn't exist.")};
+        return TaskResult::failed(kkTr("Unpack directory doesn't exist."));
 
     const std::optional<QString> errors = m_tool.errors(unpackArgs(arch, folder, mkext));
     if (errors && errors->isEmpty())
-        return {false, kkTr("Mkext was unpacked to selected directory.")};
+        return TaskResult::done(kkTr("Mkext was unpacked to selected directory."));
 
     // Don't leave an empty folder of ours on the desktop; one the user chose is theirs.
     if (isDefault &&
         QDir(folder).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
         QDir().rmdir(folder);
     if (!errors)
-        return {true, kkTr("The mkext tool could not be run.")};
-    return {true, alertText(*errors)};
+        return TaskResult::failed(kkTr("The mkext tool could not be run."));
+    return TaskResult::failed(alertText(*errors));
 }
 
 QString MkextUnpackTask::alertText(const QString &errorText) {

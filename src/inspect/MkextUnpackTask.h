@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exec/TaskResult.h"
 #include "volumes/SystemPaths.h"
 
 #include <QString>
@@ -22,14 +23,9 @@ public:
         Run errors; // standard error
     };
 
-    struct Outcome {
-        bool error = false;
-        QString message; // the alert text
-    };
-
     MkextUnpackTask(const SystemPaths &paths, Tool tool);
 
-    // Apple's tool below the system root, run through IconAlert.
+    // Apple's tool below the system root, run as the user.
     static Tool systemTool(const SystemPaths &paths);
     static QString toolPath(const SystemPaths &paths);
     // Our own reader, which prints what Apple's tool prints; for systems without it.
@@ -46,7 +42,7 @@ public:
     // The "-v" listing, or "" when the tool printed nothing readable.
     QString listing(const QString &mkext) const;
     // Unpacks; an empty mkext path means none was chosen.
-    Outcome unpack(const QString &mkext, const QString &arch, const QString &folder) const;
+    TaskResult unpack(const QString &mkext, const QString &arch, const QString &folder) const;
 
     // The alert text for a non-empty error text of the tool.
     static QString alertText(const QString &errorText);

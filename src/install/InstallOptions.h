@@ -3,8 +3,8 @@
 #include <QString>
 #include <QStringList>
 
-// What the installation page says when the install button is pressed, read on the UI
-// thread so the job never touches a widget.
+// What the installation page says when the install button is pressed, with the settings
+// of that moment, read on the UI thread so the job never touches a widget or a file.
 struct InstallOptions {
     QStringList bundles;  // the install list, in order
     QString volume;       // title of the target volume
@@ -13,5 +13,6 @@ struct InstallOptions {
     bool toSle = false;
     bool toDesktop = false;
     bool backup = false;
-    bool prelinkKernel = false;
+    bool prelinkKernel = false;     // the "Prelink Kernel" menu mark
+    bool recreateLionCache = false; // "Manually recreate Lion cache" in the settings
 };

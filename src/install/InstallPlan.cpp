@@ -1,7 +1,7 @@
 #include "install/InstallPlan.h"
 
+#include "exec/AppServices.h"
 #include "exec/Executor.h"
-#include "exec/IconAlert.h"
 #include "exec/Tr.h"
 #include "install/FileTree.h"
 #include "install/InstallList.h"
@@ -9,53 +9,39 @@
 #include "install/InstallView.h"
 #include "maintenance/LionCache.h"
 #include "maintenance/MkextRebuild.h"
-#include "plist/PlistFile.h"
+#include "maintenance/OwnershipRepair.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 namespace {
-const QString sleRelative = QStringLiteral("System/Library/Extensions");
-
 bool isSameFile(const QString &a, const QString &b) {
     const QString canonical = QFileInfo(a).canonicalFilePath();
     return !canonical.isEmpty() && canonical == QFileInfo(b).canonicalFilePath();
 }
 } // namespace
 
-InstallPlan::InstallPlan(InstallOptions options, const SystemPaths &paths, Executor &executor,
+InstallPlan::InstallPlan(InstallOptions options, AppServices &services, Executor &executor,
                          InstallView &view)
-    : m_options(std::move(options)), m_paths(paths), m_executor(executor), m_view(view),
-      m_isRoot([](const QString &path) { return IconAlert::defaultinst().isRoot(path); }),
-      m_clock([] { return QDateTime::currentDateTime(); }) {}
-
-QString InstallPlan::rootPath() const {
-    return m_paths.volumeRoot(m_options.volume) + QLatin1Char('/');
-}
-
-QString InstallPlan::extraBase() const {
-    if (m_options.extraVersion.isEmpty())
-        return rootPath() + QStringLiteral("Extra");
-    return rootPath() + QStringLiteral("Extra/") + m_options.extraVersion;
-}
+    : m_options(std::move(options)), m_services(services), m_paths(services.paths()),
+      m_folders(m_paths.volumeRoot(m_options.volume), m_options.extraVersion),
+      m_executor(executor), m_view(view), m_clock([] { return QDateTime::currentDateTime(); }) {}
 
 bool InstallPlan::exists(const QString &path) const {
     return m_executor.exists(path);
 }
 
-bool InstallPlan::prepare() {
-    if (m_options.bundles.isEmpty()) {
-        m_view.showError(kkTr("No selected kexts to install."));
-        return false;
-    }
+std::optional<TaskResult> InstallPlan::prepare() {
+    if (m_options.bundles.isEmpty())
+        return TaskResult::failed(kkTr("No selected kexts to install."));
     if (!m_executor.authorize())
-        return false;
+        return TaskResult::failed();
     m_view.progressPrepared(int(m_options.bundles.size()) - 1);
-    return true;
+    return std::nullopt;
 }
 
-void InstallPlan::run() {
+TaskResult InstallPlan::run() {
     m_view.setControlsEnabled(false);
     m_view.setWorking(true);
     const QDateTime now = m_clock();
@@ -67,29 +53,30 @@ void InstallPlan::run() {
         manifest.destination = m_options.toSle ? QStringLiteral("sle") : QStringLiteral("extra");
         m_backup.emplace(m_paths.desktop(), now, manifest);
     }
-    m_view.taskState(rootPath(), m_datedir);
+    m_view.taskState(m_folders.root(), m_datedir);
 
     if (m_options.toExtra) {
-        const bool extensions = exists(extraBase() + QStringLiteral("/Extensions"));
-        const bool kextStore = exists(extraBase() + QStringLiteral("/KextStore"));
-        if (extensions && kextStore) {
-            stopEarly(kkTr("Both Extra/Extensions and Extra/KextStore found."), true);
-            return;
-        }
-        if (!extensions && !kextStore) {
-            stopEarly(kkTr("No Extra/Extensions or Extra/KextStore found."), true);
-            return;
-        }
-        if (!checkBeforeInstalling(extraBase() + (extensions ? QStringLiteral("/Extensions")
-                                                             : QStringLiteral("/KextStore"))))
-            return;
+        const bool extensions = exists(m_folders.extensions());
+        const bool kextStore = exists(m_folders.kextStore());
+        if (extensions && kextStore)
+            return stopEarly(kkTr("Both Extra/Extensions and Extra/KextStore found."), true);
+        if (!extensions && !kextStore)
+            return stopEarly(kkTr("No Extra/Extensions or Extra/KextStore found."), true);
+        if (!checkBeforeInstalling(extensions ? m_folders.extensions() : m_folders.kextStore()))
+            return stopEarly(m_problem, true);
         installExtra();
     }
-    if (m_options.toSle && !installSle())
-        return;
+    if (m_options.toSle) {
+        // Without S/L/E the option boxes are left as they are, unlike the Extra errors.
+        if (!exists(m_folders.sle()))
+            return stopEarly(kkTr("No System/Library/Extensions on selected disk."), false);
+        if (!checkBeforeInstalling(m_folders.sle()))
+            return stopEarly(m_problem, true);
+        installSle();
+    }
     if (m_options.toDesktop && !installDesktop())
-        return;
-    finish();
+        return stopEarly(m_problem, true);
+    return finish();
 }
 
 bool InstallPlan::checkBeforeInstalling(const QString &folder) {
@@ -97,21 +84,18 @@ bool InstallPlan::checkBeforeInstalling(const QString &folder) {
         m_options.backup ? KextBackup::backupsFolder(m_paths.desktop()) : QString();
     if (const std::optional<QString> problem =
             InstallPreflight::checkInstall(m_options.bundles, folder, backups)) {
-        stopEarly(*problem, true);
+        m_problem = *problem;
         return false;
     }
     return true;
 }
 
 void InstallPlan::installExtra() {
-    const QString mkext = extraBase() + QStringLiteral("/Extensions.mkext");
-    const QString extensions = extraBase() + QStringLiteral("/Extensions");
+    const QString mkext = m_folders.extraMkext();
+    const QString extensions = m_folders.extensions();
     if (exists(extensions)) {
         installBundles(extensions, Branch::Extensions);
-        run(m_paths.system(QStringLiteral("/usr/sbin/chown")),
-            {QStringLiteral("-R"), QStringLiteral("0:0"), extensions});
-        run(m_paths.system(QStringLiteral("/bin/chmod")),
-            {QStringLiteral("-R"), QStringLiteral("755"), extensions});
+        repairOwnership(extensions);
         // Loose kexts are packed only when the volume already boots from an mkext; the
         // touch makes the system's own caches notice the change too.
         if (exists(mkext)) {
@@ -119,39 +103,28 @@ void InstallPlan::installExtra() {
             run(mkextRebuildCommand(m_paths, mkext, extensions));
         }
     }
-    const QString kextStore = extraBase() + QStringLiteral("/KextStore");
+    const QString kextStore = m_folders.kextStore();
     if (exists(kextStore)) {
         installBundles(kextStore, Branch::KextStore);
-        run(m_paths.system(QStringLiteral("/usr/sbin/chown")),
-            {QStringLiteral("-R"), QStringLiteral("0:0"), kextStore});
-        run(m_paths.system(QStringLiteral("/bin/chmod")),
-            {QStringLiteral("-R"), QStringLiteral("755"), kextStore});
+        repairOwnership(kextStore);
         // KextStore kexts are only ever loaded from the mkext: it is always rebuilt.
         run(mkextRebuildCommand(m_paths, mkext, kextStore));
     }
 }
 
-bool InstallPlan::installSle() {
-    const QString sle = rootPath() + sleRelative;
-    if (!exists(sle)) {
-        // The option boxes are left as they are here, unlike the Extra errors.
-        stopEarly(kkTr("No System/Library/Extensions on selected disk."), false);
-        return false;
-    }
-    if (!checkBeforeInstalling(sle))
-        return false;
+void InstallPlan::installSle() {
+    const QString sle = m_folders.sle();
     installBundles(sle, Branch::Sle);
     run(m_paths.system(QStringLiteral("/usr/bin/touch")), {sle});
     if (lionCacheWanted())
-        run(mkextRebuildCommand(m_paths, LionCache::startupMkext(rootPath()), sle));
+        run(mkextRebuildCommand(m_paths, m_folders.lionStartupMkext(), sle));
     // The system-wide caches belong to the running system and take no volume.
-    const bool startedSystem = m_isRoot(rootPath());
+    const bool startedSystem = m_services.isStartedSystem(m_folders.root());
     if (startedSystem && m_options.prelinkKernel) {
         const QString kextcache = m_paths.system(QStringLiteral("/usr/sbin/kextcache"));
         run(kextcache, {QStringLiteral("-system-caches")});
         run(kextcache, {QStringLiteral("-system-prelinked-kernel")});
     }
-    return true;
 }
 
 bool InstallPlan::installDesktop() {
@@ -159,7 +132,7 @@ bool InstallPlan::installDesktop() {
     const InstallPreflight::StagingCheck check =
         InstallPreflight::checkPacking(m_options.bundles, staging);
     if (!check.problem.isEmpty()) {
-        stopEarly(check.problem, true);
+        m_problem = check.problem;
         return false;
     }
     // What an interrupted run of ours left would be packed too: it goes first. Its files
@@ -177,10 +150,7 @@ bool InstallPlan::installDesktop() {
             {QStringLiteral("-R"), m_options.bundles.at(i), staging});
     }
     m_view.setIndeterminate(true);
-    run(m_paths.system(QStringLiteral("/usr/sbin/chown")),
-        {QStringLiteral("-R"), QStringLiteral("0:0"), staging});
-    run(m_paths.system(QStringLiteral("/bin/chmod")),
-        {QStringLiteral("-R"), QStringLiteral("755"), staging});
+    repairOwnership(staging);
     run(mkextRebuildCommand(m_paths, m_paths.desktop() + QStringLiteral("/Extensions.mkext"),
                             staging));
     // Without -f: the staging folder is ours and must be there.
@@ -222,18 +192,15 @@ bool InstallPlan::installBundle(const QString &bundle, const QString &folder, Br
             }
         }
     }
-    if (branch == Branch::Sle) {
-        // The system's folder keeps its own modes; only the new bundle is set.
-        run(m_paths.system(QStringLiteral("/usr/sbin/chown")),
-            {QStringLiteral("-R"), QStringLiteral("0:0"), installed});
-        run(m_paths.system(QStringLiteral("/bin/chmod")),
-            {QStringLiteral("-R"), QStringLiteral("755"), installed});
-    }
+    // The system's folder keeps its own modes; only the new bundle is set.
+    if (branch == Branch::Sle)
+        repairOwnership(installed);
     return m_problem.isEmpty();
 }
 
 bool InstallPlan::backUp(const QString &installed, const QString &folder) {
-    const KextBackup::Saved saved = m_backup->save(installed, folder.mid(rootPath().size()));
+    const KextBackup::Saved saved =
+        m_backup->save(installed, folder.mid(m_folders.root().size()));
     if (saved.copy.isEmpty()) {
         m_problem = kkTr("%1 was left in place, and nothing more was installed: its backup in "
                          "%2 could not be completed (%3).")
@@ -273,32 +240,33 @@ void InstallPlan::putBack(const QString &installed, const QString &folder, const
 }
 
 bool InstallPlan::lionCacheWanted() const {
-    const auto settings = PlistFile::readDictionary(m_paths.infoPlist());
-    if (!settings || !PlistFile::boolean(*settings, "Manually recreate Lion cache").value_or(false))
-        return false;
-    return LionCache::volumeIsLion(rootPath());
+    return m_options.recreateLionCache && LionCache::volumeIsLion(m_folders);
 }
 
-void InstallPlan::stopEarly(const QString &message, bool reevaluate) {
+void InstallPlan::repairOwnership(const QString &folder) {
+    for (const Command &command : ownershipRepairCommands(m_paths, folder))
+        run(command);
+}
+
+TaskResult InstallPlan::stopEarly(const QString &message, bool reevaluate) {
     m_view.setControlsEnabled(true);
     m_view.setWorking(false);
     if (reevaluate)
         m_view.reevaluateVolume();
-    m_view.showError(message);
+    return TaskResult::failed(message);
 }
 
-void InstallPlan::finish() {
+TaskResult InstallPlan::finish() {
     m_view.setIndeterminate(false);
     m_view.setControlsEnabled(true);
     m_view.reevaluateVolume();
     m_view.setWorking(false);
     if (!m_failed.isEmpty())
         m_view.commandsFailed(m_failed.lines());
-    if (m_problem.isEmpty())
-        m_view.showInfo(kkTr("Selected tasks were finished."));
-    else
-        m_view.showError(m_problem);
     m_view.progressReset();
+    if (m_problem.isEmpty())
+        return TaskResult::done(kkTr("Selected tasks were finished."));
+    return TaskResult::failed(m_problem);
 }
 
 void InstallPlan::run(const QString &tool, const QStringList &args) {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "exec/FailedCommands.h"
+#include "exec/TaskResult.h"
 #include "install/InstallOptions.h"
 #include "install/KextBackup.h"
+#include "volumes/KextFolders.h"
 #include "volumes/SystemPaths.h"
 
 #include <QDateTime>
@@ -10,6 +12,7 @@
 #include <functional>
 #include <optional>
 
+class AppServices;
 class Executor;
 class InstallView;
 
@@ -23,48 +26,44 @@ class InstallView;
 // backup when the copy failed. When all is well the commands are exactly the plain ones.
 class InstallPlan {
 public:
-    InstallPlan(InstallOptions options, const SystemPaths &paths, Executor &executor,
+    InstallPlan(InstallOptions options, AppServices &services, Executor &executor,
                 InstallView &view);
-
-    // Whether a path is the mount point of the started system (diskutil by default).
-    void setIsRoot(std::function<bool(const QString &)> isRoot) { m_isRoot = std::move(isRoot); }
     // Names this run's backup folder (the system clock by default).
     void setClock(std::function<QDateTime()> clock) { m_clock = std::move(clock); }
 
-    // On the UI thread, before the job: refuses an empty list with an alert, then asks
-    // for root; false (and nothing changed) when the job must not run.
-    bool prepare();
+    // On the UI thread, before the job: refuses an empty list, then asks for root. Empty
+    // when the job may run; otherwise how the task ended (silently when root was refused).
+    std::optional<TaskResult> prepare();
     // The job itself, on a background thread.
-    void run();
+    TaskResult run();
 
-    // The target root path with its trailing slash, as the commands use it.
-    QString rootPath() const;
-    // The Extra base folder: Extra itself or its version folder.
-    QString extraBase() const;
+    const KextFolders &folders() const { return m_folders; }
 
 private:
     enum class Branch { Extensions, KextStore, Sle };
     bool exists(const QString &path) const;
     bool checkBeforeInstalling(const QString &folder);
     void installExtra();
-    bool installSle();
+    void installSle();
     bool installDesktop();
     void installBundles(const QString &folder, Branch branch);
     bool installBundle(const QString &bundle, const QString &folder, Branch branch);
     bool backUp(const QString &installed, const QString &folder);
     void putBack(const QString &installed, const QString &folder, const QString &backup,
                  bool hadOldCopy, const QString &why);
-    void stopEarly(const QString &message, bool reevaluate);
-    void finish();
+    TaskResult stopEarly(const QString &message, bool reevaluate);
+    TaskResult finish();
     bool lionCacheWanted() const;
+    void repairOwnership(const QString &folder);
     void run(const QString &tool, const QStringList &args);
     void run(const Command &command);
 
     InstallOptions m_options;
+    AppServices &m_services;
     SystemPaths m_paths;
+    KextFolders m_folders;
     Executor &m_executor;
     InstallView &m_view;
-    std::function<bool(const QString &)> m_isRoot;
     std::function<QDateTime()> m_clock;
     QString m_datedir;
     std::optional<KextBackup> m_backup;

@@ -3,8 +3,9 @@
 #include <QString>
 #include <QStringList>
 
-// Everything an installation shows, in the order it happens. The window posts each
-// effect to the UI thread; the command line prints; tests record.
+// Everything an installation shows while it runs, in the order it happens; its end is the
+// TaskResult the plan returns. The window turns each effect into a queued signal, the
+// command line prints, tests record.
 class InstallView {
 public:
     virtual ~InstallView() = default;
@@ -23,10 +24,8 @@ public:
     virtual void setIndeterminate(bool indeterminate) = 0;
     // The option boxes follow what the volume now holds.
     virtual void reevaluateVolume() = 0;
-    // Commands of the run that failed, one line each, told just before the final alert.
+    // Commands of the run that failed, one line each, told just before the run ends.
     virtual void commandsFailed(const QStringList &failures) = 0;
-    virtual void showError(const QString &message) = 0;
-    virtual void showInfo(const QString &message) = 0;
     // The bar is emptied once the run has finished.
     virtual void progressReset() = 0;
 };

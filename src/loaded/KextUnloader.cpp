@@ -10,24 +10,22 @@ bool runnable(const QString &kextPath) {
 
 KextUnloader::KextUnloader(RootRun run) : m_run(std::move(run)) {}
 
-KextUnloader::Result KextUnloader::unload(const QString &kextPath) const {
+TaskResult KextUnloader::unload(const QString &kextPath) const {
     if (!runnable(kextPath))
-        return {};
+        return TaskResult::failed();
     return runStep(QStringLiteral("kextunload"), kextPath);
 }
 
-KextUnloader::Result KextUnloader::reload(const QString &kextPath) const {
+TaskResult KextUnloader::reload(const QString &kextPath) const {
     if (!runnable(kextPath))
-        return {};
-    const Result unloaded = runStep(QStringLiteral("kextunload"), kextPath);
-    if (unloaded.outcome == Outcome::Failed)
+        return TaskResult::failed();
+    const TaskResult unloaded = runStep(QStringLiteral("kextunload"), kextPath);
+    if (!unloaded.ok)
         return unloaded;
     return runStep(QStringLiteral("kextload"), kextPath);
 }
 
-KextUnloader::Result KextUnloader::runStep(const QString &command, const QString &kextPath) const {
+TaskResult KextUnloader::runStep(const QString &command, const QString &kextPath) const {
     const QString error = m_run(command, kextPath).value_or(QString());
-    if (error.isEmpty())
-        return {Outcome::Done, QString()};
-    return {Outcome::Failed, error};
+    return error.isEmpty() ? TaskResult::done() : TaskResult::failed(error);
 }

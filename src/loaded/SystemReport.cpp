@@ -21,8 +21,7 @@ namespace {
 struct ReportState {
     SystemReport::Sources sources;
     QString file;
-    SystemReport::EndHandler onEnd;
-    std::promise<SystemReport::End> end;
+    std::promise<TaskResult> end;
 
     QString list;
     LoadedKextRows first;
@@ -92,7 +91,7 @@ std::jthread labelledThread(const char *label, std::function<void()> job) {
     });
 }
 
-SystemReport::End writeReport(ReportState &state) {
+TaskResult writeReport(ReportState &state) {
     state.list += LoadedKextRows::section(state.first, state.second);
     QSaveFile file(state.file);
     bool written = file.open(QIODevice::WriteOnly);
@@ -100,7 +99,10 @@ SystemReport::End writeReport(ReportState &state) {
         file.write(state.list.toUtf8());
         written = file.commit();
     }
-    return {SystemReport::Outcome::Saved, kkTr("Saved."), written};
+    TaskResult saved = TaskResult::done(kkTr("Saved."));
+    if (!written)
+        saved.quietFailure = QStringLiteral("could not write ") + state.file;
+    return saved;
 }
 
 void writerJob(ReportState &state, std::jthread &rows1, std::jthread &rows2) {
@@ -108,13 +110,8 @@ void writerJob(ReportState &state, std::jthread &rows1, std::jthread &rows2) {
     // An abandoned report writes nothing; its row jobs still end on their own.
     rows1.join();
     rows2.join();
-    const SystemReport::End end =
-        complete ? writeReport(state)
-                 : SystemReport::End{SystemReport::Outcome::Abandoned,
-                                     ExtraKextTable::bothFoldersMessage(), false};
-    if (state.onEnd)
-        state.onEnd(end);
-    state.end.set_value(end);
+    state.end.set_value(complete ? writeReport(state)
+                                 : TaskResult::failed(ExtraKextTable::bothFoldersMessage()));
 }
 
 } // namespace
@@ -127,13 +124,11 @@ QString SystemReport::kextstatTool(const SystemPaths &paths) {
     return paths.system(QStringLiteral("/usr/sbin/kextstat"));
 }
 
-std::shared_future<SystemReport::End> SystemReport::start(Sources sources, const QString &file,
-                                                          EndHandler onEnd) {
+std::shared_future<TaskResult> SystemReport::start(Sources sources, const QString &file) {
     auto state = std::make_shared<ReportState>();
     state->sources = std::move(sources);
     state->file = file;
-    state->onEnd = std::move(onEnd);
-    std::shared_future<End> end = state->end.get_future().share();
+    std::shared_future<TaskResult> end = state->end.get_future().share();
 
     // The sections job goes first: on a pool of one thread the writer must not hold the
     // only thread while the job it waits for is still queued.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exec/TaskResult.h"
 #include "loaded/LoadedKextRows.h"
 #include "volumes/SystemPaths.h"
 
@@ -26,21 +27,10 @@ public:
         LoadedKextRows::Probe probe;
     };
 
-    enum class Outcome {
-        Saved,     // the file was written (or its write attempted: see `written`)
-        Abandoned, // both Extra kext folders exist; no file was written
-    };
-    struct End {
-        Outcome outcome = Outcome::Saved;
-        QString message; // "Saved." or the error text
-        bool written = false;
-    };
-    using EndHandler = std::function<void(const End &)>;
-
-    // Starts the jobs and returns at once. `onEnd` is called once from a worker thread
-    // when the report ended; the future gives the same answer to those who wait.
-    static std::shared_future<End> start(Sources sources, const QString &file,
-                                         EndHandler onEnd = {});
+    // Starts the jobs and returns at once; the future gives the report's end: "Saved."
+    // (with a quiet failure when the file could not be written), or, when both Extra kext
+    // folders exist, their error and no file.
+    static std::shared_future<TaskResult> start(Sources sources, const QString &file);
 
     // The two overviews' command lines (arguments after the tool).
     static QStringList softwareArgs() { return {QStringLiteral("SPSoftwareDataType")}; }

@@ -9,96 +9,83 @@ ExtraFolderOperations::ExtraFolderOperations(const SystemPaths &paths, Executor 
                                              ExtraFolderView &view)
     : m_paths(paths), m_executor(executor), m_view(view) {}
 
-QString ExtraFolderOperations::chooseRoot() {
-    const QString root = m_paths.volumeRoot(m_view.selectedVolume()) + QLatin1Char('/');
-    m_view.rootPathChosen(root);
-    return root;
+KextFolders ExtraFolderOperations::chooseVolume() {
+    const KextFolders folders(m_paths.volumeRoot(m_view.selectedVolume()));
+    m_view.rootPathChosen(folders.root());
+    return folders;
 }
 
-ExtraFolderOperations::Outcome ExtraFolderOperations::BringBackEE() {
-    const QString root = chooseRoot();
-    if (!m_executor.exists(root + QStringLiteral("Extra/KextStore"))) {
-        m_view.showError(kkTr("No Extra/KextStore found."));
-        return Outcome::Missing;
-    }
+std::optional<TaskResult> ExtraFolderOperations::restoreExtensionsFolder() {
+    if (!m_executor.exists(chooseVolume().kextStore()))
+        return TaskResult::failed(kkTr("No Extra/KextStore found."));
     m_view.askToContinue(
         kkTr("Do you want to bring back Extra/Extensions from Extra/KextStore on selected disk?"),
-        [this](int code) { selectedbutton(code); });
-    return Outcome::Asking;
+        [this](int code) { restoreAnswered(code); });
+    return std::nullopt;
 }
 
-ExtraFolderOperations::Outcome ExtraFolderOperations::selectedbutton(int returnCode) {
-    m_lastAnswer = Outcome::Declined;
+TaskResult ExtraFolderOperations::restoreAnswered(int returnCode) {
     if (returnCode != ExtraFolderView::yesCode)
-        return m_lastAnswer;
+        return m_lastAnswer = TaskResult::done();
     // The volume may have changed while the question was open; the folders are not
     // looked at again, the commands act on whatever is there now.
-    const QString root = chooseRoot();
+    const KextFolders folders = chooseVolume();
     if (!m_executor.authorize())
-        return m_lastAnswer = Outcome::Refused;
-    const QString mkext = root + QStringLiteral("Extra/Extensions.mkext");
-    if (m_executor.exists(mkext))
-        run(QStringLiteral("/bin/rm"), {QStringLiteral("-R"), mkext});
-    run(QStringLiteral("/bin/mv"),
-        {root + QStringLiteral("Extra/KextStore"), root + QStringLiteral("Extra/Extensions")});
+        return m_lastAnswer = TaskResult::failed();
+    if (m_executor.exists(folders.extraMkext()))
+        run(QStringLiteral("/bin/rm"), {QStringLiteral("-R"), folders.extraMkext()});
+    run(QStringLiteral("/bin/mv"), {folders.kextStore(), folders.extensions()});
     m_view.reevaluateVolume();
     return m_lastAnswer = done();
 }
 
-ExtraFolderOperations::Outcome ExtraFolderOperations::MI_CreateEKS() {
-    const QString root = chooseRoot();
-    if (!m_executor.exists(root + QStringLiteral("Extra/Extensions"))) {
-        m_view.showError(kkTr("No Extra/Extensions found."));
-        return Outcome::Missing;
-    }
+std::optional<TaskResult> ExtraFolderOperations::createKextStore() {
+    if (!m_executor.exists(chooseVolume().extensions()))
+        return TaskResult::failed(kkTr("No Extra/Extensions found."));
     m_view.askToContinue(
         kkTr("Do you want to create Extra/KextStore from Extra/Extensions on selected disk?") +
             QLatin1Char('\n') + kkTr("Mkext will be created, it can take a while."),
-        [this](int code) { selectedbuttoncreate(code); });
-    return Outcome::Asking;
+        [this](int code) { createAnswered(code); });
+    return std::nullopt;
 }
 
-ExtraFolderOperations::Outcome ExtraFolderOperations::selectedbuttoncreate(int returnCode) {
-    m_lastAnswer = Outcome::Declined;
+TaskResult ExtraFolderOperations::createAnswered(int returnCode) {
     if (returnCode != ExtraFolderView::yesCode)
-        return m_lastAnswer;
-    const QString root = chooseRoot();
+        return m_lastAnswer = TaskResult::done();
+    const KextFolders folders = chooseVolume();
     if (!m_executor.authorize())
-        return m_lastAnswer = Outcome::Refused;
-    const QString kextStore = root + QStringLiteral("Extra/KextStore");
-    run(QStringLiteral("/bin/mv"), {root + QStringLiteral("Extra/Extensions"), kextStore});
-    run(mkextRebuildCommand(m_paths, root + QStringLiteral("Extra/Extensions.mkext"), kextStore));
+        return m_lastAnswer = TaskResult::failed();
+    run(QStringLiteral("/bin/mv"), {folders.extensions(), folders.kextStore()});
+    run(mkextRebuildCommand(m_paths, folders.extraMkext(), folders.kextStore()));
     m_view.reevaluateVolume();
     return m_lastAnswer = done();
 }
 
-ExtraFolderOperations::Outcome ExtraFolderOperations::ShowExtra() {
+TaskResult ExtraFolderOperations::showExtraFolder() {
     return setHidden(false);
 }
 
-ExtraFolderOperations::Outcome ExtraFolderOperations::HideExtra() {
+TaskResult ExtraFolderOperations::hideExtraFolder() {
     return setHidden(true);
 }
 
-ExtraFolderOperations::Outcome ExtraFolderOperations::setHidden(bool hidden) {
-    const QString extra = chooseRoot() + QStringLiteral("Extra");
+TaskResult ExtraFolderOperations::setHidden(bool hidden) {
+    const QString extra = chooseVolume().extra();
     // Checked before asking for a password: there is nothing to hide.
-    if (!m_executor.exists(extra)) {
-        m_view.showError(kkTr("No Extra folder on selected disk."));
-        return Outcome::Missing;
-    }
+    if (!m_executor.exists(extra))
+        return TaskResult::failed(kkTr("No Extra folder on selected disk."));
     if (!m_executor.authorize())
-        return Outcome::Refused;
+        return TaskResult::failed();
     run(QStringLiteral("/usr/bin/chflags"),
         {hidden ? QStringLiteral("hidden") : QStringLiteral("nohidden"), extra});
     return done();
 }
 
-ExtraFolderOperations::Outcome ExtraFolderOperations::done() {
+TaskResult ExtraFolderOperations::done() {
     if (!m_failed.isEmpty())
         m_view.commandsFailed(m_failed.lines());
     m_failed = FailedCommands();
-    return Outcome::Done;
+    return TaskResult::done();
 }
 
 void ExtraFolderOperations::run(const QString &tool, const QStringList &args) {

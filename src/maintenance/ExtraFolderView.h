@@ -5,7 +5,7 @@
 #include <functional>
 
 // What the Extra folder commands need from whoever shows them: the chosen volume, the
-// "Continue?" question, error alerts and a fresh look at the option boxes.
+// "Continue?" question and a fresh look at the option boxes.
 class ExtraFolderView {
 public:
     // The first button's answer; every other code means no.
@@ -22,7 +22,6 @@ public:
     // the answer may come later (a sheet) or at once (a terminal).
     virtual void askToContinue(const QString &informativeText,
                                std::function<void(int returnCode)> answered) = 0;
-    virtual void showError(const QString &message) = 0;
     // Commands of the operation that failed, one line each, told when it has ended.
     virtual void commandsFailed(const QStringList &failures) = 0;
     virtual void reevaluateVolume() = 0;

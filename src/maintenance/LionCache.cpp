@@ -1,20 +1,12 @@
 #include "maintenance/LionCache.h"
 
 #include "plist/PlistFile.h"
+#include "volumes/KextFolders.h"
 
 namespace LionCache {
 
-QString startupMkext(const QString &rootPath) {
-    return rootPath +
-           QStringLiteral("System/Library/Caches/com.apple.kext.caches/Startup/Extensions.mkext");
-}
-
-QString versionFile(const QString &rootPath) {
-    return rootPath + QStringLiteral("System/Library/CoreServices/SystemVersion.plist");
-}
-
-bool volumeIsLion(const QString &rootPath) {
-    const auto dict = PlistFile::readDictionary(versionFile(rootPath));
+bool volumeIsLion(const KextFolders &folders) {
+    const auto dict = PlistFile::readDictionary(folders.systemVersionFile());
     if (!dict)
         return false;
     const QString version = PlistFile::string(*dict, "ProductVersion").value_or(QString());

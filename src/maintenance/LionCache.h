@@ -1,17 +1,14 @@
 #pragma once
 
-#include <QString>
+class KextFolders;
 
 // On 10.7 the system's startup mkext can be rebuilt by hand, from S/L/E, with the same
-// command as the boot loader's mkext. Paths take the volume root with its trailing "/".
+// command as the boot loader's mkext.
 namespace LionCache {
-
-QString startupMkext(const QString &rootPath);
-QString versionFile(const QString &rootPath);
 
 // The volume's "ProductVersion" starts with "10.7": its point releases are Lion, while
 // "10.10" and later are not. A missing or unreadable version file, or a version too
 // short to tell, is not Lion.
-bool volumeIsLion(const QString &rootPath);
+bool volumeIsLion(const KextFolders &folders);
 
 } // namespace LionCache

@@ -1,11 +1,13 @@
 #include "maintenance/MaintenancePlan.h"
 
+#include "exec/AppServices.h"
 #include "exec/Executor.h"
-#include "exec/IconAlert.h"
 #include "exec/Tr.h"
 #include "maintenance/LionCache.h"
 #include "maintenance/MaintenanceView.h"
 #include "maintenance/MkextRebuild.h"
+#include "maintenance/OwnershipRepair.h"
+
 
 namespace {
 
@@ -18,34 +20,26 @@ bool on(Qt::CheckState state) {
 }
 } // namespace
 
-MaintenancePlan::MaintenancePlan(MaintenanceOptions options, const SystemPaths &paths,
+MaintenancePlan::MaintenancePlan(MaintenanceOptions options, AppServices &services,
                                  Executor &executor, MaintenanceView &view)
-    : m_options(std::move(options)), m_paths(paths), m_executor(executor), m_view(view),
-      m_isRoot([](const QString &path) { return IconAlert::defaultinst().isRoot(path); }) {}
+    : m_options(std::move(options)), m_services(services), m_paths(services.paths()),
+      m_folders(m_paths.volumeRoot(m_options.volume), m_options.extraVersion),
+      m_executor(executor), m_view(view) {}
 
-QString MaintenancePlan::rootPath() const {
-    return m_paths.volumeRoot(m_options.volume) + QLatin1Char('/');
-}
-
-QString MaintenancePlan::extraBase() const {
-    if (m_options.extraVersion.isEmpty())
-        return rootPath() + QStringLiteral("Extra");
-    return rootPath() + QStringLiteral("Extra/") + m_options.extraVersion;
-}
-
-bool MaintenancePlan::prepare() {
+std::optional<TaskResult> MaintenancePlan::prepare() {
     if (!chosen(m_options.rebuildExtraMkext) && !chosen(m_options.repairExtra) &&
         !chosen(m_options.rebuildCaches) && !chosen(m_options.repairSle)) {
         m_view.setSpinning(false);
-        m_view.showError(kkTr("You haven't selected any options."));
-        return false;
+        return TaskResult::failed(kkTr("You haven't selected any options."));
     }
     // A refused or cancelled password ends the task without a word.
-    return m_executor.authorize();
+    if (!m_executor.authorize())
+        return TaskResult::failed();
+    return std::nullopt;
 }
 
-void MaintenancePlan::run() {
-    m_view.rootPathChosen(rootPath());
+TaskResult MaintenancePlan::run() {
+    m_view.rootPathChosen(m_folders.root());
     m_view.setControlsEnabled(false);
     m_view.setWorking(true);
     m_view.setSpinning(true);
@@ -55,90 +49,75 @@ void MaintenancePlan::run() {
     if (on(m_options.rebuildExtraMkext) && !rebuildExtraMkext()) {
         // Nothing to build from: the later tasks are skipped, and the run ends with the
         // reason instead of the usual closing message.
-        m_view.setControlsEnabled(true);
-        m_view.setWorking(false);
-        m_view.setSpinning(false);
-        m_view.setStatus(QString());
-        m_view.reevaluateVolume();
-        tellFailures();
-        m_view.showError(kkTr("No Extra/Extensions or Extra/KextStore found."));
-        return;
+        stopWorking();
+        return TaskResult::failed(kkTr("No Extra/Extensions or Extra/KextStore found."));
     }
     if (on(m_options.repairSle))
         repairSle();
     if (on(m_options.rebuildCaches))
         rebuildCaches();
-    finish();
+    stopWorking();
+    return TaskResult::done(kkTr("Selected tasks were finished."));
 }
 
 void MaintenancePlan::repairExtra() {
     m_view.setStatus(kkTr("Repairing Extra permissions..."));
-    const QString extensions = extraBase() + QStringLiteral("/Extensions");
-    const QString kextStore = extraBase() + QStringLiteral("/KextStore");
-    if (exists(extensions))
-        repairFolder(extensions);
-    if (exists(kextStore))
-        repairFolder(kextStore);
+    if (exists(m_folders.extensions()))
+        repairFolder(m_folders.extensions());
+    if (exists(m_folders.kextStore()))
+        repairFolder(m_folders.kextStore());
 }
 
 bool MaintenancePlan::rebuildExtraMkext() {
     m_view.setStatus(kkTr("Rebuilding Extra mkext..."));
-    const QString extensions = extraBase() + QStringLiteral("/Extensions");
-    const QString kextStore = extraBase() + QStringLiteral("/KextStore");
-    const QString mkext = extraBase() + QStringLiteral("/Extensions.mkext");
-    const bool hasKextStore = exists(kextStore);
-    const bool hasExtensions = exists(extensions);
+    const bool hasKextStore = exists(m_folders.kextStore());
+    const bool hasExtensions = exists(m_folders.extensions());
     if (!hasKextStore && !hasExtensions)
         return false;
     // With both folders the archive is built twice and ends up holding Extensions, the
     // folder the boot loader also reads loose.
     if (hasKextStore)
-        run(mkextRebuildCommand(m_paths, mkext, kextStore));
+        run(mkextRebuildCommand(m_paths, m_folders.extraMkext(), m_folders.kextStore()));
     if (hasExtensions) {
-        run(QStringLiteral("/usr/bin/touch"), {extensions});
-        run(mkextRebuildCommand(m_paths, mkext, extensions));
+        run(QStringLiteral("/usr/bin/touch"), {m_folders.extensions()});
+        run(mkextRebuildCommand(m_paths, m_folders.extraMkext(), m_folders.extensions()));
     }
     return true;
 }
 
 void MaintenancePlan::repairSle() {
     m_view.setStatus(kkTr("Repairing S/L/E permissions..."));
-    repairFolder(rootPath() + QStringLiteral("System/Library/Extensions"));
+    repairFolder(m_folders.sle());
     m_view.setStatus(kkTr("Repairing disk permissions..."));
-    run(QStringLiteral("/usr/sbin/diskutil"), {QStringLiteral("repairpermissions"), rootPath()});
+    run(QStringLiteral("/usr/sbin/diskutil"),
+        {QStringLiteral("repairpermissions"), m_folders.root()});
 }
 
 void MaintenancePlan::rebuildCaches() {
     m_view.setStatus(kkTr("Rebuilding system cache..."));
-    const QString sle = rootPath() + QStringLiteral("System/Library/Extensions");
     // Touching S/L/E makes the system rebuild its caches on the next start.
-    run(QStringLiteral("/usr/bin/touch"), {sle});
-    if (m_options.recreateLionCache && LionCache::volumeIsLion(rootPath()))
-        run(mkextRebuildCommand(m_paths, LionCache::startupMkext(rootPath()), sle));
+    run(QStringLiteral("/usr/bin/touch"), {m_folders.sle()});
+    if (m_options.recreateLionCache && LionCache::volumeIsLion(m_folders))
+        run(mkextRebuildCommand(m_paths, m_folders.lionStartupMkext(), m_folders.sle()));
     // These two rebuild the caches of the running system and take no volume, so they
     // only make sense when the target is the started system.
-    if (m_isRoot(rootPath()) && m_options.prelinkKernel) {
+    if (m_services.isStartedSystem(m_folders.root()) && m_options.prelinkKernel) {
         run(QStringLiteral("/usr/sbin/kextcache"), {QStringLiteral("-system-caches")});
         run(QStringLiteral("/usr/sbin/kextcache"), {QStringLiteral("-system-prelinked-kernel")});
     }
 }
 
 void MaintenancePlan::repairFolder(const QString &folder) {
-    run(QStringLiteral("/usr/sbin/chown"), {QStringLiteral("-R"), QStringLiteral("0:0"), folder});
-    run(QStringLiteral("/bin/chmod"), {QStringLiteral("-R"), QStringLiteral("755"), folder});
+    for (const Command &command : ownershipRepairCommands(m_paths, folder))
+        run(command);
 }
 
-void MaintenancePlan::finish() {
+void MaintenancePlan::stopWorking() {
     m_view.setControlsEnabled(true);
     m_view.setWorking(false);
     m_view.setSpinning(false);
     m_view.setStatus(QString());
     m_view.reevaluateVolume();
-    tellFailures();
-    m_view.showInfo(kkTr("Selected tasks were finished."));
-}
-
-void MaintenancePlan::tellFailures() {
     if (!m_failed.isEmpty())
         m_view.commandsFailed(m_failed.lines());
 }

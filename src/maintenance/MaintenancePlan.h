@@ -1,13 +1,16 @@
 #pragma once
 
 #include "exec/FailedCommands.h"
+#include "exec/TaskResult.h"
 #include "maintenance/MaintenanceOptions.h"
+#include "volumes/KextFolders.h"
 #include "volumes/SystemPaths.h"
 
 #include <QString>
 #include <QStringList>
-#include <functional>
+#include <optional>
 
+class AppServices;
 class Executor;
 class MaintenanceView;
 
@@ -17,22 +20,17 @@ class MaintenanceView;
 // the ones after it, and the failures are told beside the closing text.
 class MaintenancePlan {
 public:
-    MaintenancePlan(MaintenanceOptions options, const SystemPaths &paths, Executor &executor,
+    MaintenancePlan(MaintenanceOptions options, AppServices &services, Executor &executor,
                     MaintenanceView &view);
 
-    // Whether a path is the mount point of the started system (diskutil by default).
-    void setIsRoot(std::function<bool(const QString &)> isRoot) { m_isRoot = std::move(isRoot); }
-
-    // On the UI thread, before the job: refuses a run without any task with an alert,
-    // then asks for root; false (nothing shown, nothing changed) when refused.
-    bool prepare();
+    // On the UI thread, before the job: refuses a run without any task, then asks for
+    // root. Empty when the job may run; otherwise how the task ended (silently when root
+    // was refused).
+    std::optional<TaskResult> prepare();
     // The job itself, on a background thread.
-    void run();
+    TaskResult run();
 
-    // The target root with its trailing slash, as the commands use it.
-    QString rootPath() const;
-    // Extra itself or its version folder, without a trailing slash.
-    QString extraBase() const;
+    const KextFolders &folders() const { return m_folders; }
 
 private:
     void repairExtra();
@@ -40,16 +38,16 @@ private:
     void repairSle();
     void rebuildCaches();
     void repairFolder(const QString &folder);
-    void finish();
-    void tellFailures();
+    void stopWorking();
     bool exists(const QString &path) const;
     void run(const QString &tool, const QStringList &args);
     void run(const Command &command);
 
     MaintenanceOptions m_options;
+    AppServices &m_services;
     SystemPaths m_paths;
+    KextFolders m_folders;
     Executor &m_executor;
     MaintenanceView &m_view;
-    std::function<bool(const QString &)> m_isRoot;
     FailedCommands m_failed;
 };

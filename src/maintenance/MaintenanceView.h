@@ -3,8 +3,9 @@
 #include <QString>
 #include <QStringList>
 
-// Everything the maintenance plan shows, in the order it happens. The window posts each
-// effect to the UI thread; the command line prints; tests record.
+// Everything the maintenance plan shows while it runs, in the order it happens; its end
+// is the TaskResult the plan returns. The window turns each effect into a queued signal,
+// the command line prints, tests record.
 class MaintenanceView {
 public:
     virtual ~MaintenanceView() = default;
@@ -20,8 +21,6 @@ public:
     virtual void setStatus(const QString &text) = 0;
     // The option boxes follow what the volume now holds.
     virtual void reevaluateVolume() = 0;
-    // Commands of the run that failed, one line each, told just before the final alert.
+    // Commands of the run that failed, one line each, told just before the run ends.
     virtual void commandsFailed(const QStringList &failures) = 0;
-    virtual void showError(const QString &message) = 0;
-    virtual void showInfo(const QString &message) = 0;
 };

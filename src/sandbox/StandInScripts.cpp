@@ -57,9 +57,7 @@ QString hostTool(const QString &name) {
 
 QByteArray quoted(const QString &word) {
     // Always quoted: the path may hold anything, and a bare word gains nothing here.
-    QString text = word;
-    text.replace(QLatin1Char('\''), QStringLiteral("'\\''"));
-    return (QLatin1Char('\'') + text + QLatin1Char('\'')).toUtf8();
+    return shellQuote(word, true).toUtf8();
 }
 
 } // namespace

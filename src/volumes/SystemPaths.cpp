@@ -8,11 +8,6 @@
 #include <unistd.h>
 
 namespace {
-SystemPaths &currentPaths() {
-    static SystemPaths paths;
-    return paths;
-}
-
 QString stripTrailingSlash(QString path) {
     while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
         path.chop(1);
@@ -53,14 +48,6 @@ QStringList SystemPaths::rootEnvironment() const {
         dirs << m_root + QLatin1String(dir);
     const QString hostPath = qEnvironmentVariable("PATH", QStringLiteral("/usr/bin:/bin"));
     return {QStringLiteral("PATH=") + dirs.join(QLatin1Char(':')) + QLatin1Char(':') + hostPath};
-}
-
-const SystemPaths &SystemPaths::current() {
-    return currentPaths();
-}
-
-void SystemPaths::setCurrent(const SystemPaths &paths) {
-    currentPaths() = paths;
 }
 
 QString SystemPaths::defaultContentsDir() {

@@ -35,10 +35,6 @@ public:
     // below the root first. Empty on a real system: the root shell's own path applies.
     QStringList rootEnvironment() const;
 
-    // The process-wide paths (set once by main from the command line).
-    static const SystemPaths &current();
-    static void setCurrent(const SystemPaths &paths);
-
     static QString defaultContentsDir();
 
 private:

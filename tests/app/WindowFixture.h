@@ -1,6 +1,9 @@
 #pragma once
 
+#include "FilePanels.h"
 #include "MainWindow.h"
+#include "TaskRunner.h"
+#include "TestServices.h"
 #include "TovrelAppDelegate.h"
 #include "volumes/SystemPaths.h"
 
@@ -14,22 +17,29 @@
 struct WindowFixture {
     QTemporaryDir dir;
     SystemPaths paths;
+    TestServices test;
     std::unique_ptr<MainWindow> window;
     std::unique_ptr<TovrelAppDelegate> delegate;
+    std::unique_ptr<FilePanels> panels;
+    // Goes first, waiting for a task still running before the pages go.
+    TaskRunner tasks;
     QStringList isRootAsked;
     QString startedVolume; // title answered as the started system
 
-    WindowFixture()
+    // Alerts go to `sheets` when given.
+    explicit WindowFixture(SheetPresenter *sheets = nullptr)
         : paths(dir.path() + QStringLiteral("/root"), dir.path() + QStringLiteral("/home"),
-                dir.path() + QStringLiteral("/contents")) {
+                dir.path() + QStringLiteral("/contents")),
+          test(paths, sheets) {
         for (const QString &folder : {paths.volumesDir(), paths.home(), paths.contentsDir()})
             QDir().mkpath(folder);
-        window = std::make_unique<MainWindow>();
-        delegate = std::make_unique<TovrelAppDelegate>(*window, paths);
-        delegate->setIsRootProbe([this](const QString &path) {
+        test.services.setStartedSystemCheck([this](const QString &path) {
             isRootAsked << path;
             return !startedVolume.isEmpty() && path == paths.volumeRoot(startedVolume);
         });
+        window = std::make_unique<MainWindow>();
+        delegate = std::make_unique<TovrelAppDelegate>(*window, test.services);
+        panels = std::make_unique<FilePanels>(window.get());
     }
 
     // Creates folders below a volume: makeVolume("HD", {"System/Library/Extensions"}).

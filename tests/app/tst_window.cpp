@@ -9,8 +9,6 @@
 #include "ToolbarIcons.h"
 #include "UpdateCheck.h"
 #include "WindowFixture.h"
-#include "exec/AdminAuthentication.h"
-#include "exec/IconAlert.h"
 #include "filesdrop.h"
 
 #include <QAbstractButton>
@@ -237,20 +235,14 @@ private slots:
         QFETCH(bool, entriesVisible);
         QFETCH(QStringList, sheets);
 
-        WindowFixture f;
+        RecordingSheets shown;
+        WindowFixture f(&shown);
         const QString feed = f.dir.filePath("appcast.xml");
         // Any readable text will do as the donation page.
         const QString page = donationPageThere ? feed : f.dir.filePath("missing.html");
         QFile feedFile(feed);
         QVERIFY(feedFile.open(QIODevice::WriteOnly) && feedFile.write(appcast(versions)) > 0);
         feedFile.close();
-        RecordingSheets shown;
-        const auto alerts = [&f](SheetPresenter *presenter) {
-            IconAlert::configureDefault(f.paths, AdminAuthentication::sharedInstance(),
-                                        Alerts(nullptr, presenter));
-        };
-        alerts(&shown);
-        const auto unhook = qScopeGuard([&] { alerts(nullptr); });
         QVERIFY(writePlist(f.paths.infoPlist(),
                            (settings + QStringLiteral("<key>SUFeedURL</key><string>%1</string>"
                                                       "<key>KKDonationURL</key><string>%2</string>")

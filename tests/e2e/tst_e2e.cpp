@@ -1,13 +1,9 @@
 #include "AssembledWindow.h"
 #include "CliRun.h"
-#include "InstallController.h"
-#include "MaintenanceController.h"
 #include "RecordingSheets.h"
-#include "ReportController.h"
 #include "TestScripts.h"
-#include "exec/AdminAuthentication.h"
+#include "TestServices.h"
 #include "exec/Command.h"
-#include "exec/IconAlert.h"
 #include "filesdrop.h"
 #include "inspect/MachODescriber.h"
 #include "maintenance/MkextRebuild.h"
@@ -244,29 +240,23 @@ class TestE2e : public QObject {
     SandboxMac m_sandbox;
     std::unique_ptr<SandboxMac> m_mac;
     std::unique_ptr<SandboxMac> m_cli; // the command line's own sandbox
-    std::unique_ptr<AssembledWindow> m_app;
     RecordingSheets m_sheets;
+    std::unique_ptr<TestServices> m_test;
+    std::unique_ptr<AssembledWindow> m_app;
 
     template <typename T> T *find(const char *name) const {
         return m_app->window.findChild<T *>(QLatin1String(name));
     }
-    template <typename T> T *controller() const { return m_app->delegate.findChild<T *>(); }
     // Builds the sandbox and the window on it; the start-up's own diskutil questions are
     // taken out of the log so that it holds only what the task ran.
     void start(bool prelink = false, const QString &fixedRoot = {}) {
         m_mac = std::make_unique<SandboxMac>();
         QVERIFY(m_mac->create(prelink, fixedRoot));
         const SystemPaths paths(m_mac->root(), m_mac->home(), m_mac->settingsFolder());
-        SystemPaths::setCurrent(paths);
         // On a sandbox root commands run directly, as `--root` makes them.
-        AdminAuthentication::Config config;
-        config.direct = true;
-        config.environment = paths.rootEnvironment();
-        AdminAuthentication::configureShared(config, nullptr);
         m_sheets.texts.clear();
-        IconAlert::configureDefault(paths, AdminAuthentication::sharedInstance(),
-                                    Alerts(nullptr, &m_sheets));
-        m_app = std::make_unique<AssembledWindow>(paths);
+        m_test = std::make_unique<TestServices>(paths, &m_sheets);
+        m_app = std::make_unique<AssembledWindow>(m_test->services);
         m_app->window.resize(800, 600);
         m_app->window.show();
         m_app->delegate.applicationDidFinishLaunching();
@@ -322,8 +312,7 @@ private slots:
 
     void cleanup() {
         m_app.reset();
-        IconAlert::configureDefault(SystemPaths(), AdminAuthentication::sharedInstance(),
-                                    Alerts(nullptr, nullptr));
+        m_test.reset();
         m_mac.reset();
         m_cli.reset();
     }
@@ -584,8 +573,7 @@ private slots:
         // The parents' boxes tick their children: the command list shows all four options ran.
         find<QCheckBox>("cbExtra")->click();
         find<QCheckBox>("cbSLE")->click();
-        QSignalSpy finished(controller<MaintenanceController>(),
-                            &MaintenanceController::jobFinished);
+        QSignalSpy finished(&m_app->tasks, &TaskRunner::taskEnded);
         find<QPushButton>("bMainButton")->click();
         QVERIFY(finished.wait(30000));
         QCOMPARE(m_sheets.texts, QStringList{"info: Selected tasks were finished."});
@@ -631,7 +619,7 @@ private slots:
         QCOMPARE(table->model()->rowCount(), 2);
         QVERIFY(find<QCheckBox>("cbBackup")->isChecked());
 
-        QSignalSpy ended(controller<InstallController>(), &InstallController::installationEnded);
+        QSignalSpy ended(&m_app->tasks, &TaskRunner::taskEnded);
         find<QPushButton>("bInstButton")->click();
         QVERIFY(ended.wait(30000));
         QCOMPARE(m_sheets.texts, QStringList{"info: Selected tasks were finished."});
@@ -905,12 +893,11 @@ private slots:
         start(false, root);
         QString offered;
         const QString file = m_mac->desktop() + "/report.txt";
-        auto *report = m_app->loaded.reportController();
-        report->setSavePanel([&offered, file](const QString &name, auto done) {
+        m_app->panels.setAnswer([&offered, file](FilePanels::Kind, const QString &name, auto done) {
             offered = name;
-            done(1, file);
+            done(1, {file});
         });
-        QSignalSpy ended(report, &ReportController::reportEnded);
+        QSignalSpy ended(&m_app->tasks, &TaskRunner::taskEnded);
         find<QAction>("MI_CreateList")->trigger();
         QVERIFY(ended.wait(30000));
         QCOMPARE(offered, "Sandbox Mac");

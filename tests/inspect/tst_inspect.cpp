@@ -1,7 +1,5 @@
 #include "RecordingExecutor.h"
 #include "TestScripts.h"
-#include "exec/AdminAuthentication.h"
-#include "exec/IconAlert.h"
 #include "exec/ProcessRunner.h"
 #include "inspect/ArchitectureProbe.h"
 #include "inspect/DroppedFile.h"
@@ -441,9 +439,8 @@ private slots:
         if (folderExists)
             QVERIFY(QDir().mkpath(folder));
 
-        const MkextUnpackTask::Outcome outcome =
-            unpacker.unpack(mkext, QStringLiteral("ppc"), folder);
-        QCOMPARE((outcome.error ? "error: " : "info: ") + outcome.message, message);
+        const TaskResult outcome = unpacker.unpack(mkext, QStringLiteral("ppc"), folder);
+        QCOMPARE((outcome.ok ? "info: " : "error: ") + outcome.message, message);
         const QList<QStringList> expectedRuns =
             ran ? QList<QStringList>{{"-a", "ppc", "-d", folder, mkext}} : QList<QStringList>{};
         QCOMPARE(fake.runs, expectedRuns);
@@ -459,20 +456,16 @@ private slots:
                     "if [ \"$1\" = -v ]; then echo 'Found 0 kexts:'; echo noise >&2; exit 0; fi\n"
                     "[ \"$2\" = ppc ] && { printf 'caf\\351\\n' >&2; exit 1; }\n"
                     "echo 'Architecture i386 not found in mkext.' >&2; exit 1\n");
-        AdminAuthentication session({}, nullptr, nullptr);
-        IconAlert::configureDefault(paths(), session, Alerts(nullptr, nullptr));
         const MkextUnpackTask unpacker(paths(), MkextUnpackTask::systemTool(paths()));
 
         QCOMPARE(unpacker.listing(QStringLiteral("/E.mkext")), QStringLiteral("Found 0 kexts:\n"));
-        const MkextUnpackTask::Outcome outcome = unpacker.unpack(
-            QStringLiteral("/E.mkext"), QStringLiteral("i386"), unpacker.defaultFolder());
-        QVERIFY(outcome.error);
-        QCOMPARE(outcome.message, QStringLiteral("Architecture i386 not found in mkext."));
+        QCOMPARE(unpacker.unpack(QStringLiteral("/E.mkext"), QStringLiteral("i386"),
+                                 unpacker.defaultFolder()),
+                 TaskResult::failed(QStringLiteral("Architecture i386 not found in mkext.")));
         // Error text that is not UTF-8 reads as none: the unpack counts as done.
-        const MkextUnpackTask::Outcome unreadable = unpacker.unpack(
-            QStringLiteral("/E.mkext"), QStringLiteral("ppc"), unpacker.defaultFolder());
-        QCOMPARE(unreadable.message, QStringLiteral("Mkext was unpacked to selected directory."));
-        QVERIFY(!unreadable.error);
+        QCOMPARE(unpacker.unpack(QStringLiteral("/E.mkext"), QStringLiteral("ppc"),
+                                 unpacker.defaultFolder()),
+                 TaskResult::done(QStringLiteral("Mkext was unpacked to selected directory.")));
     }
 
     void indexesEveryEntry() {
@@ -660,9 +653,7 @@ private slots:
             return testLoad.run(kext);
         };
 
-        const KextTestLoad::Result gone = load(m_dir->filePath("Desktop/A.kext"), "x");
-        QCOMPARE(int(gone.outcome), int(KextTestLoad::Outcome::Stopped));
-        QCOMPARE(gone.message, QString());
+        QCOMPARE(load(m_dir->filePath("Desktop/A.kext"), "x"), TaskResult::failed());
         QCOMPARE(executor.authorizeCalls, 1);
         QVERIFY(executor.commands.isEmpty());
         QVERIFY(rootRuns.isEmpty());
@@ -676,9 +667,7 @@ private slots:
             kext + QStringLiteral(" failed to load - (libkern/kext) not loadable (reason "
                                   "unspecified); check the system/kernel logs for errors or try "
                                   "kextutil(8).\n");
-        const KextTestLoad::Result result = load(kext, loader);
-        QCOMPARE(int(result.outcome), int(KextTestLoad::Outcome::Failed));
-        QCOMPARE(result.message, loader);
+        QCOMPARE(load(kext, loader), TaskResult::failed(loader));
         const Command chown{m_dir->filePath("root/usr/sbin/chown"), {"-R", "0:0", kext}};
         QCOMPARE(executor.commands, QList<Command>{chown});
         QCOMPARE(rootRuns, (QList<QStringList>{{"kextload", kext}}));
@@ -687,11 +676,8 @@ private slots:
         QCOMPARE(saved.kextDirs(), (QStringList{"/earlier", m_dir->filePath("My Desk's")}));
 
         for (const std::optional<QString> &answer :
-             {std::optional<QString>(QString()), std::optional<QString>()}) {
-            const KextTestLoad::Result loaded = load(kext, answer);
-            QCOMPARE(int(loaded.outcome), int(KextTestLoad::Outcome::Loaded));
-            QCOMPARE(loaded.message, QString());
-        }
+             {std::optional<QString>(QString()), std::optional<QString>()})
+            QCOMPARE(load(kext, answer), TaskResult::done());
         QCOMPARE(executor.commands.size(), 3);
     }
 };

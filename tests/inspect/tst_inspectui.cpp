@@ -1,15 +1,16 @@
 #include "CheckController.h"
 #include "ChildWidget.h"
 #include "CliRun.h"
+#include "FilePanels.h"
 #include "MainWindow.h"
 #include "RecordingExecutor.h"
 #include "RecordingSheets.h"
+#include "TaskRunner.h"
 #include "TestScripts.h"
+#include "TestServices.h"
 #include "TovrelAppDelegate.h"
 #include "UnpackController.h"
-#include "exec/AdminAuthentication.h"
 #include "exec/Command.h"
-#include "exec/IconAlert.h"
 #include "inspect/MachOWriter.h"
 #include "mkext/MkextBuiltinTool.h"
 
@@ -49,24 +50,24 @@ private slots:
         for (const char *tool : {"chown", "kextload"})
             writeScript(sbin, tool, "echo \"" + QByteArray(tool) + " $*\" >> '" + log + "'\n");
 
-        AdminAuthentication::Config config;
-        config.direct = true;
-        config.environment = m_paths->rootEnvironment();
-        m_session = std::make_unique<AdminAuthentication>(config, nullptr, nullptr);
         m_sheets.texts.clear();
-        IconAlert::configureDefault(*m_paths, *m_session, Alerts(nullptr, &m_sheets));
+        m_test = std::make_unique<TestServices>(*m_paths, &m_sheets);
         m_executor = RecordingExecutor();
+        // The member stays ours: the services only borrow it.
+        m_test->useExecutor(std::shared_ptr<Executor>(std::shared_ptr<Executor>(), &m_executor));
 
         m_window = std::make_unique<MainWindow>();
-        m_delegate = std::make_unique<TovrelAppDelegate>(*m_window, *m_paths);
-        m_check = new CheckController(*m_delegate);
-        m_unpack = new UnpackController(*m_delegate);
-        m_check->setExecutor(&m_executor);
+        m_delegate = std::make_unique<TovrelAppDelegate>(*m_window, m_test->services);
+        m_panels = std::make_unique<FilePanels>(m_window.get());
+        m_tasks = std::make_unique<TaskRunner>();
+        m_check = new CheckController(*m_delegate, m_test->services, *m_tasks, *m_panels);
+        m_unpack = new UnpackController(*m_delegate, m_test->services, *m_panels);
         w<QLineEdit>("MKUnPath")->setText(m_paths->desktop() + "/Mkext Contents");
         w<QComboBox>("MkArch")->addItems({"x86_64", "i386", "ppc", "ppc64"});
     }
 
     void cleanup() {
+        m_tasks.reset();
         m_delegate.reset();
         m_window.reset();
     }
@@ -83,7 +84,9 @@ private slots:
             w<QCheckBox>(name)->setChecked(true);
         auto choose = [this](int panelCode, const QString &kext) {
             w<QPlainTextEdit>("kdep")->setPlainText("earlier listing");
-            m_check->setOpenPanel([panelCode, kext](auto done) { done(panelCode, kext); });
+            m_panels->setAnswer([panelCode, kext](FilePanels::Kind, const QString &, auto done) {
+                done(panelCode, {kext});
+            });
             w<QPushButton>("bCheckSel")->click();
         };
         choose(1, fat);
@@ -100,7 +103,7 @@ private slots:
         QCOMPARE(toolCalls(), QString());
 
         w<QCheckBox>("cbcheckdep")->setChecked(true);
-        QSignalSpy shown(m_check, &CheckController::dependenciesShown);
+        QSignalSpy shown(m_tasks.get(), &TaskRunner::taskEnded);
         choose(1, fat);
         QVERIFY(shown.wait(10000));
         QCOMPARE(
@@ -129,13 +132,13 @@ private slots:
         m_executor.grant = false;
         w<QPushButton>("bKextLoad")->click();
         QVERIFY(m_executor.commands.isEmpty());
-        QVERIFY(IconAlert::defaultinst().index().kextDirs().isEmpty());
+        QVERIFY(m_test->services.index().kextDirs().isEmpty());
 
         m_executor.grant = true;
         w<QPushButton>("bKextLoad")->click();
-        QCOMPARE(IconAlert::defaultinst().index().kextDirs(), QStringList{m_paths->desktop()});
+        QCOMPARE(m_test->services.index().kextDirs(), QStringList{m_paths->desktop()});
         QCOMPARE(m_sheets.texts.size(), 2);
-        QTest::qWait(50); // a listing started by mistake would have shown by now
+        QCOMPARE(m_tasks->running(), 0); // no listing was started along with the load
         QCOMPARE(toolCalls(), "kextload " + kext + "\n");
     }
 
@@ -157,8 +160,8 @@ private slots:
         QVERIFY2(QFileInfo::exists(mkext), qPrintable(built.err));
 
         const QString chosen = m_dir->filePath("Chosen Földer");
-        m_unpack->setOpenPanel([mkext, chosen](UnpackController::PanelKind kind, auto done) {
-            done(1, kind == UnpackController::PanelKind::Mkext ? mkext : chosen);
+        m_panels->setAnswer([mkext, chosen](FilePanels::Kind kind, const QString &, auto done) {
+            done(1, {kind == FilePanels::Kind::Mkext ? mkext : chosen});
         });
         w<QPushButton>("bSelectFolderToUnpack")->click();
         QCOMPARE(w<QLineEdit>("MKUnPath")->text(), chosen);
@@ -221,9 +224,9 @@ private slots:
             makeKext("Good One", MachOWriter::thin(MachOWriter::kextSlice(MachOWriter::X86_64)));
         const CliRun result = run({"--dry-run", "load", path});
         QCOMPARE(result.err, QString());
-        const Command chown{m_paths->system("/usr/sbin/chown"), {"-R", "0:0", path}};
-        const Command load{"kextload", {path}};
-        QCOMPARE(result.out, chown.toShellLine() + '\n' + load.toShellLine() + '\n');
+        // The blank in the kext's name makes it the one quoted word.
+        QCOMPARE(result.out, m_paths->system("/usr/sbin/chown") + " -R 0:0 '" + path +
+                                 "'\nkextload '" + path + "'\n");
         QCOMPARE(result.status, 0);
         QCOMPARE(toolCalls(), QString());
         QVERIFY(!QFileInfo::exists(m_paths->home() + "/.config/kextkeeper/CustomKextDirs.plist"));
@@ -256,11 +259,13 @@ private:
 
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<SystemPaths> m_paths;
-    std::unique_ptr<AdminAuthentication> m_session;
     RecordingSheets m_sheets;
+    std::unique_ptr<TestServices> m_test;
     RecordingExecutor m_executor;
     std::unique_ptr<MainWindow> m_window;
     std::unique_ptr<TovrelAppDelegate> m_delegate;
+    std::unique_ptr<FilePanels> m_panels;
+    std::unique_ptr<TaskRunner> m_tasks;
     CheckController *m_check = nullptr;
     UnpackController *m_unpack = nullptr;
 };

@@ -1,15 +1,15 @@
 #include "ChildWidget.h"
 #include "CliRun.h"
+#include "FilePanels.h"
 #include "LoadedDelegate.h"
 #include "LoadedPageController.h"
 #include "MainWindow.h"
 #include "RecordingSheets.h"
 #include "ReportController.h"
+#include "TaskRunner.h"
 #include "TestScripts.h"
+#include "TestServices.h"
 #include "cli/CliRegistry.h"
-#include "exec/AdminAuthentication.h"
-#include "exec/IconAlert.h"
-#include "exec/SessionExecutor.h"
 #include "pages/LoadedPage.h"
 
 #include <QAction>
@@ -66,15 +66,14 @@ private slots:
         makeKext(QStringLiteral("Extra/Extensions/VoodooHDA.kext"),
                  QStringLiteral("org.voodoo.driver.VoodooHDA"));
 
-        AdminAuthentication::Config config;
-        config.direct = true;
-        config.environment = paths.rootEnvironment();
-        m_session = std::make_unique<AdminAuthentication>(config, nullptr, nullptr);
         m_sheets.texts.clear();
-        IconAlert::configureDefault(paths, *m_session, Alerts(nullptr, &m_sheets));
+        m_test = std::make_unique<TestServices>(paths, &m_sheets);
 
         m_window = std::make_unique<MainWindow>();
-        m_delegate = std::make_unique<LoadedDelegate>(*m_window);
+        m_panels = std::make_unique<FilePanels>(m_window.get());
+        m_tasks = std::make_unique<TaskRunner>();
+        m_delegate =
+            std::make_unique<LoadedDelegate>(*m_window, m_test->services, *m_tasks, *m_panels);
         m_delegate->pageController()->setProbe([](const QString &path) {
             return path.endsWith(QLatin1String("VoodooHDA.kext"))
                        ? QStringLiteral("Mach-O 64-bit kext bundle x86_64\n")
@@ -83,6 +82,7 @@ private slots:
     }
 
     void cleanup() {
+        m_tasks.reset();
         m_delegate.reset();
         m_window.reset();
     }
@@ -97,19 +97,19 @@ private slots:
         QCOMPARE(m_window->selectedToolbarItem(), QStringLiteral("ti_l"));
         QCOMPARE(rows().size(), 6);
         QVERIFY(find<QToolButton>("buttonslide")->isChecked());
-        QCOMPARE(paneHeight(), LoadedPageController::collapsedHeight);
+        QCOMPARE(paneHeight(), LoadedPage::collapsedHeight);
 
         QTest::keyClicks(tfLdedFltr(), QStringLiteral("IOKIT"));
         QCOMPARE(rows(), (QStringList{iokit, acpi}));
         QCOMPARE(found(), QStringLiteral("Found: 2"));
         // On the page itself an open pane keeps its height; the toggle reads collapsed.
         expandPane();
-        QTRY_COMPARE(paneHeight(), LoadedPageController::expandedHeight);
+        QTRY_COMPARE(paneHeight(), LoadedPage::expandedHeight);
         trigger("MI_Loaded");
         QCOMPARE(tfLdedFltr()->text(), QString());
         QCOMPARE(found(), QStringLiteral("Found: 6"));
         QVERIFY(find<QToolButton>("buttonslide")->isChecked());
-        QCOMPARE(paneHeight(), LoadedPageController::expandedHeight);
+        QCOMPARE(paneHeight(), LoadedPage::expandedHeight);
     }
 
     // The pane fills only while open. A kext installed while it is open is unknown until it
@@ -139,10 +139,10 @@ private slots:
         click("bUnload");
         QVERIFY(m_sheets.texts.isEmpty());
         click("buttonslide");
-        QTRY_COMPARE(paneHeight(), LoadedPageController::collapsedHeight);
+        QTRY_COMPARE(paneHeight(), LoadedPage::collapsedHeight);
         expandPane();
         QCOMPARE(kname(), QStringLiteral("IOKit.kext"));
-        QTRY_COMPARE(paneHeight(), LoadedPageController::expandedHeight);
+        QTRY_COMPARE(paneHeight(), LoadedPage::expandedHeight);
 
         click("bUnload");
         QCOMPARE(m_sheets.texts,
@@ -162,13 +162,12 @@ private slots:
     void reportNotSaved() {
         const QString file = m_dir->filePath(QStringLiteral("report.txt"));
         int button = 0;
-        m_delegate->reportController()->setSavePanel(
-            [&](const QString &, std::function<void(int, const QString &)> done) {
-                done(button, file);
-            });
-        QSignalSpy ended(m_delegate->reportController(), &ReportController::reportEnded);
+        m_panels->setAnswer(
+            [&](FilePanels::Kind, const QString &, auto done) { done(button, {file}); });
+        QSignalSpy ended(m_tasks.get(), &TaskRunner::taskEnded);
         trigger("MI_CreateList");
-        QVERIFY(!ended.wait(500));
+        QCOMPARE(m_tasks->running(), 0); // no report was started
+        QVERIFY(m_sheets.texts.isEmpty());
         button = 1;
         QDir().mkpath(root() + QStringLiteral("/Extra/KextStore"));
         trigger("MI_CreateList");
@@ -275,19 +274,14 @@ private slots:
         AdminAuthentication::Config config;
         config.sudo = writeScript(QDir(m_dir->path()), QStringLiteral("sudo"), "exit 1\n");
         AdminAuthentication refusing(config, nullptr, nullptr);
-        IconAlert::configureDefault(paths, refusing, Alerts(nullptr, nullptr));
-        SessionExecutor session(refusing);
+        AppServices services(paths, refusing);
         QString out;
         QString err;
         QTextStream outStream(&out);
         QTextStream errStream(&err);
-        CliContext context{args.mid(1).replaceInStrings(QStringLiteral("@"), root()),
-                           paths,
-                           false,
-                           outStream,
-                           errStream,
-                           session};
-        QCOMPARE(CliRegistry::verbs().at(args.first()).run(context), int(CliTaskError));
+        CliContext context{args.mid(1).replaceInStrings(QStringLiteral("@"), root()), services,
+                           false, outStream, errStream};
+        QCOMPARE(CliRegistry::find(args.first())->run(context), int(CliTaskError));
         errStream.flush();
         QCOMPARE(err.count(QLatin1Char('\n')), 1);
         QVERIFY2(err.startsWith("kextkeeper " + args.first() + ": "), qPrintable(err));
@@ -332,9 +326,11 @@ private:
     }
 
     std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<AdminAuthentication> m_session;
     RecordingSheets m_sheets;
+    std::unique_ptr<TestServices> m_test;
     std::unique_ptr<MainWindow> m_window;
+    std::unique_ptr<FilePanels> m_panels;
+    std::unique_ptr<TaskRunner> m_tasks;
     std::unique_ptr<LoadedDelegate> m_delegate;
 };
 

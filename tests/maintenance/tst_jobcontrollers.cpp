@@ -5,8 +5,6 @@
 #include "MaintenanceController.h"
 #include "RecordingSheets.h"
 #include "TestScripts.h"
-#include "exec/AdminAuthentication.h"
-#include "exec/IconAlert.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -58,28 +56,18 @@ class TestJobControllers : public QObject {
 
 private slots:
     void init() {
-        f = std::make_unique<WindowFixture>();
-        executor = std::make_shared<HeldExecutor>();
         sheets.texts.clear();
-        IconAlert::configureDefault(f->paths, AdminAuthentication::sharedInstance(),
-                                    Alerts(nullptr, &sheets));
-        install = new InstallController(*f->delegate);
-        install->setIsRootProbe([](const QString &) { return false; });
-        install->setExecutor(executor.get());
-        maintenance = new MaintenanceController(*f->delegate);
-        maintenance->setIsRoot([](const QString &) { return false; });
-        maintenance->setExecutor(executor);
-        extraMenu = new ExtraMenuController(*f->delegate);
-        extraMenu->setExecutor(executor);
+        f = std::make_unique<WindowFixture>(&sheets);
+        executor = std::make_shared<HeldExecutor>();
+        f->test.useExecutor(executor);
+        install = new InstallController(*f->delegate, f->test.services, f->tasks, *f->panels);
+        maintenance = new MaintenanceController(*f->delegate, f->test.services, f->tasks);
+        extraMenu = new ExtraMenuController(*f->delegate, f->test.services);
         QDir().mkpath(f->paths.system(QStringLiteral("/usr/sbin")));
         writeScript(QDir(f->paths.system(QStringLiteral("/usr/sbin"))), QStringLiteral("kextcache"),
                     "exit 0\n");
     }
-    void cleanup() {
-        IconAlert::configureDefault(SystemPaths(), AdminAuthentication::sharedInstance(),
-                                    Alerts(nullptr, nullptr));
-        f.reset();
-    }
+    void cleanup() { f.reset(); }
 
     void clearRemovesSelectedRowsOrAll() {
         install->instkexts().append({"/a.kext", "/b.kext", "/c.kext", "/d.kext"});
@@ -130,7 +118,7 @@ private slots:
         install->instkexts().append({makeBundle(QStringLiteral("A.kext"))});
         executor->grant = false;
         clickInstall();
-        QTest::qWait(50);
+        QCOMPARE(f->tasks.running(), 0); // the password is asked before any job starts
         QCOMPARE(executor->authorizeCalls, 1);
         QVERIFY(sheets.texts.isEmpty());
         QVERIFY(executor->commands().isEmpty());
@@ -149,7 +137,7 @@ private slots:
         for (int i = 0; i < entries; ++i)
             install->instkexts().append({bundle});
         executor->hold = true;
-        QSignalSpy ended(install, &InstallController::installationEnded);
+        QSignalSpy ended(&f->tasks, &TaskRunner::taskEnded);
 
         clickInstall();
         QVERIFY(executor->started.tryAcquire(1, 5000));
@@ -184,7 +172,7 @@ private slots:
         addVolume(QStringLiteral("HD"), {"Extra/Extensions", "Extra/KextStore"});
         f->delegate->DiskSelectorInstallation(f->find<QComboBox>("DiskSelInst"));
         install->instkexts().append({makeBundle(QStringLiteral("A.kext"))});
-        QSignalSpy ended(install, &InstallController::installationEnded);
+        QSignalSpy ended(&f->tasks, &TaskRunner::taskEnded);
         clickInstall();
         QTRY_COMPARE(ended.size(), 1);
         QTRY_COMPARE(sheets.texts,
@@ -202,7 +190,7 @@ private slots:
         auto *status = f->find<QLabel>("lbMainTask");
 
         executor->hold = true;
-        QSignalSpy finished(maintenance, &MaintenanceController::jobFinished);
+        QSignalSpy finished(&f->tasks, &TaskRunner::taskEnded);
         button->click();
         // Held in its first command: everything the job did before it reaches the page.
         QVERIFY(executor->started.tryAcquire(1, 5000));
@@ -237,7 +225,7 @@ private slots:
         f->delegate->DiskSelectorMaintenance(nullptr);
         f->find<QCheckBox>("cbERM")->setChecked(true);
         QVERIFY(QDir(root + "/Extra/Extensions").removeRecursively());
-        QSignalSpy finished(maintenance, &MaintenanceController::jobFinished);
+        QSignalSpy finished(&f->tasks, &TaskRunner::taskEnded);
         f->find<QPushButton>("bMainButton")->click();
         QVERIFY(finished.wait(10000));
         QCOMPARE(sheets.texts, QStringList{"error: No Extra/Extensions or Extra/KextStore found."});

@@ -1,6 +1,8 @@
 #include "CliRun.h"
+#include "EndText.h"
 #include "RecordingExecutor.h"
 #include "TestScripts.h"
+#include "TestServices.h"
 #include "exec/Command.h"
 #include "maintenance/ExtraFolderOperations.h"
 #include "maintenance/ExtraFolderView.h"
@@ -12,7 +14,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-using Outcome = ExtraFolderOperations::Outcome;
+// How an Extra menu command ends: Yes if asked, No, no password, or its folder missing.
+enum class Outcome { Done, Declined, Refused, Missing };
 Q_DECLARE_METATYPE(Outcome)
 
 namespace {
@@ -23,6 +26,7 @@ namespace {
 struct Sandbox {
     static inline const QString volume = QStringLiteral("Mac HD's Düsk");
     QTemporaryDir dir;
+    TestServices test{paths()};
 
     Sandbox() {
         QDir().mkpath(rootPath());
@@ -85,8 +89,6 @@ public:
     void setSpinning(bool on) override { log << (on ? "spinner on" : "spinner off"); }
     void setStatus(const QString &text) override { log << "status " + text; }
     void reevaluateVolume() override { log << "reevaluate"; }
-    void showError(const QString &message) override { log << "error " + message; }
-    void showInfo(const QString &message) override { log << "info " + message; }
 };
 
 // Words separated by blanks: the boxes "erp", "erm", "slerp" and "slerc" (a trailing
@@ -132,7 +134,6 @@ public:
     QStringList roots;
     QStringList questions;
     std::function<void(int)> pendingAnswer;
-    QStringList errors;
     int reevaluations = 0;
 
     QString selectedVolume() const override { return volume; }
@@ -141,8 +142,8 @@ public:
         questions << text;
         pendingAnswer = std::move(answered);
     }
-    void showError(const QString &message) override { errors << message; }
-    void commandsFailed(const QStringList &lines) override { errors << lines; }
+    // Which commands failed is the maintenance plan's rows' to show.
+    void commandsFailed(const QStringList &) override {}
     void reevaluateVolume() override { ++reevaluations; }
 };
 
@@ -164,14 +165,14 @@ struct Menu {
     ExtraFolderOperations ops{box.paths(), executor, view};
 };
 
-Outcome start(ExtraFolderOperations &ops, const QString &command) {
+std::optional<TaskResult> start(ExtraFolderOperations &ops, const QString &command) {
     if (command == "bring back")
-        return ops.BringBackEE();
+        return ops.restoreExtensionsFolder();
     if (command == "create")
-        return ops.MI_CreateEKS();
+        return ops.createKextStore();
     if (command == "hide")
-        return ops.HideExtra();
-    return ops.ShowExtra();
+        return ops.hideExtraFolder();
+    return ops.showExtraFolder();
 }
 
 } // namespace
@@ -236,17 +237,16 @@ private slots:
                                "<key>ProductVersion</key><string>" + productVersion.toUtf8() +
                                    "</string>"));
         Recorder r;
-        MaintenancePlan plan(boxes(options), box.paths(), r, r);
         QStringList asked;
-        plan.setIsRoot([&](const QString &path) {
+        box.test.services.setStartedSystemCheck([&](const QString &path) {
             asked << path;
             return startedSystem;
         });
+        MaintenancePlan plan(boxes(options), box.test.services, r, r);
 
-        QVERIFY(plan.prepare());
-        plan.run();
+        QVERIFY(!plan.prepare());
+        QCOMPARE(endText(plan.run()), QStringList{"info Selected tasks were finished."});
         QCOMPARE(r.commands, box.commands(expected));
-        QCOMPARE(r.log.last(), "info Selected tasks were finished.");
         // The started system is asked about with the task's root, slash and all.
         for (const QString &path : asked)
             QCOMPARE(path, box.rootPath());
@@ -292,26 +292,27 @@ private slots:
         box.makeFolders(folders);
         Recorder r;
         r.failing = failing;
-        MaintenancePlan plan(::boxes(boxes), box.paths(), r, r);
-        plan.setIsRoot([](const QString &) { return true; });
+        box.test.services.setStartedSystemCheck([](const QString &) { return true; });
+        MaintenancePlan plan(::boxes(boxes), box.test.services, r, r);
 
-        QVERIFY(plan.prepare());
+        QVERIFY(!plan.prepare());
         QVERIFY(r.log.isEmpty()); // the job changes the controls itself
-        plan.run();
+        r.log << endText(plan.run());
         QCOMPARE(r.log, expected.replaceInStrings("R/", box.rootPath()));
     }
 
     void prepareStopsWithoutTaskOrPassword() {
         Sandbox box;
         Recorder r;
-        QVERIFY(!MaintenancePlan(boxes(""), box.paths(), r, r).prepare());
+        r.log << endText(MaintenancePlan(boxes(""), box.test.services, r, r).prepare().value());
         QCOMPARE(r.authorizeCalls, 0);
         QCOMPARE(r.log, (QStringList{"spinner off", "error You haven't selected any options."}));
 
         // A refused password ends it silently.
         r.grant = false;
         r.log.clear();
-        QVERIFY(!MaintenancePlan(boxes("erp erm slerp slerc"), box.paths(), r, r).prepare());
+        QCOMPARE(MaintenancePlan(boxes("erp erm slerp slerc"), box.test.services, r, r).prepare(),
+                 std::optional(TaskResult::failed()));
         QCOMPARE(r.authorizeCalls, 1);
         QVERIFY(r.log.isEmpty());
     }
@@ -322,7 +323,7 @@ private slots:
         box.makeFolders({"Extra/KextStore"});
         setKextkeeperExecutable("/opt/kk/kextkeeper");
         Recorder rec;
-        MaintenancePlan(boxes("erm"), box.paths(), rec, rec).run();
+        MaintenancePlan(boxes("erm"), box.test.services, rec, rec).run();
         setKextkeeperExecutable(QString());
         const QString r = box.rootPath();
         QCOMPARE(rec.commands,
@@ -392,21 +393,22 @@ private slots:
                                                          : QString();
         const bool asks = !question.isEmpty() && outcome != Outcome::Missing;
 
-        const Outcome first = start(m.ops, command);
+        const std::optional<TaskResult> first = start(m.ops, command);
         QCOMPARE(m.view.questions, asks ? QStringList{question} : QStringList{});
         if (asks) {
-            QCOMPARE(first, Outcome::Asking);
+            QVERIFY(!first);
             // Nothing happens while the question is open.
             QCOMPARE(m.executor.authorizeCalls, 0);
             QVERIFY(m.executor.commands.isEmpty());
             m.view.pendingAnswer(outcome == Outcome::Declined ? ExtraFolderView::noCode
                                                               : ExtraFolderView::yesCode);
         }
-        QCOMPARE(asks ? m.ops.lastAnswer() : first, outcome);
+        // Only a missing folder is told; the rest end without a word.
+        const bool failed = outcome == Outcome::Missing || outcome == Outcome::Refused;
+        QCOMPARE(asks ? m.ops.lastAnswer() : first.value(), (TaskResult{!failed, error, {}}));
         const bool passwordAsked = outcome == Outcome::Done || outcome == Outcome::Refused;
         QCOMPARE(m.executor.authorizeCalls, passwordAsked ? 1 : 0);
         QCOMPARE(m.executor.commands, m.box.commands(expected));
-        QCOMPARE(m.view.errors, error.isEmpty() ? QStringList{} : QStringList{error});
         // Only a conversion changes what the option boxes depend on; its root is chosen
         // again once answered.
         const bool converted = asks && outcome == Outcome::Done;
@@ -419,7 +421,7 @@ private slots:
         Menu m({"Extra/KextStore"});
         const QString other = m.box.dir.path() + "/Volumes/Other/";
 
-        QCOMPARE(m.ops.BringBackEE(), Outcome::Asking);
+        QVERIFY(!m.ops.restoreExtensionsFolder());
         m.view.volume = "Other"; // picked while the sheet was open: no KextStore there at all
         m.view.pendingAnswer(ExtraFolderView::yesCode);
         QCOMPARE(m.view.roots, (QStringList{m.box.rootPath(), other}));

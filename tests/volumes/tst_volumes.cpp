@@ -1,10 +1,10 @@
 #include "CliRun.h"
 #include "TestScripts.h"
 #include "exec/AdminAuthentication.h"
-#include "exec/IconAlert.h"
+#include "exec/AppServices.h"
 #include "volumes/ContentsFolder.h"
 #include "volumes/DiskInfo.h"
-#include "volumes/KextFolderLayout.h"
+#include "volumes/KextFolders.h"
 #include "volumes/SystemPaths.h"
 #include "volumes/VolumeList.h"
 
@@ -100,8 +100,8 @@ private slots:
         QTemporaryDir dir;
         const QString rp = dir.path() + QStringLiteral("/Vol ume");
         makeFolders(rp, folders);
-        QCOMPARE(KextFolderLayout::extraPresent(rp, version), extra);
-        QCOMPARE(KextFolderLayout::slePresent(rp), sle);
+        QCOMPARE(KextFolders(rp, version).extraPresent(), extra);
+        QCOMPARE(KextFolders(rp).slePresent(), sle);
     }
 
     // Which of 10.4 .. 10.7 have a folder in Extra, nested or look-alike names not counted.
@@ -109,8 +109,7 @@ private slots:
         QTemporaryDir dir;
         makeFolders(dir.path(),
                     {"Extra/10.5", "Extra/10.7/KextStore", "Extra/10.6.8", "Extra/10.5/10.4"});
-        QCOMPARE(KextFolderLayout::versionFolders(dir.path()),
-                 (QList<bool>{false, true, false, true}));
+        QCOMPARE(KextFolders(dir.path()).versionFolders(), (QList<bool>{false, true, false, true}));
     }
 
     void diskInfo_data() {
@@ -139,8 +138,9 @@ private slots:
         QTemporaryDir dir;
         const SystemPaths paths(dir.path());
         QDir().mkpath(paths.volumeRoot(QStringLiteral("Mac HD")));
-        IconAlert alert(paths, AdminAuthentication::sharedInstance(), Alerts(nullptr, nullptr));
-        QVERIFY(!alert.isRoot(paths.volumeRoot(QStringLiteral("Mac HD"))));
+        AdminAuthentication session({}, nullptr, nullptr);
+        const AppServices services(paths, session);
+        QVERIFY(!services.isStartedSystem(paths.volumeRoot(QStringLiteral("Mac HD"))));
     }
 
     // Settings live in a bundle's Contents only when the executable sits in one.

@@ -30,9 +30,8 @@ const QList<QPair<const char *, const char *>> pages{{"ti_m", "maintenance"},
 // What a user would have done on the page before looking at it, so the pictures show
 // the pages at work rather than empty: kexts on the install list, a kext checked with
 // its libraries, the Extra mkext listed, a loaded kext's details open.
-void fillPage(QMainWindow *window, const QString &name) {
+void fillPage(QMainWindow *window, const QString &name, const QString &mac) {
     const QString home = QDir::homePath();
-    const QString mac = SystemPaths::current().volumeRoot(QStringLiteral("Macintosh HD"));
     const auto dropFile = [window](const QString &path) {
         if (auto *target = window->findChild<filesdrop *>())
             emit target->dropped({path});
@@ -69,7 +68,7 @@ QMainWindow *mainWindow() {
 }
 
 // Shows page `index`, lets it fill itself, saves it and goes on with the next one.
-void shoot(int index, const QString &out) {
+void shoot(int index, const QString &out, const QString &mac) {
     QMainWindow *window = mainWindow();
     if (!window || index >= pages.size()) {
         QApplication::exit(window ? 0 : 1);
@@ -80,13 +79,14 @@ void shoot(int index, const QString &out) {
         box->close();
     if (auto *action = window->findChild<QAction *>(QLatin1String(pages[index].first)))
         action->trigger();
-    QTimer::singleShot(300, window,
-                       [window, index] { fillPage(window, QLatin1String(pages[index].second)); });
-    QTimer::singleShot(1500, window, [window, index, out] {
+    QTimer::singleShot(300, window, [window, index, mac] {
+        fillPage(window, QLatin1String(pages[index].second), mac);
+    });
+    QTimer::singleShot(1500, window, [window, index, out, mac] {
         const QString file = out + QLatin1Char('/') + QLatin1String(pages[index].second) + ".png";
         if (!window->grab().save(file))
             QTextStream(stderr) << "can't write " << file << Qt::endl;
-        shoot(index + 1, out);
+        shoot(index + 1, out, mac);
     });
 }
 
@@ -98,7 +98,6 @@ int main(int argc, char **argv) {
         return 2;
     }
     const SystemPaths paths(QString::fromLocal8Bit(argv[1]));
-    SystemPaths::setCurrent(paths);
     const QString out = QDir(QString::fromLocal8Bit(argv[2])).absolutePath();
     QDir().mkpath(out);
     int qtArgc = 1;
@@ -107,7 +106,8 @@ int main(int argc, char **argv) {
     AdminAuthentication::Config config;
     config.direct = true;
     config.environment = paths.rootEnvironment();
-    AdminAuthentication::configureShared(config, nullptr);
-    QTimer::singleShot(1500, &app, [out] { shoot(0, out); });
-    return launchWindow(app, paths);
+    AdminAuthentication session(config, nullptr, nullptr);
+    const QString mac = paths.volumeRoot(QStringLiteral("Macintosh HD"));
+    QTimer::singleShot(1500, &app, [out, mac] { shoot(0, out, mac); });
+    return launchWindow(app, paths, session);
 }

@@ -3,7 +3,6 @@
 
 #include "cli/CliArgs.h"
 #include "cli/CliVerbs.h"
-#include "exec/IconAlert.h"
 #include "inspect/ArchitectureProbe.h"
 #include "inspect/DependencyListing.h"
 #include "inspect/KextTestLoad.h"
@@ -43,7 +42,7 @@ int checkVerb(CliContext &c) {
     line("ppc", found.ppc);
     line("ppc64", found.ppc64);
     if (args.flag(QStringLiteral("--deps")))
-        c.out << DependencyListing::run(c.paths, *kext);
+        c.out << DependencyListing::run(c.paths(), *kext);
     c.out.flush();
     return CliOk;
 }
@@ -57,30 +56,20 @@ int loadVerb(CliContext &c) {
         c.err << "kextkeeper load: " << *kext << " does not exist" << Qt::endl;
         return CliTaskError;
     }
-    IconAlert &icon = IconAlert::defaultinst();
     // A dry run must not remember the folder either: its index has no settings file.
     KextLocationIndex scratch{QString()};
-    KextLocationIndex &index = c.dryRun ? scratch : icon.index();
+    KextLocationIndex &index = c.dryRun ? scratch : c.services.index();
+    const std::shared_ptr<Executor> executor = c.services.executor();
     const KextTestLoad load(
-        c.paths, c.executor, index, [&c, &icon](const QString &command, const QString &argument) {
+        c.paths(), *executor, index, [&c](const QString &command, const QString &argument) {
             if (c.dryRun) {
                 c.out << Command{command, {argument}, true}.toShellLine() << Qt::endl;
                 return std::optional<QString>(QString());
             }
-            return icon.ExecuteRootErrorCmd(command, argument);
+            return c.services.rootScript().run(command, argument);
         });
-    const KextTestLoad::Result result = load.run(*kext);
-    switch (result.outcome) {
-    case KextTestLoad::Outcome::Loaded:
-        return CliOk;
-    case KextTestLoad::Outcome::Failed:
-        c.err << result.message;
-        if (!result.message.endsWith(QLatin1Char('\n')))
-            c.err << '\n';
-        c.err.flush();
-        return CliTaskError;
-    default:
+    const TaskResult result = load.run(*kext);
+    if (!result.ok && result.message.isEmpty())
         c.err << "kextkeeper load: not authorized" << Qt::endl;
-        return CliTaskError;
-    }
+    return c.end(QStringLiteral("load"), result);
 }

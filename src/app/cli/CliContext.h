@@ -1,22 +1,21 @@
 #pragma once
 
-#include "volumes/SystemPaths.h"
+#include "exec/AppServices.h"
+#include "exec/TaskResult.h"
 
 #include <QStringList>
 #include <QTextStream>
 
-class Executor;
-
-// What a command-line verb gets: the words after the verb, the global options, and
-// the two output streams.
+// What a command-line verb gets: the words after the verb, the program's services (whose
+// executors print instead of running under --dry-run), and the two output streams.
 struct CliContext {
     QStringList args;
-    SystemPaths paths;
+    AppServices &services;
     bool dryRun = false;
     QTextStream &out;
     QTextStream &err;
-    // Runs root sequences: the privileged session, or printing under --dry-run.
-    Executor &executor;
+
+    const SystemPaths &paths() const { return services.paths(); }
     // Asks a yes/no question on the terminal (false when standard input is closed).
     bool confirm(const QString &question) const;
     // A line on standard output that is not a command: under --dry-run it is written as
@@ -25,6 +24,9 @@ struct CliContext {
     // The commands of a task that failed, on standard error below one line naming the
     // verb and their number.
     void tellFailures(const QString &verb, const QStringList &failures) const;
+    // A task's end on the terminal: its message on standard output or standard error, or
+    // instead a quiet failure after "kextkeeper VERB: "; the exit status.
+    int end(const QString &verb, const TaskResult &result) const;
 };
 
 // Exit statuses of the verbs.

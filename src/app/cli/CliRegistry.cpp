@@ -2,30 +2,6 @@
 
 #include "cli/CliVerbs.h"
 
-#include <cstdio>
-
-bool CliContext::confirm(const QString &question) const {
-    out << (dryRun ? "# " : "") << question << " [y/N] " << Qt::flush;
-    char line[64] = {};
-    if (!std::fgets(line, sizeof line, stdin))
-        return false;
-    return line[0] == 'y' || line[0] == 'Y';
-}
-
-void CliContext::note(const QString &text) const {
-    for (const QString &line : text.split(QLatin1Char('\n')))
-        out << (dryRun ? QStringLiteral("# ") : QString()) << line << Qt::endl;
-}
-
-void CliContext::tellFailures(const QString &verb, const QStringList &failures) const {
-    err << "kextkeeper " << verb << ": "
-        << (failures.size() == 1 ? QStringLiteral("1 command failed:")
-                                 : QStringLiteral("%1 commands failed:").arg(failures.size()))
-        << Qt::endl;
-    for (const QString &line : failures)
-        err << "  " << line << Qt::endl;
-}
-
 const QList<CliVerb> &CliRegistry::verbs() {
     static const QList<CliVerb> table{
         {QStringLiteral("check"), QStringLiteral("check KEXT [--deps]"),

@@ -14,7 +14,7 @@
 #include "doctor/KextRemoval.h"
 #include "exec/Executor.h"
 #include "maintenance/MaintenancePlan.h"
-#include "volumes/KextFolderLayout.h"
+#include "volumes/KextFolders.h"
 #include "volumes/VolumeList.h"
 
 #include <QDateTime>
@@ -34,7 +34,7 @@ int usage(CliContext &c, const QString &problem) {
 }
 
 KextDoctor::Result examine(CliContext &c, const Request &request) {
-    return KextDoctor::run(DoctorSetup::options(c.paths, request.volume, request.extraVersion));
+    return KextDoctor::run(DoctorSetup::options(c.paths(), request.volume, request.extraVersion));
 }
 
 void print(CliContext &c, const Request &request, const KextDoctor::Result &result) {
@@ -67,9 +67,10 @@ bool removeCopies(CliContext &c, const Request &request, const DoctorFindings &f
             say(c, request, QStringLiteral("Not removed without --yes: ") + copy);
         return false;
     }
-    if (!c.executor.authorize())
+    const std::shared_ptr<Executor> executor = c.services.executor();
+    if (!executor->authorize())
         return false;
-    KextRemoval removal(c.paths, c.executor, request.volume, request.extraVersion,
+    KextRemoval removal(c.paths(), *executor, request.volume, request.extraVersion,
                         QDateTime::currentDateTime());
     for (const QString &copy : copies) {
         const QString problem = removal.remove(copy);
@@ -91,16 +92,17 @@ bool maintain(CliContext &c, const Request &request, const DoctorFindings &findi
     say(c, request, QStringLiteral("Maintenance of %1: %2").arg(request.volume, tasks));
     if (!request.yes && !c.confirm(QStringLiteral("Continue?")))
         return true;
-    const AppSettings settings(c.paths.contentsDir());
+    const AppSettings settings(c.paths().contentsDir());
     options.prelinkKernel = settings.boolean(AppSettings::prelinkKernelKey);
     options.recreateLionCache = settings.boolean(AppSettings::lionCacheKey);
     TerminalMaintenanceView view(c, QStringLiteral("doctor"));
-    MaintenancePlan plan(options, c.paths, c.executor, view);
-    if (!plan.prepare()) {
+    const std::shared_ptr<Executor> executor = c.services.executor();
+    MaintenancePlan plan(options, c.services, *executor, view);
+    if (plan.prepare()) {
         c.err << "kextkeeper doctor: administrator rights were not given" << Qt::endl;
         return false;
     }
-    plan.run();
+    c.end(QStringLiteral("doctor"), plan.run());
     return true;
 }
 
@@ -123,16 +125,16 @@ int doctorVerb(CliContext &c) {
     if (request.volume.isEmpty())
         return usage(c, QStringLiteral("--volume NAME is needed"));
     if (!request.extraVersion.isEmpty() &&
-        !KextFolderLayout::versions().contains(request.extraVersion))
+        !KextFolders::versions().contains(request.extraVersion))
         return usage(c, QStringLiteral("--extra-version must be one of ") +
-                            KextFolderLayout::versions().join(QStringLiteral(", ")));
-    if (!VolumeList::build(c.paths.volumesDir()).contains(request.volume)) {
+                            KextFolders::versions().join(QStringLiteral(", ")));
+    if (!VolumeList::build(c.paths().volumesDir()).contains(request.volume)) {
         c.err << "kextkeeper doctor: no volume with an Extra or System/Library folder is called "
               << request.volume << Qt::endl;
         return CliTaskError;
     }
     if (const QString refusal = OfferedOptions::version(
-            request.volume, c.paths.volumeRoot(request.volume), request.extraVersion);
+            request.volume, c.paths().volumeRoot(request.volume), request.extraVersion);
         !refusal.isEmpty())
         return usage(c, refusal);
 

@@ -25,7 +25,6 @@ public:
         }
         answered(yes ? yesCode : noCode);
     }
-    void showError(const QString &message) override { m_c.err << message << Qt::endl; }
     void commandsFailed(const QStringList &failures) override {
         failed = true;
         m_c.tellFailures(QStringLiteral("extra"), failures);
@@ -57,7 +56,7 @@ int extraVerb(CliContext &c) {
     const QString volume = args.value(QStringLiteral("--volume")).value_or(QString());
     if (volume.isEmpty())
         return usage(c, QStringLiteral("--volume NAME is needed"));
-    if (!VolumeList::build(c.paths.volumesDir()).contains(volume)) {
+    if (!VolumeList::build(c.paths().volumesDir()).contains(volume)) {
         c.err << "kextkeeper extra: no volume with an Extra or System/Library folder is called "
               << volume << Qt::endl;
         return CliTaskError;
@@ -67,35 +66,27 @@ int extraVerb(CliContext &c) {
     // conversions are always offered and answer for themselves.
     if (command == QLatin1String("hide") || command == QLatin1String("show")) {
         const QString refusal =
-            OfferedOptions::extra(command, volume, c.paths.volumeRoot(volume), QString());
+            OfferedOptions::extra(command, volume, c.paths().volumeRoot(volume), QString());
         if (!refusal.isEmpty())
             return usage(c, refusal);
     }
 
     TerminalExtraView view(c, volume, args.flag(QStringLiteral("--yes")));
-    ExtraFolderOperations ops(c.paths, c.executor, view);
-    using Outcome = ExtraFolderOperations::Outcome;
-    Outcome outcome = Outcome::Done;
+    const std::shared_ptr<Executor> executor = c.services.executor();
+    ExtraFolderOperations ops(c.paths(), *executor, view);
+    std::optional<TaskResult> result;
     if (command == QLatin1String("to-kextstore"))
-        outcome = ops.MI_CreateEKS();
+        result = ops.createKextStore();
     else if (command == QLatin1String("to-extensions"))
-        outcome = ops.BringBackEE();
+        result = ops.restoreExtensionsFolder();
     else if (command == QLatin1String("hide"))
-        outcome = ops.HideExtra();
+        result = ops.hideExtraFolder();
     else
-        outcome = ops.ShowExtra();
-    // The terminal answers at once, so the answer's outcome is known by now.
-    if (outcome == Outcome::Asking)
-        outcome = ops.lastAnswer();
-    switch (outcome) {
-    case Outcome::Done:
-        return view.failed ? CliTaskError : CliOk;
-    case Outcome::Declined:
-        return CliOk;
-    case Outcome::Refused:
+        result = ops.showExtraFolder();
+    // The terminal answers at once, so the answer's end is known by now.
+    const TaskResult end = result.value_or(ops.lastAnswer());
+    if (!end.ok && end.message.isEmpty())
         c.err << "kextkeeper extra: administrator rights were not given" << Qt::endl;
-        return CliTaskError;
-    default:
-        return CliTaskError;
-    }
+    const int status = c.end(QStringLiteral("extra"), end);
+    return view.failed ? CliTaskError : status;
 }

@@ -7,7 +7,7 @@
 #include "cli/TerminalInstallView.h"
 #include "install/InstallList.h"
 #include "install/InstallPlan.h"
-#include "volumes/KextFolderLayout.h"
+#include "volumes/KextFolders.h"
 #include "volumes/VolumeList.h"
 
 #include <QFileInfo>
@@ -46,12 +46,13 @@ int installVerb(CliContext &c) {
         return usage(c, QStringLiteral("--volume NAME is needed for extra and sle"));
     options.extraVersion = args.value(QStringLiteral("--extra-version")).value_or(QString());
     if (!options.extraVersion.isEmpty() &&
-        !KextFolderLayout::versions().contains(options.extraVersion))
+        !KextFolders::versions().contains(options.extraVersion))
         return usage(c, QStringLiteral("--extra-version must be one of ") +
-                            KextFolderLayout::versions().join(QStringLiteral(", ")));
+                            KextFolders::versions().join(QStringLiteral(", ")));
     options.backup = args.flag(QStringLiteral("--backup"));
-    options.prelinkKernel =
-        AppSettings(c.paths.contentsDir()).boolean(AppSettings::prelinkKernelKey);
+    const AppSettings settings(c.paths().contentsDir());
+    options.prelinkKernel = settings.boolean(AppSettings::prelinkKernelKey);
+    options.recreateLionCache = settings.boolean(AppSettings::lionCacheKey);
 
     for (const QString &word : args.positional()) {
         const QString bundle = CliArgs::absolutePath(word);
@@ -67,20 +68,21 @@ int installVerb(CliContext &c) {
     }
     // Only a volume the page would offer: a name such as "../../outside" would put the
     // copies anywhere.
-    if (!options.toDesktop && !VolumeList::build(c.paths.volumesDir()).contains(options.volume)) {
+    if (!options.toDesktop && !VolumeList::build(c.paths().volumesDir()).contains(options.volume)) {
         c.err << "kextkeeper install: no volume with an Extra or System/Library folder is called "
               << options.volume << Qt::endl;
         return CliTaskError;
     }
 
     TerminalInstallView view(c, QStringLiteral("install"));
-    InstallPlan plan(options, c.paths, c.executor, view);
-    if (!plan.prepare()) {
-        if (!view.failed)
+    const std::shared_ptr<Executor> executor = c.services.executor();
+    InstallPlan plan(options, c.services, *executor, view);
+    if (const std::optional<TaskResult> refused = plan.prepare()) {
+        if (refused->message.isEmpty())
             c.err << "kextkeeper install: the administrator did not authorize the installation"
                   << Qt::endl;
-        return CliTaskError;
+        return c.end(QStringLiteral("install"), *refused);
     }
-    plan.run();
-    return view.failed ? CliTaskError : CliOk;
+    const int status = c.end(QStringLiteral("install"), plan.run());
+    return view.failed ? CliTaskError : status;
 }

@@ -47,7 +47,7 @@ int journalVerb(CliContext &c) {
             return usage(c, QStringLiteral("--last needs a number of entries"));
     }
 
-    const QString path = CommandJournal::defaultPath(c.paths.home());
+    const QString path = CommandJournal::defaultPath(c.paths().home());
     // The entries moved aside when the journal grew large come first.
     QList<JournalEntry> entries =
         CommandJournal::readFile(path + QStringLiteral(".1")) + CommandJournal::readFile(path);

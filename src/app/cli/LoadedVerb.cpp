@@ -5,7 +5,6 @@
 #include "cli/CliVerbs.h"
 #include "exec/Command.h"
 #include "exec/Executor.h"
-#include "exec/IconAlert.h"
 #include "exec/ProcessRunner.h"
 #include "inspect/ArchitectureProbe.h"
 #include "loaded/KextUnloader.h"
@@ -37,8 +36,8 @@ int loadedVerb(CliContext &c) {
               << (args.ok() ? QStringLiteral("unexpected words") : args.error()) << Qt::endl;
         return CliUsage;
     }
-    const QString tool = c.paths.system(QStringLiteral("/usr/sbin/kextstat"));
-    const std::optional<QString> output = IconAlert::defaultinst().ExecuteCmd(tool, {});
+    const QString tool = c.paths().system(QStringLiteral("/usr/sbin/kextstat"));
+    const std::optional<QString> output = ProcessRunner::output(tool, {});
     if (!output) {
         c.err << "kextkeeper loaded: " << tool << " could not run or printed unreadable text"
               << Qt::endl;
@@ -64,7 +63,7 @@ static int unloadOrReload(CliContext &c, bool reload) {
     }
     // The window takes a refusal for success (the tool wrote no error); a terminal user
     // must learn that nothing was unloaded.
-    if (!c.executor.authorize()) {
+    if (!c.services.executor()->authorize()) {
         c.err << "kextkeeper " << verb << ": administrator rights were not given" << Qt::endl;
         return CliTaskError;
     }
@@ -73,16 +72,13 @@ static int unloadOrReload(CliContext &c, bool reload) {
             c.out << Command{command, {argument}, true}.toShellLine() << Qt::endl;
             return std::optional<QString>(QString());
         }
-        return IconAlert::defaultinst().ExecuteRootErrorCmd(command, argument);
+        return c.services.rootScript().run(command, argument);
     });
-    const KextUnloader::Result result = reload ? unloader.reload(*path) : unloader.unload(*path);
-    if (result.outcome == KextUnloader::Outcome::Failed) {
-        c.err << result.error;
-        if (!result.error.endsWith(QLatin1Char('\n')))
-            c.err << '\n';
-        return CliTaskError;
-    }
-    return CliOk;
+    const TaskResult result = reload ? unloader.reload(*path) : unloader.unload(*path);
+    // Nothing to unload (the path is checked above) is no failure of its own here.
+    if (!result.ok && result.message.isEmpty())
+        return CliOk;
+    return c.end(verb, result);
 }
 
 int reportVerb(CliContext &c) {
@@ -95,23 +91,21 @@ int reportVerb(CliContext &c) {
                    .arg(QFileInfo(*path).absoluteFilePath()));
         return CliOk;
     }
-    IconAlert &icon = IconAlert::defaultinst();
-    icon.index().rebuild(c.paths);
-    auto index = std::make_shared<const KextLocationIndex>(icon.index());
+    KextLocationIndex &shared = c.services.index();
+    shared.rebuild(c.paths());
+    auto index = std::make_shared<const KextLocationIndex>(shared);
     SystemReport::Sources sources{
-        c.paths, ProcessRunner::output,
+        c.paths(), ProcessRunner::output,
         [index](const QString &identifier) { return index->FindPath(identifier); },
         [](const QString &kextPath) { return ArchitectureProbe().probeText(kextPath); }};
     const QString file = QFileInfo(*path).absoluteFilePath();
-    const SystemReport::End end = SystemReport::start(std::move(sources), file).get();
-    if (end.outcome == SystemReport::Outcome::Abandoned) {
+    const TaskResult end = SystemReport::start(std::move(sources), file).get();
+    if (!end.ok) {
         c.err << "kextkeeper report: " << end.message << Qt::endl;
         return CliTaskError;
     }
-    if (!end.written) {
-        c.err << "kextkeeper report: could not write " << file << Qt::endl;
-        return CliTaskError;
-    }
+    if (!end.quietFailure.isEmpty())
+        return c.end(QStringLiteral("report"), end);
     c.out << end.message << Qt::endl;
     return CliOk;
 }

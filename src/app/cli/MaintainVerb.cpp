@@ -8,7 +8,7 @@
 #include "cli/OfferedOptions.h"
 #include "cli/TerminalMaintenanceView.h"
 #include "maintenance/MaintenancePlan.h"
-#include "volumes/KextFolderLayout.h"
+#include "volumes/KextFolders.h"
 #include "volumes/VolumeList.h"
 
 namespace {
@@ -39,19 +39,19 @@ int maintainVerb(CliContext &c) {
         return usage(c, QStringLiteral("--volume NAME is needed"));
     options.extraVersion = args.value(QStringLiteral("--extra-version")).value_or(QString());
     if (!options.extraVersion.isEmpty() &&
-        !KextFolderLayout::versions().contains(options.extraVersion))
+        !KextFolders::versions().contains(options.extraVersion))
         return usage(c, QStringLiteral("--extra-version must be one of ") +
-                            KextFolderLayout::versions().join(QStringLiteral(", ")));
+                            KextFolders::versions().join(QStringLiteral(", ")));
     // Only the volumes the window would offer: anything else would have every command
     // run on folders that aren't there.
-    if (!VolumeList::build(c.paths.volumesDir()).contains(options.volume)) {
+    if (!VolumeList::build(c.paths().volumesDir()).contains(options.volume)) {
         c.err << "kextkeeper maintain: no volume with an Extra or System/Library folder "
                  "is called "
               << options.volume << Qt::endl;
         return CliTaskError;
     }
     // A box the page disables on this volume can't be ticked there; nothing may run.
-    const QString rp = c.paths.volumeRoot(options.volume);
+    const QString rp = c.paths().volumeRoot(options.volume);
     if (const QString refusal = OfferedOptions::version(options.volume, rp, options.extraVersion);
         !refusal.isEmpty())
         return usage(c, refusal);
@@ -70,18 +70,21 @@ int maintainVerb(CliContext &c) {
     options.rebuildExtraMkext = box(args, "--rebuild-extra-mkext");
     options.repairSle = box(args, "--repair-sle");
     options.rebuildCaches = box(args, "--rebuild-caches");
-    const AppSettings settings(c.paths.contentsDir());
+    const AppSettings settings(c.paths().contentsDir());
     options.prelinkKernel = settings.boolean(AppSettings::prelinkKernelKey);
     options.recreateLionCache = settings.boolean(AppSettings::lionCacheKey);
 
     TerminalMaintenanceView view(c, QStringLiteral("maintain"));
-    MaintenancePlan plan(options, c.paths, c.executor, view);
-    if (!plan.prepare()) {
-        if (view.failed) // no task chosen
+    const std::shared_ptr<Executor> executor = c.services.executor();
+    MaintenancePlan plan(options, c.services, *executor, view);
+    if (const std::optional<TaskResult> refused = plan.prepare()) {
+        if (!refused->message.isEmpty()) { // no task chosen
+            c.end(QStringLiteral("maintain"), *refused);
             return CliUsage;
+        }
         c.err << "kextkeeper maintain: administrator rights were not given" << Qt::endl;
         return CliTaskError;
     }
-    plan.run();
-    return view.failed ? CliTaskError : CliOk;
+    const int status = c.end(QStringLiteral("maintain"), plan.run());
+    return view.failed ? CliTaskError : status;
 }

@@ -1,6 +1,6 @@
 #include "cli/OfferedOptions.h"
 
-#include "volumes/KextFolderLayout.h"
+#include "volumes/KextFolders.h"
 
 namespace {
 QString lacks(const QString &option, const QString &volume, const QString &folders) {
@@ -9,14 +9,14 @@ QString lacks(const QString &option, const QString &volume, const QString &folde
 } // namespace
 
 QString OfferedOptions::sle(const QString &option, const QString &volume, const QString &rp) {
-    if (KextFolderLayout::slePresent(rp))
+    if (KextFolders(rp).slePresent())
         return {};
     return lacks(option, volume, QStringLiteral("System/Library/Extensions"));
 }
 
 QString OfferedOptions::version(const QString &volume, const QString &rp, const QString &version) {
-    const qsizetype index = KextFolderLayout::versions().indexOf(version);
-    if (version.isEmpty() || (index >= 0 && KextFolderLayout::versionFolders(rp).at(index)))
+    const qsizetype index = KextFolders::versions().indexOf(version);
+    if (version.isEmpty() || (index >= 0 && KextFolders(rp).versionFolders().at(index)))
         return {};
     return lacks(QStringLiteral("--extra-version ") + version, volume,
                  QStringLiteral("Extra/") + version);
@@ -24,7 +24,7 @@ QString OfferedOptions::version(const QString &volume, const QString &rp, const 
 
 QString OfferedOptions::extra(const QString &option, const QString &volume, const QString &rp,
                               const QString &version) {
-    if (KextFolderLayout::extraPresent(rp, version))
+    if (KextFolders(rp, version).extraPresent())
         return {};
     const QString base =
         version.isEmpty() ? QStringLiteral("Extra/") : QStringLiteral("Extra/%1/").arg(version);

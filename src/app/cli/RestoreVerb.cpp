@@ -17,9 +17,9 @@ int usage(CliContext &c, const QString &problem) {
 
 // "05-03 14_07_09  2011-03-05 14:07  Macintosh HD  Extra/Extensions  A.kext, B.kext"
 void listBackups(CliContext &c) {
-    const QList<BackupRestore::Backup> backups = BackupRestore::list(c.paths.desktop());
+    const QList<BackupRestore::Backup> backups = BackupRestore::list(c.paths().desktop());
     if (backups.isEmpty())
-        c.err << "kextkeeper restore: no backups in " << c.paths.desktop() << "/Kext Backups"
+        c.err << "kextkeeper restore: no backups in " << c.paths().desktop() << "/Kext Backups"
               << Qt::endl;
     for (const BackupRestore::Backup &backup : backups) {
         c.out << backup.name() << "  ";
@@ -55,14 +55,15 @@ int restoreVerb(CliContext &c) {
         return usage(c, QStringLiteral("needs --list or one backup folder"));
     const QString word = args.positional().first();
     const std::optional<BackupRestore::Backup> backup =
-        BackupRestore::find(c.paths.desktop(), word);
+        BackupRestore::find(c.paths().desktop(), word);
     if (!backup) {
         c.err << "kextkeeper restore: no backup folder " << word << Qt::endl;
         return CliTaskError;
     }
-    const BackupRestore::Plan plan = BackupRestore::plan(
-        *backup, c.paths,
-        AppSettings(c.paths.contentsDir()).boolean(AppSettings::prelinkKernelKey));
+    const AppSettings settings(c.paths().contentsDir());
+    BackupRestore::Plan plan =
+        BackupRestore::plan(*backup, c.paths(), settings.boolean(AppSettings::prelinkKernelKey));
+    plan.options.recreateLionCache = settings.boolean(AppSettings::lionCacheKey);
     if (!plan.problem.isEmpty()) {
         c.err << "kextkeeper restore: " << plan.problem << Qt::endl;
         return CliTaskError;
@@ -77,12 +78,13 @@ int restoreVerb(CliContext &c) {
             return CliOk;
     }
     TerminalInstallView view(c, QStringLiteral("restore"));
-    InstallPlan install(plan.options, c.paths, c.executor, view);
-    if (!install.prepare()) {
-        if (!view.failed)
+    const std::shared_ptr<Executor> executor = c.services.executor();
+    InstallPlan install(plan.options, c.services, *executor, view);
+    if (const std::optional<TaskResult> refused = install.prepare()) {
+        if (refused->message.isEmpty())
             c.err << "kextkeeper restore: administrator rights were not given" << Qt::endl;
-        return CliTaskError;
+        return c.end(QStringLiteral("restore"), *refused);
     }
-    install.run();
-    return view.failed ? CliTaskError : CliOk;
+    const int status = c.end(QStringLiteral("restore"), install.run());
+    return view.failed ? CliTaskError : status;
 }

@@ -37,12 +37,12 @@ int tool(CliContext &c, const QStringList &words) {
         c.err << "kextkeeper sandbox tool: unknown tool " << words.value(0) << Qt::endl;
         return CliUsage;
     }
-    if (!c.paths.isSandbox()) {
+    if (!c.paths().isSandbox()) {
         c.err << "kextkeeper sandbox tool: works only on a sandbox given with --root" << Qt::endl;
         return CliUsage;
     }
     const StandInResult result =
-        SandboxTools(c.paths.root(), QCoreApplication::applicationFilePath())
+        SandboxTools(c.paths().root(), QCoreApplication::applicationFilePath())
             .run(words.first(), words.mid(1));
     // The tools' bytes go out untouched: they need not be UTF-8.
     c.out.flush();

@@ -10,8 +10,3 @@ void TerminalInstallView::commandsFailed(const QStringList &failures) {
     failed = true;
     m_c.tellFailures(m_verb, failures);
 }
-
-void TerminalInstallView::showError(const QString &message) {
-    failed = true;
-    m_c.err << message << Qt::endl;
-}

@@ -3,8 +3,8 @@
 #include "cli/CliContext.h"
 #include "install/InstallView.h"
 
-// An installation (or a restore, which is one) on the terminal: each bundle's step and
-// the closing text on standard output, errors and failed commands on standard error.
+// An installation (or a restore, which is one) on the terminal: each bundle's step on
+// standard output, failed commands on standard error (the end is CliContext::end's).
 class TerminalInstallView final : public InstallView {
 public:
     TerminalInstallView(CliContext &c, QString verb) : m_c(c), m_verb(std::move(verb)) {}
@@ -18,8 +18,6 @@ public:
     void setIndeterminate(bool) override {}
     void reevaluateVolume() override {}
     void commandsFailed(const QStringList &failures) override;
-    void showError(const QString &message) override;
-    void showInfo(const QString &message) override { m_c.note(message); }
     void progressReset() override {}
 
 private:

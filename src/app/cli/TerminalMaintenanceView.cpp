@@ -10,12 +10,3 @@ void TerminalMaintenanceView::commandsFailed(const QStringList &failures) {
     failed = true;
     m_c.tellFailures(m_verb, failures);
 }
-
-void TerminalMaintenanceView::showError(const QString &message) {
-    failed = true;
-    m_c.err << message << Qt::endl;
-}
-
-void TerminalMaintenanceView::showInfo(const QString &message) {
-    m_c.note(message);
-}

@@ -3,8 +3,8 @@
 #include "cli/CliContext.h"
 #include "maintenance/MaintenanceView.h"
 
-// The maintenance plan on a terminal: status lines and the closing text on standard
-// output, errors on standard error.
+// The maintenance plan on a terminal: status lines on standard output, failed commands
+// on standard error (the end is CliContext::end's).
 class TerminalMaintenanceView final : public MaintenanceView {
 public:
     // `verb` names the command in the lines about failed commands.
@@ -18,8 +18,6 @@ public:
     void setStatus(const QString &text) override;
     void reevaluateVolume() override {}
     void commandsFailed(const QStringList &failures) override;
-    void showError(const QString &message) override;
-    void showInfo(const QString &message) override;
 
 private:
     CliContext &m_c;

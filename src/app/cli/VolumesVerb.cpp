@@ -4,8 +4,7 @@
 #include "cli/CliArgs.h"
 #include "cli/CliVerbs.h"
 #include "cli/OfferedOptions.h"
-#include "exec/IconAlert.h"
-#include "volumes/KextFolderLayout.h"
+#include "volumes/KextFolders.h"
 #include "volumes/VolumeList.h"
 
 namespace {
@@ -24,27 +23,27 @@ int volumesVerb(CliContext &c) {
         return CliUsage;
     }
     const QString version = args.value(QStringLiteral("--extra-version")).value_or(QString());
-    if (!version.isEmpty() && !KextFolderLayout::versions().contains(version)) {
+    if (!version.isEmpty() && !KextFolders::versions().contains(version)) {
         c.err << "kextkeeper volumes: --extra-version must be one of "
-              << KextFolderLayout::versions().join(QStringLiteral(", ")) << Qt::endl;
+              << KextFolders::versions().join(QStringLiteral(", ")) << Qt::endl;
         return CliUsage;
     }
-    const QStringList volumes = VolumeList::build(c.paths.volumesDir());
+    const QStringList volumes = VolumeList::build(c.paths().volumesDir());
     // The version menu offers a version only on a volume that has its folder.
     if (!version.isEmpty() &&
         std::all_of(volumes.begin(), volumes.end(), [&](const QString &title) {
-            return !OfferedOptions::version(title, c.paths.volumeRoot(title), version).isEmpty();
+            return !OfferedOptions::version(title, c.paths().volumeRoot(title), version).isEmpty();
         })) {
         c.err << "kextkeeper volumes: --extra-version " << version << ": no volume has Extra/"
               << version << Qt::endl;
         return CliUsage;
     }
     for (const QString &title : volumes) {
-        const QString rp = c.paths.volumeRoot(title);
-        const bool started = IconAlert::defaultinst().isRoot(rp);
+        const QString rp = c.paths().volumeRoot(title);
+        const bool started = c.services.isStartedSystem(rp);
         c.out << title << '\t' << (started ? "started system" : "-") << '\t'
-              << "S/L/E: " << yesNo(KextFolderLayout::slePresent(rp)) << '\t'
-              << "Extra: " << yesNo(KextFolderLayout::extraPresent(rp, version)) << '\n';
+              << "S/L/E: " << yesNo(KextFolders(rp).slePresent()) << '\t'
+              << "Extra: " << yesNo(KextFolders(rp, version).extraPresent()) << '\n';
     }
     return CliOk;
 }

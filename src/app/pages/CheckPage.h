@@ -1,5 +1,7 @@
 #pragma once
 
+#include "inspect/ArchitectureProbe.h"
+
 #include <QWidget>
 #include <memory>
 
@@ -7,16 +9,29 @@ namespace Ui {
 class CheckPage;
 }
 
-// The checking page: a kext's architectures, its dependencies and the test load.
-// The form's object names are the outlet names the handlers look for; the page only
-// lays them out, the delegates and controllers give them behaviour.
+// The checking page: the chosen kext, the four processor boxes (they only report), the
+// library listing and the test load.
 class CheckPage : public QWidget {
     Q_OBJECT
 public:
     explicit CheckPage(QWidget *parent = nullptr);
     ~CheckPage() override;
 
-    Ui::CheckPage *ui() const { return m_ui.get(); }
+    QString kext() const;
+    // The "check dependencies too" box is ticked.
+    bool dependenciesWanted() const;
+
+    // A new kext: its path and processors, and an empty listing.
+    void showKext(const QString &kext, const ArchitectureProbe::Architectures &found);
+    void setSpinning(bool spinning);
+    // While the listing runs the two buttons that would start another are off.
+    void setListing(bool running);
+    void setDependencies(const QString &listing);
+
+signals:
+    void chooseClicked();
+    void dependenciesClicked();
+    void loadClicked();
 
 private:
     std::unique_ptr<Ui::CheckPage> m_ui;

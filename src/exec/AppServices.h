@@ -1,0 +1,57 @@
+#pragma once
+
+#include "exec/Alerts.h"
+#include "exec/Executor.h"
+#include "exec/IconAlert.h"
+#include "exec/RootScript.h"
+#include "volumes/KextLocationIndex.h"
+#include "volumes/SystemPaths.h"
+
+#include <QString>
+#include <functional>
+#include <memory>
+
+class AdminAuthentication;
+
+// The collaborators every part of the program shares, built once at start-up (each test
+// builds its own) and handed to the controllers, verbs and plans that need them: where
+// the system is, how a task's root commands run, how a task's end reaches the user, the
+// kext location index, and whether a volume is the started system. Nothing else in the
+// program is reached through a global.
+class AppServices {
+public:
+    using ExecutorFactory = std::function<std::shared_ptr<Executor>()>;
+    using StartedSystemCheck = std::function<bool(const QString &path)>;
+
+    AppServices(const SystemPaths &paths, AdminAuthentication &session,
+                Alerts alerts = Alerts(nullptr, nullptr));
+    AppServices(const AppServices &) = delete;
+    AppServices &operator=(const AppServices &) = delete;
+
+    const SystemPaths &paths() const { return m_paths; }
+    AdminAuthentication &session() { return m_session; }
+    Alerts &alerts() { return m_alerts; }
+    RootScript &rootScript() { return m_rootScript; }
+    KextLocationIndex &index() { return m_index; }
+    // The same services under the names the window's handlers know them by.
+    IconAlert iconAlert() { return IconAlert(*this); }
+
+    // A fresh executor for one task's root sequence: the privileged session, unless
+    // start-up (--dry-run) or a test put another factory in.
+    std::shared_ptr<Executor> executor() const { return m_executors(); }
+    void setExecutorFactory(ExecutorFactory factory) { m_executors = std::move(factory); }
+
+    // Whether the path is the mount point of the started system: `diskutil info`, unless
+    // a test answers.
+    bool isStartedSystem(const QString &path) const { return m_startedSystem(path); }
+    void setStartedSystemCheck(StartedSystemCheck check) { m_startedSystem = std::move(check); }
+
+private:
+    SystemPaths m_paths;
+    AdminAuthentication &m_session;
+    Alerts m_alerts;
+    RootScript m_rootScript;
+    KextLocationIndex m_index;
+    ExecutorFactory m_executors;
+    StartedSystemCheck m_startedSystem;
+};
