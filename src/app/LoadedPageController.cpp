@@ -54,7 +54,7 @@ void LoadedPageController::KextSelected() {
         return;
     const QString identifier = kextRowIdentifier(row);
     // An empty identifier (a line the listing could not fill) names no kext.
-    const QString path = identifier.isEmpty() ? QString() : m_services.index().FindPath(identifier);
+    const QString path = identifier.isEmpty() ? QString() : m_services.index().findPath(identifier);
     if (path.isEmpty()) {
         page->showUnknownKext(tr("Unknown kext"));
         return;

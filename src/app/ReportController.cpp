@@ -44,7 +44,7 @@ void ReportController::SaveTXT(int returnCode, const QString &file) {
     auto index = std::make_shared<const KextLocationIndex>(m_services.index());
     SystemReport::Sources sources{
         m_services.paths(), ProcessRunner::output,
-        [index](const QString &identifier) { return index->FindPath(identifier); }, m_probe};
+        [index](const QString &identifier) { return index->findPath(identifier); }, m_probe};
     // The report runs its own jobs; the runner's job waits for their end.
     m_tasks.start(
         this, [sources, file] { return SystemReport::start(sources, file).get(); },

@@ -16,7 +16,7 @@ class TaskReporter final : public QObject, public MaintenanceView, public Instal
 public:
     TaskReporter(std::atomic<bool> &busy, QObject *parent);
 
-    void rootPathChosen(const QString &rootPath) override { emit rootPath(rootPath); }
+    void rootPathChosen(const QString &path) override { emit rootPath(path); }
     void taskState(const QString &rootPath, const QString &backupFolder) override {
         emit taskStateChanged(rootPath, backupFolder);
     }

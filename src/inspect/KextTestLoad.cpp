@@ -25,8 +25,8 @@ TaskResult KextTestLoad::run(const QString &kext) const {
         return TaskResult::failed();
     // Counting first loads the saved folders, so the new one is added to them rather
     // than replacing them.
-    m_index.CountPathes();
-    m_index.AddKextPath(kext);
+    m_index.customFolderCount();
+    m_index.rememberFolderOf(kext);
     // The loader refuses bundles not owned by root; the new owner stays even if the
     // load then fails.
     m_executor.run(chownCommand(m_paths, kext));

@@ -26,21 +26,21 @@ QString parentFolder(QString path) {
 
 KextLocationIndex::KextLocationIndex(const QString &settingsFile) : m_settingsFile(settingsFile) {}
 
-void KextLocationIndex::InitLists() {
+void KextLocationIndex::clear() {
     m_pathes.clear();
     m_idbundles.clear();
 }
 
-void KextLocationIndex::FillLists(const QString &folder) {
+void KextLocationIndex::addFolder(const QString &folder) {
     KextFolderScan(m_pathes, m_idbundles).scan(folder);
 }
 
-QString KextLocationIndex::FindPath(const QString &identifier) const {
+QString KextLocationIndex::findPath(const QString &identifier) const {
     const qsizetype at = m_idbundles.indexOf(identifier);
     return at < 0 ? QString() : m_pathes.at(at);
 }
 
-unsigned KextLocationIndex::CountPathes() {
+unsigned KextLocationIndex::customFolderCount() {
     if (m_kextDirs.isEmpty() && !m_settingsFile.isEmpty() && exists(m_settingsFile)) {
         const std::unique_ptr<PList::Dictionary> settings =
             PlistFile::readDictionary(m_settingsFile);
@@ -51,11 +51,11 @@ unsigned KextLocationIndex::CountPathes() {
     return unsigned(m_kextDirs.size());
 }
 
-QString KextLocationIndex::PathAtId(int index) const {
+QString KextLocationIndex::customFolder(int index) const {
     return index >= 0 && index < m_kextDirs.size() ? m_kextDirs.at(index) : QString();
 }
 
-void KextLocationIndex::AddKextPath(const QString &kextPath) {
+void KextLocationIndex::rememberFolderOf(const QString &kextPath) {
     m_kextDirs << parentFolder(kextPath);
     m_kextDirs.removeDuplicates();
     // Without a settings file (a dry run) the folder counts for this run only.
@@ -78,21 +78,17 @@ void KextLocationIndex::AddKextPath(const QString &kextPath) {
     PlistFile::writeDictionary(m_settingsFile, *settings);
 }
 
-QString KextLocationIndex::RepeatString(const QString &text, int times) {
-    return times > 0 ? text.repeated(times) : QString();
-}
-
 void KextLocationIndex::rebuild(const SystemPaths &paths) {
-    InitLists();
-    FillLists(paths.system(QStringLiteral("/System/Library/Extensions")));
+    clear();
+    addFolder(paths.system(QStringLiteral("/System/Library/Extensions")));
     const QString extraExtensions = paths.system(QStringLiteral("/Extra/Extensions"));
     if (exists(extraExtensions))
-        FillLists(extraExtensions);
+        addFolder(extraExtensions);
     const QString kextStore = paths.system(QStringLiteral("/Extra/KextStore"));
     if (exists(kextStore))
-        FillLists(kextStore);
-    for (int i = 0; unsigned(i) < CountPathes(); ++i) {
-        if (exists(PathAtId(i)))
-            FillLists(PathAtId(i));
+        addFolder(kextStore);
+    for (int i = 0; unsigned(i) < customFolderCount(); ++i) {
+        if (exists(customFolder(i)))
+            addFolder(customFolder(i));
     }
 }

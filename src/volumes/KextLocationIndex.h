@@ -15,29 +15,27 @@ public:
     explicit KextLocationIndex(const QString &settingsFile);
 
     // Empties the scanned lists; the custom folders stay.
-    void InitLists();
+    void clear();
     // Appends every entry of the folder (plug-ins right after their kext, depth first).
-    void FillLists(const QString &folder);
+    void addFolder(const QString &folder);
     // Path of the first entry with exactly this identifier; "" when none.
-    QString FindPath(const QString &identifier) const;
+    QString findPath(const QString &identifier) const;
     // Number of custom folders; the saved list is loaded here, and only here, when no
     // folder is known yet.
-    unsigned CountPathes();
-    // The custom folder at index; the caller stays below CountPathes().
-    QString PathAtId(int index) const;
+    unsigned customFolderCount();
+    // The custom folder at index; the caller stays below customFolderCount().
+    QString customFolder(int index) const;
     // Remembers the folder holding the kext and saves the list at once.
-    void AddKextPath(const QString &kextPath);
-
-    static QString RepeatString(const QString &text, int times);
+    void rememberFolderOf(const QString &kextPath);
 
     // The full rebuild every user of the index runs first: the started system's
     // Extensions folder, the Extra folders that exist, then every custom folder that
     // still exists.
     void rebuild(const SystemPaths &paths);
 
-    const QStringList &pathes() const { return m_pathes; }
-    const QStringList &idbundles() const { return m_idbundles; }
-    const QStringList &kextDirs() const { return m_kextDirs; }
+    const QStringList &entries() const { return m_pathes; }
+    const QStringList &identifiers() const { return m_idbundles; }
+    const QStringList &customFolders() const { return m_kextDirs; }
     QString settingsFile() const { return m_settingsFile; }
 
     static QString settingsKey() { return QStringLiteral("Custom Kext Directories"); }

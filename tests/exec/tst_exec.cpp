@@ -2,6 +2,7 @@
 #include "TestScripts.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/Alerts.h"
+#include "exec/Command.h"
 #include "exec/FreedesktopNotifier.h"
 #include "exec/Notifier.h"
 #include "exec/PasswordPrompt.h"
@@ -447,6 +448,25 @@ private slots:
                  m_home + "/" + name + " is a symbolic link; root commands will not follow it.");
         QCOMPARE(readFile(target), "keep");
         QVERIFY(!QFile::exists(m_record));
+    }
+
+    // The lines --dry-run prints are pasted into a shell: a word stays one word whatever it
+    // holds, and an apostrophe can't end its quoting.
+    void shellLines_data() {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("plain words stay bare")
+            << QStringList{"-R", "0:0", "/S/L/E"} << "/bin/chown -R 0:0 /S/L/E";
+        QTest::newRow("blank, empty word")
+            << QStringList{"/Volumes/Mac HD", ""} << "/bin/chown '/Volumes/Mac HD' ''";
+        QTest::newRow("apostrophe and a command after it")
+            << QStringList{"/x/It's'; rm -rf ~; '.kext"}
+            << R"(/bin/chown '/x/It'\''s'\''; rm -rf ~; '\''.kext')";
+    }
+    void shellLines() {
+        QFETCH(QStringList, args);
+        QFETCH(QString, line);
+        QCOMPARE((Command{"/bin/chown", args, true}.toShellLine()), line);
     }
 
     // An error always gets a sheet; a success gets the notification alone when the service

@@ -478,21 +478,21 @@ private slots:
 
         KextLocationIndex index(settings());
         // A folder that is missing or a file adds nothing.
-        index.FillLists(m_dir->filePath("missing"));
-        index.FillLists(m_dir->filePath("plain"));
-        QVERIFY(index.pathes().isEmpty());
-        index.FillLists(folder);
-        QCOMPARE(index.pathes().size(), 3);
-        QCOMPARE(index.idbundles().size(), 3);
-        const qsizetype a = index.pathes().indexOf(folder + "/A.kext");
-        const qsizetype text = index.pathes().indexOf(folder + "/readme.txt");
-        QVERIFY(a >= 0 && text >= 0 && index.pathes().contains(folder + "/.hidden"));
-        QCOMPARE(index.idbundles().at(a), "com.example.a");
-        QCOMPARE(index.idbundles().at(text), QString());
+        index.addFolder(m_dir->filePath("missing"));
+        index.addFolder(m_dir->filePath("plain"));
+        QVERIFY(index.entries().isEmpty());
+        index.addFolder(folder);
+        QCOMPARE(index.entries().size(), 3);
+        QCOMPARE(index.identifiers().size(), 3);
+        const qsizetype a = index.entries().indexOf(folder + "/A.kext");
+        const qsizetype text = index.entries().indexOf(folder + "/readme.txt");
+        QVERIFY(a >= 0 && text >= 0 && index.entries().contains(folder + "/.hidden"));
+        QCOMPARE(index.identifiers().at(a), "com.example.a");
+        QCOMPARE(index.identifiers().at(text), QString());
         // Only the whole identifier, with its case, finds the kext.
-        QCOMPARE(index.FindPath("com.example.a"), folder + "/A.kext");
-        QCOMPARE(index.FindPath("com.example.A"), QString());
-        QCOMPARE(index.FindPath("com.example"), QString());
+        QCOMPARE(index.findPath("com.example.a"), folder + "/A.kext");
+        QCOMPARE(index.findPath("com.example.A"), QString());
+        QCOMPARE(index.findPath("com.example"), QString());
     }
 
     void indexIdentifiers_data() {
@@ -530,9 +530,9 @@ private slots:
         if (!topPlist.isNull())
             writeFile(kext + "/Info.plist", topPlist.toUtf8());
         KextLocationIndex index(settings());
-        index.FillLists(ext());
-        QCOMPARE(index.pathes(), QStringList{kext});
-        QCOMPARE(index.idbundles(), QStringList{expected});
+        index.addFolder(ext());
+        QCOMPARE(index.entries(), QStringList{kext});
+        QCOMPARE(index.identifiers(), QStringList{expected});
     }
 
     void indexPlugInsFollowTheirKext() {
@@ -552,8 +552,8 @@ private slots:
         const bool caseIgnored = QFileInfo::exists(folder + "/Sibling.kext/Contents/Plugins");
 
         KextLocationIndex index(settings());
-        index.FillLists(folder);
-        const QStringList ids = index.idbundles();
+        index.addFolder(folder);
+        const QStringList ids = index.identifiers();
         QCOMPARE(ids.size(), caseIgnored ? 7 : 6);
         QCOMPARE(ids.contains("p.capital"), caseIgnored);
         // Whatever order the folder lists its kexts in, a kext's plug-ins (and theirs) come
@@ -566,7 +566,7 @@ private slots:
         QCOMPARE(std::min(one, two), p + 1);
         QCOMPARE(deep, one + 1);
         QCOMPARE(std::max({one, two, deep}), p + 3);
-        QCOMPARE(index.pathes().at(deep), parent + "/Contents/Plugins/One.kext/Plugins/Deep.kext");
+        QCOMPARE(index.entries().at(deep), parent + "/Contents/Plugins/One.kext/Plugins/Deep.kext");
     }
 
     void indexRebuildScansSystemFirst() {
@@ -581,32 +581,32 @@ private slots:
         writeFile(settings(), customDirs({m_dir->filePath("gone"), custom}));
 
         KextLocationIndex index(settings());
-        index.FillLists(paths().system("/Extra")); // stale entries from an earlier use
+        index.addFolder(paths().system("/Extra")); // stale entries from an earlier use
         index.rebuild(paths());
-        QCOMPARE(index.pathes(), (QStringList{sle + "/Same.kext", extra + "/Same.kext",
-                                              store + "/Stored.kext", custom + "/Mine.kext"}));
-        QCOMPARE(index.FindPath("com.example.same"), sle + "/Same.kext");
-        QCOMPARE(index.FindPath("com.example.mine"), custom + "/Mine.kext");
+        QCOMPARE(index.entries(), (QStringList{sle + "/Same.kext", extra + "/Same.kext",
+                                               store + "/Stored.kext", custom + "/Mine.kext"}));
+        QCOMPARE(index.findPath("com.example.same"), sle + "/Same.kext");
+        QCOMPARE(index.findPath("com.example.mine"), custom + "/Mine.kext");
         // A custom folder that is gone is skipped but stays in the list.
-        QCOMPARE(index.kextDirs().size(), 2);
+        QCOMPARE(index.customFolders().size(), 2);
     }
 
     void indexCustomFoldersLoadOnce() {
         KextLocationIndex index(settings());
-        QCOMPARE(index.CountPathes(), 0u); // no file yet
+        QCOMPARE(index.customFolderCount(), 0u); // no file yet
         writeFile(settings(), plist("<key>Other</key><string>x</string>"));
-        QCOMPARE(index.CountPathes(), 0u); // no key yet: asked again next time
+        QCOMPARE(index.customFolderCount(), 0u); // no key yet: asked again next time
         writeFile(settings(), customDirs({"/a b", "/c'd"}));
-        // Nothing but CountPathes reads the file.
-        index.InitLists();
-        QVERIFY(index.kextDirs().isEmpty());
-        QCOMPARE(index.CountPathes(), 2u);
-        QCOMPARE(index.kextDirs(), (QStringList{"/a b", "/c'd"}));
+        // Nothing but customFolderCount reads the file.
+        index.clear();
+        QVERIFY(index.customFolders().isEmpty());
+        QCOMPARE(index.customFolderCount(), 2u);
+        QCOMPARE(index.customFolders(), (QStringList{"/a b", "/c'd"}));
         // Once loaded the list is not read again.
         writeFile(settings(), customDirs({"/x"}));
-        QCOMPARE(index.CountPathes(), 2u);
+        QCOMPARE(index.customFolderCount(), 2u);
         writeFile(settings(), "not a property list at all");
-        QCOMPARE(KextLocationIndex(settings()).CountPathes(), 0u);
+        QCOMPARE(KextLocationIndex(settings()).customFolderCount(), 0u);
     }
 
     // The test load asks for the count first so that the saved folders are loaded and the
@@ -616,24 +616,24 @@ private slots:
         const QString file = m_dir->filePath("fresh/config/CustomKextDirs.plist");
         writeFile(file, customDirs({"/saved"}, "<key>Other</key><string>kept</string>"));
         KextLocationIndex index(file);
-        QCOMPARE(index.CountPathes(), 1u);
+        QCOMPARE(index.customFolderCount(), 1u);
         const QString desktop = m_dir->filePath(QStringLiteral("Dësk top"));
-        index.AddKextPath(desktop + "/It's.kext");
-        index.AddKextPath(desktop + "/Second.kext/");
-        index.AddKextPath("/saved/Y.kext");
-        QCOMPARE(index.kextDirs(), (QStringList{"/saved", desktop}));
+        index.rememberFolderOf(desktop + "/It's.kext");
+        index.rememberFolderOf(desktop + "/Second.kext/");
+        index.rememberFolderOf("/saved/Y.kext");
+        QCOMPARE(index.customFolders(), (QStringList{"/saved", desktop}));
 
         // The file was written at once; a new run finds the folders again.
         KextLocationIndex nextRun(file);
-        QCOMPARE(nextRun.CountPathes(), 2u);
-        QCOMPARE(nextRun.PathAtId(1), desktop);
+        QCOMPARE(nextRun.customFolderCount(), 2u);
+        QCOMPARE(nextRun.customFolder(1), desktop);
         const auto saved = PlistFile::readDictionary(file);
         QVERIFY(saved);
         QCOMPARE(PlistFile::string(*saved, "Other"), std::optional<QString>("kept"));
 
         QDir(m_dir->filePath("fresh")).removeRecursively();
-        index.AddKextPath("/a/B.kext");
-        QCOMPARE(KextLocationIndex(file).CountPathes(), 3u);
+        index.rememberFolderOf("/a/B.kext");
+        QCOMPARE(KextLocationIndex(file).customFolderCount(), 3u);
     }
 
     // A kext gone while the password was asked for stops before any command (a refused
@@ -672,8 +672,8 @@ private slots:
         QCOMPARE(executor.commands, QList<Command>{chown});
         QCOMPARE(rootRuns, (QList<QStringList>{{"kextload", kext}}));
         KextLocationIndex saved(index.settingsFile());
-        QCOMPARE(saved.CountPathes(), 2u);
-        QCOMPARE(saved.kextDirs(), (QStringList{"/earlier", m_dir->filePath("My Desk's")}));
+        QCOMPARE(saved.customFolderCount(), 2u);
+        QCOMPARE(saved.customFolders(), (QStringList{"/earlier", m_dir->filePath("My Desk's")}));
 
         for (const std::optional<QString> &answer :
              {std::optional<QString>(QString()), std::optional<QString>()})

@@ -132,11 +132,11 @@ private slots:
         m_executor.grant = false;
         w<QPushButton>("bKextLoad")->click();
         QVERIFY(m_executor.commands.isEmpty());
-        QVERIFY(m_test->services.index().kextDirs().isEmpty());
+        QVERIFY(m_test->services.index().customFolders().isEmpty());
 
         m_executor.grant = true;
         w<QPushButton>("bKextLoad")->click();
-        QCOMPARE(m_test->services.index().kextDirs(), QStringList{m_paths->desktop()});
+        QCOMPARE(m_test->services.index().customFolders(), QStringList{m_paths->desktop()});
         QCOMPARE(m_sheets.texts.size(), 2);
         QCOMPARE(m_tasks->running(), 0); // no listing was started along with the load
         QCOMPARE(toolCalls(), "kextload " + kext + "\n");

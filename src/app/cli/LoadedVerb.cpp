@@ -96,7 +96,7 @@ int reportVerb(CliContext &c) {
     auto index = std::make_shared<const KextLocationIndex>(shared);
     SystemReport::Sources sources{
         c.paths(), ProcessRunner::output,
-        [index](const QString &identifier) { return index->FindPath(identifier); },
+        [index](const QString &identifier) { return index->findPath(identifier); },
         [](const QString &kextPath) { return ArchitectureProbe().probeText(kextPath); }};
     const QString file = QFileInfo(*path).absoluteFilePath();
     const TaskResult end = SystemReport::start(std::move(sources), file).get();

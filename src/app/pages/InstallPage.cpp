@@ -89,9 +89,10 @@ void InstallPage::setExtraAvailable(bool present) {
 }
 
 void InstallPage::setBusy(bool busy) {
-    for (QWidget *control : {static_cast<QWidget *>(m_ui->bInstButton), m_ui->bInstBrowse,
-                             m_ui->bInstClear, m_ui->DiskSelInst, m_ui->cbBackup, m_ui->inSLE,
-                             m_ui->inExtra, m_ui->inDesktop, m_ui->tbkexts})
+    const QList<QWidget *> controls{m_ui->bInstButton, m_ui->bInstBrowse, m_ui->bInstClear,
+                                    m_ui->DiskSelInst, m_ui->cbBackup,    m_ui->inSLE,
+                                    m_ui->inExtra,     m_ui->inDesktop,   m_ui->tbkexts};
+    for (QWidget *control : controls)
         control->setEnabled(!busy);
 }
 

@@ -68,9 +68,10 @@ void MaintenancePage::setExtraAvailable(bool present) {
 }
 
 void MaintenancePage::setBusy(bool busy) {
-    for (QWidget *control :
-         {static_cast<QWidget *>(m_ui->bMainButton), m_ui->cbSLE, m_ui->cbSLERP, m_ui->cbSLERC,
-          m_ui->cbExtra, m_ui->cbERP, m_ui->cbERM, m_ui->DiskSelMain})
+    const QList<QWidget *> controls{m_ui->bMainButton, m_ui->cbSLE,      m_ui->cbSLERP,
+                                    m_ui->cbSLERC,     m_ui->cbExtra,    m_ui->cbERP,
+                                    m_ui->cbERM,       m_ui->DiskSelMain};
+    for (QWidget *control : controls)
         control->setEnabled(!busy);
 }
 
