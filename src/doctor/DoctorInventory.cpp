@@ -1,10 +1,9 @@
 #include "doctor/DoctorInventory.h"
 
 #include "inspect/MachODescriber.h"
-#include "maintenance/LionCache.h"
 #include "plist/PlistFile.h"
-#include "volumes/KextFolders.h"
 #include "volumes/KextFolderScan.h"
+#include "volumes/KextFolders.h"
 
 #include <QFileInfo>
 #include <cstdlib>
@@ -130,7 +129,7 @@ DoctorScan DoctorInventory::take(const QString &volumeRoot, const QString &extra
 
 QString DoctorInventory::productVersion(const QString &volumeRoot) {
     const std::unique_ptr<PList::Dictionary> version =
-        PlistFile::readDictionary(LionCache::versionFile(volumeRoot + QLatin1Char('/')));
+        PlistFile::readDictionary(KextFolders(volumeRoot).systemVersionFile());
     return version ? PlistFile::string(*version, "ProductVersion").value_or(QString()) : QString();
 }
 
