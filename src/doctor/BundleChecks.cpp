@@ -97,7 +97,7 @@ private:
     void keys() {
         if (m_kext.identifier.isEmpty())
             keyProblem(QStringLiteral("Info.plist has no CFBundleIdentifier"));
-        const std::optional<KextVersion> version = KextVersion::parse(m_kext.version);
+        const std::optional<KextVersion> &version = m_kext.parsedVersion;
         if (m_kext.version.isEmpty())
             keyProblem(QStringLiteral("Info.plist has no CFBundleVersion"));
         else if (!version)
@@ -113,7 +113,7 @@ private:
                            .arg(m_kext.executableName));
         if (m_kext.compatibleVersion.isEmpty())
             return;
-        const std::optional<KextVersion> compatible = KextVersion::parse(m_kext.compatibleVersion);
+        const std::optional<KextVersion> &compatible = m_kext.parsedCompatible;
         if (!compatible)
             keyProblem(
                 QStringLiteral("OSBundleCompatibleVersion \"%1\" is not a version the kernel reads")

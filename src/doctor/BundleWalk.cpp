@@ -2,12 +2,14 @@
 
 #include <QFile>
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
-// Deeper than any bundle is built; lstat never follows links, so only a real tree this
+// Deeper than any bundle is built; links are never followed, so only a real tree this
 // deep could get here.
 constexpr int MaxDepth = 32;
 
@@ -18,71 +20,86 @@ public:
 
     BundleWalk::Result result;
 
-    void visit(const QString &relative, int depth) {
-        const QString path = relative.isEmpty() ? m_bundle : m_bundle + '/' + relative;
-        const QByteArray native = QFile::encodeName(path);
+    void walk() {
+        const QByteArray native = QFile::encodeName(m_bundle);
         struct stat st;
         if (::lstat(native.constData(), &st) != 0)
             return;
-        checkOwner(path, relative, st);
-        if (S_ISLNK(st.st_mode)) {
-            noteLink(relative, native);
-            return; // a link's own mode means nothing, and it is never followed
-        }
-        if (st.st_mode & (S_IWGRP | S_IWOTH)) {
-            if (result.writable++ == 0) {
-                result.firstWritable = relative;
-                result.writableMode = st.st_mode & 07777;
-            }
-        }
-        if (S_ISDIR(st.st_mode) && depth < MaxDepth)
-            visitFolder(relative, native, depth);
+        result.isLink = S_ISLNK(st.st_mode);
+        if (!note(QString(), st, AT_FDCWD, native.constData()) || !S_ISDIR(st.st_mode))
+            return;
+        visitFolder(native, QString(), 0);
     }
 
 private:
-    void checkOwner(const QString &path, const QString &relative, const struct stat &st) {
+    // Keeps what is wrong with one item; false for a link, which is not looked into.
+    bool note(const QString &relative, const struct stat &st, int folder, const char *name) {
+        checkOwner(relative, st);
+        if (S_ISLNK(st.st_mode)) {
+            if (result.links++ == 0) {
+                result.firstLink = relative;
+                char target[4096];
+                const ssize_t size = ::readlinkat(folder, name, target, sizeof target);
+                if (size > 0)
+                    result.linkTarget = QFile::decodeName(QByteArray(target, int(size)));
+            }
+            return false; // a link's own mode means nothing, and it is never followed
+        }
+        if ((st.st_mode & (S_IWGRP | S_IWOTH)) && result.writable++ == 0) {
+            result.firstWritable = relative;
+            result.writableMode = st.st_mode & 07777;
+        }
+        if (S_ISREG(st.st_mode))
+            result.regularFiles.insert(relative);
+        return true;
+    }
+
+    void checkOwner(const QString &relative, const struct stat &st) {
         BundleWalk::Owner owner{st.st_uid, st.st_gid};
         if (m_owner)
-            owner = m_owner(path, owner);
+            owner = m_owner(relative.isEmpty() ? m_bundle : m_bundle + '/' + relative, owner);
         if (owner == BundleWalk::Owner{} || result.foreignOwned++ > 0)
             return;
         result.firstForeign = relative;
         result.foreignOwner = owner;
     }
 
-    void noteLink(const QString &relative, const QByteArray &native) {
-        if (result.links++ > 0)
-            return;
-        result.firstLink = relative;
-        char target[4096];
-        const ssize_t size = ::readlink(native.constData(), target, sizeof target);
-        if (size > 0)
-            result.linkTarget = QFile::decodeName(QByteArray(target, size));
-    }
-
     // A plug-in folder's bundles are kexts of their own, checked on their own.
-    bool isPlugInFolder(const QString &relative) const {
+    static bool isPlugInFolder(const QString &relative) {
         return relative == QLatin1String("Contents/PlugIns") ||
                relative == QLatin1String("PlugIns");
     }
 
-    void visitFolder(const QString &relative, const QByteArray &native, int depth) {
+    // The folder is opened by its path: opening it relative to its parent would cost the
+    // C library two more calls per folder than it saves the kernel.
+    void visitFolder(const QByteArray &native, const QString &relative, int depth) {
         DIR *dir = ::opendir(native.constData());
         if (!dir)
             return;
-        QStringList names;
+        std::vector<QByteArray> names;
         while (const dirent *entry = ::readdir(dir)) {
-            const QString name = QFile::decodeName(entry->d_name);
-            if (name != QLatin1String(".") && name != QLatin1String(".."))
-                names << name;
+            const QByteArray name(entry->d_name);
+            if (name != "." && name != "..")
+                names.push_back(name);
+        }
+        const bool plugIns = isPlugInFolder(relative);
+        std::vector<std::pair<QByteArray, QString>> folders;
+        for (const QByteArray &name : names) {
+            if (plugIns && name.endsWith(".kext"))
+                continue;
+            const QString decoded = QFile::decodeName(name);
+            const QString item = relative.isEmpty() ? decoded : relative + '/' + decoded;
+            struct stat st;
+            if (::fstatat(::dirfd(dir), name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+                continue;
+            if (note(item, st, ::dirfd(dir), name.constData()) && S_ISDIR(st.st_mode))
+                folders.emplace_back(native + '/' + name, item);
         }
         ::closedir(dir);
-        const bool plugIns = isPlugInFolder(relative);
-        for (const QString &name : std::as_const(names)) {
-            if (plugIns && name.endsWith(QLatin1String(".kext")))
-                continue;
-            visit(relative.isEmpty() ? name : relative + '/' + name, depth + 1);
-        }
+        if (depth >= MaxDepth)
+            return;
+        for (const auto &[path, item] : folders)
+            visitFolder(path, item, depth + 1);
     }
 
     QString m_bundle;
@@ -93,6 +110,6 @@ private:
 
 BundleWalk::Result BundleWalk::walk(const QString &bundle, const OwnerLookup &owner) {
     Walker walker(bundle, owner);
-    walker.visit(QString(), 0);
+    walker.walk();
     return walker.result;
 }

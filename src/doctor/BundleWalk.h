@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSet>
 #include <QString>
 #include <functional>
 #include <sys/types.h>
@@ -7,7 +8,8 @@
 // Walks every item of one kext bundle with lstat, never following a link, and keeps what
 // the kernel and the boot loaders object to: items not owned by root:wheel, items others
 // than the owner may write, and symbolic links. The kext's plug-in bundles are left out:
-// they are kexts of their own.
+// they are kexts of their own. Items are looked at relative to their open folder, so a
+// walk costs one call per item and a few per folder, however deep the bundle.
 class BundleWalk {
 public:
     struct Owner {
@@ -20,6 +22,7 @@ public:
     using OwnerLookup = std::function<Owner(const QString &path, Owner onDisk)>;
 
     struct Result {
+        bool isLink = false; // the bundle itself is a link
         int foreignOwned = 0;
         QString firstForeign; // relative to the bundle; "" for the bundle folder itself
         Owner foreignOwner;
@@ -29,6 +32,7 @@ public:
         int links = 0;
         QString firstLink;
         QString linkTarget;
+        QSet<QString> regularFiles; // relative paths of the plain files met
     };
 
     static Result walk(const QString &bundle, const OwnerLookup &owner);

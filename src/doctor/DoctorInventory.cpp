@@ -5,8 +5,10 @@
 #include "volumes/KextFolderScan.h"
 #include "volumes/KextFolders.h"
 
-#include <QFileInfo>
+#include <QFutureSynchronizer>
+#include <QtConcurrent/QtConcurrentRun>
 #include <cstdlib>
+#include <deque>
 
 namespace {
 
@@ -45,6 +47,8 @@ void readInfo(DoctorKext &kext, plist_t info) {
     kext.identifier = text("CFBundleIdentifier").value_or(QString());
     kext.version = text("CFBundleVersion").value_or(QString());
     kext.compatibleVersion = text("OSBundleCompatibleVersion").value_or(QString());
+    kext.parsedVersion = KextVersion::parse(kext.version);
+    kext.parsedCompatible = KextVersion::parse(kext.compatibleVersion);
     const std::optional<QString> type = text("CFBundlePackageType");
     kext.hasPackageType = type.has_value();
     kext.packageType = type.value_or(QString());
@@ -64,16 +68,29 @@ QString executableFile(const DoctorKext &kext) {
         kext.executableName == QLatin1String("..") || kext.executableName == QLatin1String("."))
         return {};
     const bool contents = kext.infoFile.endsWith(QLatin1String("/Contents/Info.plist"));
-    const QString path = kext.path +
-                         (contents ? QStringLiteral("/Contents/MacOS/") : QStringLiteral("/")) +
-                         kext.executableName;
-    return QFileInfo(path).isFile() ? path : QString();
+    const QString relative =
+        (contents ? QStringLiteral("Contents/MacOS/") : QString()) + kext.executableName;
+    return kext.files.regularFiles.contains(relative) ? kext.path + QLatin1Char('/') + relative
+                                                      : QString();
 }
 
-void scanFolder(DoctorScan &scan, const QString &folder, Place place,
-                const BundleWalk::OwnerLookup &owner) {
-    if (!QFileInfo(folder).isDir())
-        return;
+// What needs the bundle's files: their owners, modes and links, and the executable.
+void inspect(DoctorKext &kext, const BundleWalk::OwnerLookup &owner) {
+    kext.files = BundleWalk::walk(kext.path, owner);
+    kext.isLink = kext.files.isLink;
+    if (kext.isLink)
+        return; // never read through: the loaders don't
+    kext.executablePath = executableFile(kext);
+    if (!kext.executablePath.isEmpty()) {
+        kext.architectures = DoctorInventory::architectures(kext.executablePath);
+        kext.machO = !kext.architectures.isEmpty();
+    }
+}
+
+// Scans one folder; each kext's files are read on the thread pool while the scan goes on,
+// since most of a run waits on the file system. The list keeps its elements in place.
+void scanFolder(std::deque<DoctorKext> &kexts, QFutureSynchronizer<void> &inspections,
+                const QString &folder, Place place, const BundleWalk::OwnerLookup &owner) {
     QStringList paths;
     QStringList identifiers;
     KextFolderScan scanner(paths, identifiers);
@@ -82,27 +99,14 @@ void scanFolder(DoctorScan &scan, const QString &folder, Place place,
             // Only bundles named as kexts are loaded; anything else in the folder is ignored.
             if (!entry.path.endsWith(QLatin1String(".kext")))
                 return;
-            DoctorKext kext;
+            DoctorKext &kext = kexts.emplace_back();
             kext.path = entry.path;
             kext.place = place;
             kext.container = entry.container;
-            kext.isLink = QFileInfo(entry.path).isSymLink();
             kext.infoFile = entry.infoFile;
             if (entry.info)
                 readInfo(kext, entry.info);
-            kext.files = BundleWalk::walk(entry.path, owner);
-            if (kext.isLink) { // never read through: the loaders don't
-                scan.kexts.append(kext);
-                return;
-            }
-            kext.executablePath = executableFile(kext);
-            if (!kext.executablePath.isEmpty()) {
-                kext.architectures = DoctorInventory::architectures(kext.executablePath);
-                kext.machO = !kext.architectures.isEmpty();
-            }
-            if (!kext.identifier.isEmpty())
-                scan.byIdentifier[kext.identifier].append(int(scan.kexts.size()));
-            scan.kexts.append(kext);
+            inspections.addFuture(QtConcurrent::run([&kext, &owner] { inspect(kext, owner); }));
         },
         KextFolderScan::PlugIns::Loader);
     scanner.scan(folder);
@@ -121,9 +125,20 @@ DoctorScan DoctorInventory::take(const QString &volumeRoot, const QString &extra
     scan.systemVersion = productVersion(volumeRoot);
     if (scan.systemVersion.isEmpty())
         scan.systemVersion = extraVersion;
-    scanFolder(scan, scan.sle, Place::Sle, owner);
-    scanFolder(scan, scan.extensions(), Place::ExtraExtensions, owner);
-    scanFolder(scan, scan.kextStore(), Place::KextStore, owner);
+    std::deque<DoctorKext> kexts;
+    QFutureSynchronizer<void> inspections;
+    scanFolder(kexts, inspections, scan.sle, Place::Sle, owner);
+    scanFolder(kexts, inspections, scan.extensions(), Place::ExtraExtensions, owner);
+    scanFolder(kexts, inspections, scan.kextStore(), Place::KextStore, owner);
+    inspections.waitForFinished();
+    scan.kexts.reserve(qsizetype(kexts.size()));
+    for (DoctorKext &kext : kexts)
+        scan.kexts.append(std::move(kext));
+    for (int i = 0; i < scan.kexts.size(); ++i) {
+        const DoctorKext &kext = scan.kexts.at(i);
+        if (!kext.isLink && !kext.identifier.isEmpty())
+            scan.byIdentifier[kext.identifier].append(i);
+    }
     return scan;
 }
 

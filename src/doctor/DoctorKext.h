@@ -1,11 +1,13 @@
 #pragma once
 
 #include "doctor/BundleWalk.h"
+#include "doctor/KextVersion.h"
 
 #include <QList>
 #include <QPair>
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 // What the doctor read of one kext: where it lies, its Info.plist's keys, its executable's
 // processors and what the walk over its files met.
@@ -22,7 +24,9 @@ struct DoctorKext {
     bool infoRead = false;
     QString identifier;
     QString version;
-    QString compatibleVersion; // "" when not declared
+    QString compatibleVersion;                // "" when not declared
+    std::optional<KextVersion> parsedVersion; // absent when not a version
+    std::optional<KextVersion> parsedCompatible;
     bool hasPackageType = false;
     QString packageType;
     bool hasExecutableKey = false;

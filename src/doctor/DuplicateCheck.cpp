@@ -1,7 +1,5 @@
 #include "doctor/DuplicateCheck.h"
 
-#include "doctor/KextVersion.h"
-
 #include <algorithm>
 
 namespace {
@@ -22,14 +20,9 @@ QString placeName(Place place) {
 }
 
 // Unreadable versions sort below every real one.
-std::optional<KextVersion> versionOf(const DoctorKext &kext) {
-    return KextVersion::parse(kext.version);
-}
-
 bool beats(const DoctorKext &a, const DoctorKext &b) {
-    const std::optional<KextVersion> va = versionOf(a), vb = versionOf(b);
-    if (va != vb)
-        return va > vb;
+    if (a.parsedVersion != b.parsedVersion)
+        return a.parsedVersion > b.parsedVersion;
     return a.place < b.place;
 }
 

@@ -18,9 +18,8 @@ bool kernelLibrary(const QString &identifier) {
 
 // A library serves a request when the request lies between the oldest version it is
 // compatible with and its own; one that declares no compatible version serves nobody.
-bool serves(const QString &version, const QString &compatible, const KextVersion &wanted) {
-    const std::optional<KextVersion> own = KextVersion::parse(version);
-    const std::optional<KextVersion> oldest = KextVersion::parse(compatible);
+bool serves(const std::optional<KextVersion> &own, const std::optional<KextVersion> &oldest,
+            const KextVersion &wanted) {
     return own && oldest && *oldest <= wanted && wanted <= *own;
 }
 
@@ -115,13 +114,14 @@ std::optional<int> LibraryChecks::provider(const DoctorScan &scan, const QString
         return std::nullopt;
     for (int at : scan.byIdentifier.value(identifier)) {
         const DoctorKext &kext = scan.kexts.at(at);
-        if (serves(kext.version, kext.compatibleVersion, *wanted))
+        if (serves(kext.parsedVersion, kext.parsedCompatible, *wanted))
             return at;
     }
     if (!kernelLibrary(identifier))
         return std::nullopt;
     const KernelFacts kernel(scan.systemVersion);
-    if (!kernel.known() || serves(kernel.kernelVersion(), kernelCompatible(identifier), *wanted))
+    if (!kernel.known() || serves(KextVersion::parse(kernel.kernelVersion()),
+                                  KextVersion::parse(kernelCompatible(identifier)), *wanted))
         return -1;
     return std::nullopt;
 }
