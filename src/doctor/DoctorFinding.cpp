@@ -35,7 +35,7 @@ QString DoctorFinding::fixText(Fix fix) {
     case Fix::RebuildCaches:
         return QStringLiteral("rebuild the system caches (maintenance)");
     case Fix::RemoveCopy:
-        return QStringLiteral("remove this copy (kept in Kext Backups, can be restored)");
+        return QStringLiteral("remove this copy (it goes to Kext Backups, where restore finds it)");
     case Fix::Reinstall:
         return QStringLiteral("reinstall a good copy of the kext, or remove it");
     case Fix::EditInfoPlist:

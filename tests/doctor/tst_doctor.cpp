@@ -365,22 +365,23 @@ private slots:
         const QString permissions = " permissions (maintenance)";
         const QString reinstall = "reinstall a good copy of the kext, or remove it";
         const QString plist = "add OSBundleRequired (Root) to its Info.plist";
-        QCOMPARE(found,
-                 (QStringList{
-                     "warning D3 SandboxATAPI.kext -> " + reinstall,
-                     "error D1 SandboxCardBus.kext -> repair S/L/E" + permissions,
-                     "error D4 SandboxIrDA.kext -> " + reinstall,
-                     "error D12 SandboxLegacyAudio.kext -> " + reinstall,
-                     "warning D8 SandboxSDFamily.kext -> " + plist,
-                     "error D5 SandboxSmartCard.kext -> " + reinstall,
-                     "error D7 SandboxWebcam.kext -> " + reinstall,
-                     "error D7 SandboxWebcam.kext -> " + reinstall,
-                     "warning D8 ExampleCardReader.kext -> " + plist,
-                     "error D2 ExampleDiskShim.kext -> repair Extra" + permissions,
-                     "error D9 SandboxAHCIPort.kext -> remove this copy (kept in Kext Backups, "
-                     "can be restored)",
-                     "warning D10 Extensions.mkext -> rebuild the Extra mkext (maintenance)",
-                     "warning D11 Extensions.mkext -> rebuild the system caches (maintenance)"}));
+        QCOMPARE(
+            found,
+            (QStringList{
+                "warning D3 SandboxATAPI.kext -> " + reinstall,
+                "error D1 SandboxCardBus.kext -> repair S/L/E" + permissions,
+                "error D4 SandboxIrDA.kext -> " + reinstall,
+                "error D12 SandboxLegacyAudio.kext -> " + reinstall,
+                "warning D8 SandboxSDFamily.kext -> " + plist,
+                "error D5 SandboxSmartCard.kext -> " + reinstall,
+                "error D7 SandboxWebcam.kext -> " + reinstall,
+                "error D7 SandboxWebcam.kext -> " + reinstall,
+                "warning D8 ExampleCardReader.kext -> " + plist,
+                "error D2 ExampleDiskShim.kext -> repair Extra" + permissions,
+                "error D9 SandboxAHCIPort.kext -> remove this copy (it goes to Kext Backups, where "
+                "restore finds it)",
+                "warning D10 Extensions.mkext -> rebuild the Extra mkext (maintenance)",
+                "warning D11 Extensions.mkext -> rebuild the system caches (maintenance)"}));
         QCOMPARE(lines.filter(" D6 ").size(), 7);
 
         const CliRun json =
@@ -442,6 +443,8 @@ private slots:
         QCOMPARE(backups.size(), 1);
         QVERIFY(QFileInfo::exists(home + "/Desktop/Kext Backups/" + backups.first() +
                                   "/SandboxAHCIPort.kext/Contents/Info.plist"));
+        QVERIFY(runKextKeeper(root, home, {"restore", "--list"})
+                    .out.contains("  Macintosh HD  Extra/Extensions  SandboxAHCIPort.kext\n"));
         const QString after = run.out.section("After the fixes:\n", 1);
         for (const char *fixed : {" D1 ", " D2 ", " D9 ", " D10 "})
             QVERIFY2(!after.contains(fixed), fixed);
