@@ -109,9 +109,11 @@ std::optional<QByteArray> MkextArchive::entryBytes(quint32 offset, quint32 store
     const quint64 mostExpanded = lzss ? quint64(stored) * 9 + 18 : quint64(stored) * 1032 + 64;
     if (stored && full > mostExpanded)
         return std::nullopt;
-    const QByteArray raw = m_file.mid(m_base + offset, span);
+    const char *at = m_file.constData() + m_base + offset;
     if (!stored)
-        return raw;
+        return QByteArray(at, span);
+    // The decoders read the archive's own bytes in place: no copy of the entry first.
+    const QByteArray raw = QByteArray::fromRawData(at, span);
     return lzss ? Lzss::decompress(raw, full) : ZlibCodec::inflate(raw, full);
 }
 

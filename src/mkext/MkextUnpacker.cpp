@@ -1,6 +1,8 @@
 #include "mkext/MkextUnpacker.h"
 
 #include "mkext/BundleNamer.h"
+#include "mkext/OrderedWork.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -38,7 +40,12 @@ QString MkextUnpacker::unpack(const MkextArchive &archive, const QString &folder
     const auto runnable =
         readOnly | QFileDevice::ExeOwner | QFileDevice::ExeGroup | QFileDevice::ExeOther;
     BundleNamer names(root);
-    for (const MkextArchive::Kext &kext : archive.kexts()) {
+    // Executables are decoded a few ahead on the thread pool while this thread writes.
+    const QList<MkextArchive::Kext> &kexts = archive.kexts();
+    OrderedWork<std::optional<QByteArray>> decoded(kexts.size(), [&archive, &kexts](qsizetype i) {
+        return kexts[i].hasExecutable ? archive.executable(kexts[i]) : std::nullopt;
+    });
+    for (const MkextArchive::Kext &kext : kexts) {
         const QString bundle = root + QLatin1Char('/') + names.next(MkextArchive::kextName(kext));
         // The name is one component by construction; checked again because a mistake
         // here would write outside the folder the user chose.
@@ -49,9 +56,9 @@ QString MkextUnpacker::unpack(const MkextArchive &archive, const QString &folder
             return QStringLiteral("Can't create directory %1.").arg(bundle);
         if (!writeNew(contents + QStringLiteral("/Info.plist"), infoPlistText(kext), readOnly))
             return QStringLiteral("Can't write file %1/Info.plist.").arg(contents);
+        const std::optional<QByteArray> code = decoded.next();
         if (!kext.hasExecutable)
             continue;
-        const std::optional<QByteArray> code = archive.executable(kext);
         if (!code)
             return archive.damagedText();
         const QString macos = contents + QStringLiteral("/MacOS");

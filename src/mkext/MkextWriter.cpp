@@ -3,12 +3,9 @@
 #include "mkext/IOKitPlist.h"
 #include "mkext/MachOSlices.h"
 #include "mkext/MkextFormat.h"
+#include "mkext/OrderedWork.h"
 #include "mkext/ZlibCodec.h"
 
-#include <QFuture>
-#include <QQueue>
-#include <QThreadPool>
-#include <QtConcurrent>
 #include <vector>
 
 using namespace MkextFormat;
@@ -119,8 +116,8 @@ private:
     qsizetype m_size = 0;
 };
 
-// Streams the kexts into one archive per processor. At most `window` kexts are in
-// flight; they are taken back in order, so the output does not depend on which thread
+// Streams the kexts into one archive per processor: a few are packed at a time in
+// parallel and taken back in order, so the output does not depend on which thread
 // finished first.
 std::vector<ThinArchive> streamKexts(const QList<KextSource> &kexts,
                                      const QList<uint32_t> &cputypes, int level,
@@ -128,17 +125,11 @@ std::vector<ThinArchive> streamKexts(const QList<KextSource> &kexts,
     std::vector<ThinArchive> archives;
     for (uint32_t cputype : cputypes)
         archives.emplace_back(cputype);
-    QThreadPool *pool = QThreadPool::globalInstance();
-    const qsizetype window = 2 * qMax(1, pool->maxThreadCount());
-    QQueue<QFuture<PackedKext>> inFlight;
-    qsizetype next = 0;
+    OrderedWork<PackedKext> work(kexts.size(), [&kexts, &cputypes, level](qsizetype i) {
+        return pack(kexts[i], cputypes, level);
+    });
     for (const KextSource &kext : kexts) {
-        while (next < kexts.size() && inFlight.size() < window) {
-            const KextSource *source = &kexts[next++];
-            inFlight.enqueue(QtConcurrent::run(
-                pool, [source, &cputypes, level] { return pack(*source, cputypes, level); }));
-        }
-        const PackedKext packed = inFlight.dequeue().result();
+        const PackedKext packed = work.next();
         if (packed.unreadable) {
             warnings << QStringLiteral("%1 lacks its executable; omitting from mkext.")
                             .arg(kext.bundlePath);

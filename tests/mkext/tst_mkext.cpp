@@ -14,6 +14,7 @@
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThreadPool>
 #include <QtEndian>
 #include <cstdlib>
 #include <fcntl.h>
@@ -309,6 +310,20 @@ private slots:
         const std::optional<QByteArray> plain =
             zlib ? ZlibCodec::inflate(stream, declared) : Lzss::decompress(stream, declared);
         QCOMPARE(plain, expected.isNull() ? std::nullopt : std::optional(expected));
+    }
+
+    // Large inputs are summed in parts on several threads; the parts must combine into
+    // zlib's own sum of the whole, continued from a given sum.
+    void checksumInPartsEqualsTheWhole() {
+        const int threads = QThreadPool::globalInstance()->maxThreadCount();
+        QThreadPool::globalInstance()->setMaxThreadCount(3);
+        const QByteArray data = randomBytes((qsizetype(7) << 20) + 4, 4);
+        const auto bytes = [](const char *text) { return reinterpret_cast<const Bytef *>(text); };
+        const uLong start = adler32(adler32(0, Z_NULL, 0), bytes("head"), 4);
+        const uLong whole = adler32_z(start, bytes(data.constData()), size_t(data.size()));
+        QCOMPARE(ZlibCodec::adler32(data.constData(), data.size(), uint32_t(start)),
+                 uint32_t(whole));
+        QThreadPool::globalInstance()->setMaxThreadCount(threads);
     }
 
     // The kernel's dialect and regular Info.plists are read (the tree holds `plainXmlBody` in
