@@ -2,9 +2,11 @@
 #include "BundlePicker.h"
 #include "MainWindow.h"
 #include "QuitGuard.h"
+#include "RadioTabStop.h"
 #include "WindowState.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
@@ -12,12 +14,14 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QToolBar>
 #include <QTreeWidget>
+#include <QVBoxLayout>
 
 namespace {
 const QStringList bundleTypes{QStringLiteral("kext"), QStringLiteral("bundle"),
@@ -222,6 +226,40 @@ private slots:
                      first, *first.findChild<QToolBar *>(QStringLiteral("ToolBar")), pageItems),
                  QString());
         QCOMPARE(first.size(), built);
+    }
+
+    void radioGroupIsOneTabStop() {
+        QWidget window;
+        auto *layout = new QVBoxLayout(&window);
+        auto *before = new QLineEdit(&window);
+        layout->addWidget(before);
+        QList<QAbstractButton *> radios;
+        for (const char *name : {"a", "b", "c"}) {
+            auto *radio = new QRadioButton(QLatin1String(name), &window);
+            radio->setAutoExclusive(false);
+            layout->addWidget(radio);
+            radios << radio;
+        }
+        auto *after = new QPushButton(QStringLiteral("after"), &window);
+        layout->addWidget(after);
+        radios[1]->setChecked(true);
+        RadioTabStop stop(radios, &window);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        before->setFocus();
+
+        const auto keyTo = [](Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+            QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+            return QApplication::focusWidget();
+        };
+        QCOMPARE(keyTo(Qt::Key_Tab), radios[1]);
+        QCOMPARE(keyTo(Qt::Key_Tab), after);
+        QCOMPARE(keyTo(Qt::Key_Backtab), radios[1]);
+        QCOMPARE(keyTo(Qt::Key_Down), radios[2]);
+        QCOMPARE(keyTo(Qt::Key_Down), radios[0]);
+        radios[2]->setEnabled(false);
+        QCOMPARE(keyTo(Qt::Key_Up), radios[1]);
+        QCOMPARE(keyTo(Qt::Key_Backtab), before);
     }
 
     void alertsAreWide() {
