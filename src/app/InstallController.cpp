@@ -29,6 +29,8 @@ InstallController::InstallController(TovrelAppDelegate &delegate, AppServices &s
                 m_delegate.rp = rootPath;
                 m_delegate.datedir = backupFolder;
             });
+    connect(m_reporter, &TaskReporter::workingChanged, &m_delegate,
+            &TovrelAppDelegate::updatePageGuards);
     connect(m_reporter, &TaskReporter::busy, page, &InstallPage::setBusy);
     connect(m_reporter, &TaskReporter::progressMaximum, page, &InstallPage::prepareProgress);
     connect(m_reporter, &TaskReporter::bundle, page, &InstallPage::showBundleStarted);

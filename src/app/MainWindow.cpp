@@ -12,11 +12,16 @@
 
 #include <QActionGroup>
 #include <QMessageBox>
+#include <QStatusBar>
 #include <QTabBar>
 
 namespace {
 const char *const toolbarIds[] = {"ti_m", "ti_i", "ti_u", "ti_c", "ti_l"};
-}
+// The Go menu's entries of pages 0 to 3; the loaded kexts page has none.
+const char *const menuIds[] = {"MI_MenuMain", "MI_MenuInst", "MI_MenuUnpck", "MI_MenuCheck"};
+// Long enough to be read, short enough not to be taken for the state of things later.
+constexpr int statusTimeout = 15000;
+} // namespace
 
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent), m_ui(std::make_unique<Ui::MainWindow>()),
@@ -33,8 +38,11 @@ MainWindow::MainWindow(QWidget *parent)
 
     m_toolbarGroup = new QActionGroup(this);
     m_toolbarGroup->setExclusive(true);
-    for (const char *id : toolbarIds)
+    for (const char *id : toolbarIds) {
         m_toolbarGroup->addAction(action(QLatin1String(id)));
+        m_toolTips << action(QLatin1String(id))->toolTip();
+    }
+    statusBar()->setSizeGripEnabled(false);
 
     m_verSpacer = m_ui->menuVersion->insertSeparator(m_ui->MI_Ver104);
     m_verSpacer->setObjectName(QStringLiteral("MI_VerSpacer"));
@@ -145,4 +153,26 @@ QString MainWindow::markVersion(QAction *item) {
     }
     items.at(match)->setChecked(true);
     return KextFolders::versions().at(match);
+}
+
+void MainWindow::showStatus(const QString &text) {
+    statusBar()->showMessage(text, statusTimeout);
+}
+
+QString MainWindow::statusText() const {
+    return statusBar()->currentMessage();
+}
+
+void MainWindow::setPageBlocked(int page, const QString &reason) {
+    QAction *item = action(toolbarIdentifier(page));
+    if (!item)
+        return;
+    const bool blocked = !reason.isEmpty();
+    item->setEnabled(!blocked);
+    item->setToolTip(blocked ? reason : m_toolTips.value(page));
+    if (page < int(std::size(menuIds))) {
+        QAction *entry = action(QLatin1String(menuIds[page]));
+        entry->setEnabled(!blocked);
+        entry->setToolTip(blocked ? reason : QString());
+    }
 }

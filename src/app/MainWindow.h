@@ -59,6 +59,14 @@ public:
     // Marks the chosen version item alone and gives its version, or "" for Extra itself.
     QString markVersion(QAction *item);
 
+    // A short word in the window's status line on how an action ended, or why something
+    // can't be done now.
+    void showStatus(const QString &text);
+    QString statusText() const;
+    // A page that can't be entered now: its toolbar item and Go menu entry are off and
+    // say why in their tooltips. An empty reason opens it again.
+    void setPageBlocked(int page, const QString &reason);
+
     // Page switching as the page container knows it (no guards here).
     int currentPage() const;
     void showPage(int index);
@@ -78,4 +86,5 @@ private:
     QActionGroup *m_toolbarGroup;
     QAction *m_spacer;
     QAction *m_verSpacer;
+    QStringList m_toolTips; // the page items' own tooltips, for when they open again
 };

@@ -19,6 +19,8 @@ MaintenanceController::MaintenanceController(TovrelAppDelegate &delegate, AppSer
     connect(page, &MaintenancePage::startClicked, this, &MaintenanceController::bMain);
     connect(m_reporter, &TaskReporter::rootPath, this,
             [this](const QString &rootPath) { m_delegate.rp = rootPath; });
+    connect(m_reporter, &TaskReporter::workingChanged, &m_delegate,
+            &TovrelAppDelegate::updatePageGuards);
     connect(m_reporter, &TaskReporter::busy, page, &MaintenancePage::setBusy);
     connect(m_reporter, &TaskReporter::spinner, page, &MaintenancePage::setSpinning);
     connect(m_reporter, &TaskReporter::status, page, &MaintenancePage::setStatus);

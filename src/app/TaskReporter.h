@@ -21,7 +21,10 @@ public:
         emit taskStateChanged(rootPath, backupFolder);
     }
     void setControlsEnabled(bool enabled) override { emit busy(!enabled); }
-    void setWorking(bool working) override { m_busy = working; }
+    void setWorking(bool working) override {
+        m_busy = working;
+        emit workingChanged(working);
+    }
     void setSpinning(bool spinning) override { emit spinner(spinning); }
     void setStatus(const QString &text) override { emit status(text); }
     void reevaluateVolume() override { emit volumeChanged(); }
@@ -34,6 +37,8 @@ public:
     void commandsFailed(const QStringList &failures) override { emit commandFailures(failures); }
 
 signals:
+    // After the busy flag changed; the flag itself is set at once.
+    void workingChanged(bool working);
     void rootPath(const QString &rootPath);
     void taskStateChanged(const QString &rootPath, const QString &backupFolder);
     void busy(bool busy);

@@ -142,6 +142,31 @@ void TovrelAppDelegate::putToolbarSelectionBack() {
         m_window.selectToolbarItem(id);
 }
 
+void TovrelAppDelegate::updatePageGuards() {
+    const QString whileMaintenance = tr("%1 is blocked while maintenance runs");
+    const QString whileInstallation = tr("%1 is blocked while an installation runs");
+    const auto reason = [&](const QString &page, bool byMaintenance, bool byInstallation) {
+        if (byMaintenance && workingMain)
+            return whileMaintenance.arg(page);
+        if (byInstallation && workingInst)
+            return whileInstallation.arg(page);
+        return QString();
+    };
+    const QString maintenance = reason(tr("Maintenance"), false, true);
+    const QString installation = reason(tr("Installation"), true, false);
+    m_window.setPageBlocked(PageMaintenance, maintenance);
+    m_window.setPageBlocked(PageInstallation, installation);
+    m_window.setPageBlocked(PageUnpacking, reason(tr("Unpacking"), true, true));
+    // The status line names the page the running task is the counterpart of.
+    const QString hint = !installation.isEmpty() ? installation : maintenance;
+    // A hint that is over goes, but no other word the status line shows meanwhile.
+    if (!hint.isEmpty())
+        m_window.showStatus(hint);
+    else if (m_window.statusText() == m_guardHint)
+        m_window.showStatus(QString());
+    m_guardHint = hint;
+}
+
 // --- Volumes ----------------------------------------------------------------------------
 
 void TovrelAppDelegate::DiskSelectorMaintenance(QObject *sender) {

@@ -76,6 +76,9 @@ public slots:
 
     // Selects the toolbar item of the page shown now (after a refused toolbar click).
     void putToolbarSelectionBack();
+    // Shows the pages the running tasks keep the user out of as off, and says why; called
+    // whenever a busy flag changes.
+    void updatePageGuards();
 
 signals:
     void filesDropped(const QStringList &files);
@@ -89,4 +92,5 @@ private:
     AppServices &m_services;
     SystemPaths m_paths;
     std::unique_ptr<AppSettings> m_settings;
+    QString m_guardHint;
 };

@@ -374,6 +374,22 @@ private slots:
         QCOMPARE(f.window->selectedToolbarItem(), MainWindow::toolbarIdentifier(expectedPage));
         auto *dialog = f.window->findChild<ToolbarCustomizeDialog *>();
         QCOMPARE(dialog && dialog->isVisible(), dialogOpens);
+
+        // A page that can't be entered looks so, and the window says why.
+        f.delegate->updatePageGuards();
+        if (action != QLatin1String("MI_TBCust")) {
+            const bool open = busy == Idle || expectedPage != 4;
+            QCOMPARE(item->isEnabled(), open);
+            QCOMPARE(item->toolTip().contains(QLatin1String(" is blocked while ")), !open);
+        }
+        const char *const hints[] = {"", "Installation is blocked while maintenance runs",
+                                     "Maintenance is blocked while an installation runs"};
+        QCOMPARE(f.window->statusText(), QLatin1String(hints[busy]));
+        f.delegate->workingMain = false;
+        f.delegate->workingInst = false;
+        f.delegate->updatePageGuards();
+        QVERIFY(item->isEnabled());
+        QCOMPARE(f.window->statusText(), QString());
     }
 
     void customizeToolbarChangesItems() {
