@@ -4,6 +4,7 @@
 #include "ExtraMenuController.h"
 #include "InstallController.h"
 #include "MaintenanceController.h"
+#include "QuitGuard.h"
 #include "UnpackController.h"
 #include "exec/AppServices.h"
 
@@ -17,6 +18,9 @@ AssembledWindow::AssembledWindow(AppServices &services)
     new InstallController(delegate, services, tasks, panels);
     new CheckController(delegate, services, tasks, panels);
     new UnpackController(delegate, services, panels);
+    // Root commands are never left running unseen behind a closed window.
+    auto *quit = new QuitGuard(window, [this] { return tasks.running() > 0; });
+    QObject::connect(&tasks, &TaskRunner::taskEnded, quit, &QuitGuard::taskEnded);
 }
 
 AssembledWindow::~AssembledWindow() {

@@ -1,5 +1,6 @@
 #include "FilePanels.h"
 
+#include "BundlePicker.h"
 #include "install/InstallList.h"
 
 #include <QAbstractItemView>
@@ -24,17 +25,9 @@ void setUpForBundles(QFileDialog *dialog) {
     for (const QString &type : InstallList::bundleTypes())
         patterns << QStringLiteral("*.") + type;
     dialog->setNameFilter(tr("Kext bundles (%1)").arg(patterns.join(QLatin1Char(' '))));
-#ifdef Q_OS_MACOS
-    // Bundles are packages here: the native panel picks them like files.
+    // Bundles are packages on macOS: the native panel picks them like files. Elsewhere
+    // the bundle picker stands in (see FilePanels::open).
     dialog->setFileMode(QFileDialog::ExistingFiles);
-#else
-    // Elsewhere a bundle is a plain folder. The dialog's own folder mode takes one
-    // folder; letting its views select several makes it hand back all of them.
-    dialog->setOption(QFileDialog::DontUseNativeDialog);
-    dialog->setFileMode(QFileDialog::Directory);
-    for (auto *view : dialog->findChildren<QAbstractItemView *>())
-        view->setSelectionMode(QAbstractItemView::ExtendedSelection);
-#endif
 }
 
 void setUp(QFileDialog *dialog, FilePanels::Kind kind, const QString &defaultName) {
@@ -90,6 +83,23 @@ void FilePanels::open(Kind kind, Done done, const QString &defaultName) {
         m_answer(kind, defaultName, std::move(done));
         return;
     }
+#ifndef Q_OS_MACOS
+    // A bundle is a plain folder here, which no file dialog picks like a file.
+    if (kind == Kind::Bundles || kind == Kind::Kext) {
+        const QStringList types = kind == Kind::Bundles ? InstallList::bundleTypes()
+                                                        : QStringList{QStringLiteral("kext")};
+        auto *picker = new BundlePicker(m_window, types, kind == Kind::Bundles);
+        picker->setAttribute(Qt::WA_DeleteOnClose);
+        picker->setWindowModality(Qt::WindowModal);
+        if (kind == Kind::Bundles)
+            picker->setWindowTitle(tr("Add Kexts"));
+        QObject::connect(picker, &QDialog::finished, picker, [picker, done](int result) {
+            done(result == QDialog::Accepted ? 1 : 0, picker->chosenBundles());
+        });
+        picker->open();
+        return;
+    }
+#endif
     auto *dialog = new QFileDialog(m_window);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(Qt::WindowModal);

@@ -4,10 +4,12 @@
 #include "AssembledWindow.h"
 #include "MessageBoxSheets.h"
 #include "PasswordDialog.h"
+#include "WindowState.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/AppServices.h"
 #include "exec/FreedesktopNotifier.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QTimer>
 
@@ -27,9 +29,23 @@ int launchWindow(QApplication &app, const SystemPaths &paths, AdminAuthenticatio
 
     // Closing the main window ends the program (Qt quits after the last window).
     app.setQuitOnLastWindowClosed(true);
-    assembled.window.resize(800, 600);
-    assembled.window.show();
-    QTimer::singleShot(0, &assembled.delegate, &TovrelAppDelegate::applicationDidFinishLaunching);
+    MainWindow &window = assembled.window;
+    QStringList pageItems;
+    for (int page = PageMaintenance; page <= PageLoaded; ++page)
+        pageItems << MainWindow::toolbarIdentifier(page);
+    WindowState state;
+    window.resize(800, 600);
+    const QString lastPage = state.restore(window, *window.pageToolBar(), pageItems);
+    window.show();
+    QTimer::singleShot(0, &assembled.delegate, [&assembled, &window, lastPage] {
+        assembled.delegate.applicationDidFinishLaunching();
+        // The page shown last is entered as a click on its item would, guards and all.
+        if (QAction *item = window.action(lastPage); item && lastPage != QLatin1String("ti_m"))
+            item->trigger();
+    });
+    QObject::connect(&app, &QApplication::aboutToQuit, &window, [&] {
+        state.save(window, *window.pageToolBar(), pageItems, window.selectedToolbarItem());
+    });
     const int status = app.exec();
     session.setPasswordPrompt(nullptr);
     return status;

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <QSettings>
 #include <QStringList>
 #include <memory>
 
 class QMainWindow;
-class QSettings;
 class QToolBar;
 
 // What the window looks like between runs: its size and place, where its toolbar sits,

@@ -1,4 +1,5 @@
 #include "../app/WindowFixture.h"
+#include "BundlePicker.h"
 #include "ExtraMenuController.h"
 #include "HeldExecutor.h"
 #include "InstallController.h"
@@ -9,7 +10,6 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFileDialog>
 #include <QLabel>
 #include <QMessageBox>
 #include <QProgressBar>
@@ -18,6 +18,7 @@
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
+#include <QTreeWidget>
 
 namespace {
 const char *const installControls[] = {"bInstButton", "bInstBrowse", "bInstClear",
@@ -91,21 +92,16 @@ private slots:
         install->instkexts().append({QStringLiteral("/u/First.kext")});
         f->window->show();
         QTest::mouseClick(f->find<QPushButton>("bInstBrowse"), Qt::LeftButton);
-        auto *dialog = f->window->findChild<QFileDialog *>();
-        QVERIFY(dialog && dialog->isVisible());
-        dialog->setDirectory(f->dir.path() + QStringLiteral("/kexts"));
-        QCOMPARE(dialog->windowModality(), Qt::WindowModal);
-        auto *view = dialog->findChild<QAbstractItemView *>(QStringLiteral("listView"));
-        QVERIFY(view);
-        QCOMPARE(view->selectionMode(), QAbstractItemView::ExtendedSelection);
-        // The folder listing fills in the background.
-        QTRY_COMPARE(view->model()->rowCount(view->rootIndex()), 3);
-        for (int row = 0; row < 3; ++row)
-            view->selectionModel()->select(view->model()->index(row, 0, view->rootIndex()),
-                                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
-        QMetaObject::invokeMethod(dialog, "accept");
-        // Appended after what was there; the folder that is no bundle is left out, the
-        // upper-case type is taken.
+        auto *picker = f->window->findChild<BundlePicker *>();
+        QVERIFY(picker && picker->isVisible());
+        QCOMPARE(picker->windowModality(), Qt::WindowModal);
+        picker->setFolder(f->dir.path() + QStringLiteral("/kexts"));
+        auto *view = picker->findChild<QTreeWidget *>();
+        QCOMPARE(view->topLevelItemCount(), 3);
+        for (const QString &name : {QStringLiteral("A.kext"), QStringLiteral("Drïver's B.KEXT")})
+            view->findItems(name, Qt::MatchExactly).first()->setSelected(true);
+        picker->chooseSelection();
+        // Appended after what was there; the upper-case type is taken.
         QStringList entries = install->instkexts().entries();
         QCOMPARE(entries.takeFirst(), QStringLiteral("/u/First.kext"));
         entries.sort();
