@@ -9,7 +9,9 @@
 #include "inspect/DroppedFile.h"
 #include "inspect/KextTestLoad.h"
 #include "pages/CheckPage.h"
+#include "plist/PlistFile.h"
 
+#include <QFileInfo>
 #include <QPointer>
 
 CheckController::CheckController(TovrelAppDelegate &delegate, AppServices &services,
@@ -75,7 +77,20 @@ void CheckController::bkextload() {
                                 return m_services.iconAlert().ExecuteRootErrorCmd(command,
                                                                                   argument);
                             });
-    m_services.alerts().showResult(load.run(m_delegate.checkPage()->kext()), &m_delegate.window());
+    const QString kext = m_delegate.checkPage()->kext();
+    const TaskResult result = load.run(kext);
+    m_services.alerts().showResult(result, &m_delegate.window());
+    // A load that worked has no alert of its own; a refused password has none either
+    // and is no load.
+    if (result.ok && result.message.isEmpty())
+        m_delegate.window().showStatus(tr("Loaded %1.").arg(bundleIdentifier(kext)));
+}
+
+QString CheckController::bundleIdentifier(const QString &kext) {
+    const auto info = PlistFile::readDictionary(kext + QStringLiteral("/Contents/Info.plist"));
+    const QString identifier =
+        info ? PlistFile::string(*info, "CFBundleIdentifier").value_or(QString()) : QString();
+    return identifier.isEmpty() ? QFileInfo(kext).fileName() : identifier;
 }
 
 void CheckController::onDrop(const QStringList &files) {

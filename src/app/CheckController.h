@@ -29,6 +29,8 @@ public slots:
     void bkextload();
 
 private:
+    // The kext's bundle identifier, or its folder name when it has none.
+    static QString bundleIdentifier(const QString &kext);
     void onDrop(const QStringList &files);
 
     TovrelAppDelegate &m_delegate;

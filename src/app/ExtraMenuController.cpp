@@ -41,11 +41,20 @@ void ExtraMenuController::MI_CreateEKS() {
 }
 
 void ExtraMenuController::ShowExtra() {
-    showEnd(m_operations->showExtraFolder());
+    showHiddenEnd(m_operations->showExtraFolder(), tr("Extra is now shown."));
 }
 
 void ExtraMenuController::HideExtra() {
-    showEnd(m_operations->hideExtraFolder());
+    showHiddenEnd(m_operations->hideExtraFolder(), tr("Extra is now hidden."));
+}
+
+void ExtraMenuController::showHiddenEnd(const TaskResult &result, const QString &done) {
+    showEnd(result);
+    // Hiding and showing end without an alert: the status line says it worked, unless a
+    // refused password stopped it or the command failed (that has its own alert).
+    if (result.ok && !m_commandsFailed)
+        m_delegate.window().showStatus(done);
+    m_commandsFailed = false;
 }
 
 void ExtraMenuController::showEnd(const std::optional<TaskResult> &result) {
@@ -90,8 +99,10 @@ void ExtraMenuController::askToContinue(const QString &informativeText,
 }
 
 void ExtraMenuController::commandsFailed(const QStringList &failures) {
+    m_commandsFailed = true;
     m_services.iconAlert().ShowErrorMsg(FailedCommands::summary(failures.size()) +
-                                            QStringLiteral(":\n") + failures.join(QLatin1Char('\n')),
+                                            QStringLiteral(":\n") +
+                                            failures.join(QLatin1Char('\n')),
                                         &m_delegate.window());
 }
 

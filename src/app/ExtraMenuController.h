@@ -38,10 +38,12 @@ private:
     void commandsFailed(const QStringList &failures) override;
     void reevaluateVolume() override;
     void showEnd(const std::optional<TaskResult> &result);
+    void showHiddenEnd(const TaskResult &result, const QString &done);
 
     TovrelAppDelegate &m_delegate;
     AppServices &m_services;
     std::shared_ptr<Executor> m_executor;
     std::unique_ptr<ExtraFolderOperations> m_operations;
     QMessageBox *m_question = nullptr;
+    bool m_commandsFailed = false;
 };

@@ -2,6 +2,7 @@
 
 #include "AppSettings.h"
 #include "FilePanels.h"
+#include "FileViewer.h"
 #include "MainWindow.h"
 #include "MkextBuilderNotice.h"
 #include "TaskReporter.h"
@@ -12,6 +13,8 @@
 #include "install/InstallPlan.h"
 #include "pages/InstallPage.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QPointer>
 
 InstallController::InstallController(TovrelAppDelegate &delegate, AppServices &services,
@@ -39,13 +42,12 @@ InstallController::InstallController(TovrelAppDelegate &delegate, AppServices &s
     connect(m_reporter, &TaskReporter::progressEmptied, page, &InstallPage::resetProgress);
     connect(m_reporter, &TaskReporter::volumeChanged, this,
             [this] { m_delegate.DiskSelectorInstallation(nullptr); });
-    connect(m_reporter, &TaskReporter::commandFailures, this,
-            [this](const QStringList &failures) {
-                m_services.iconAlert().ShowErrorMsg(FailedCommands::summary(failures.size()) +
-                                                        QStringLiteral(":\n") +
-                                                        failures.join(QLatin1Char('\n')),
-                                                    &m_delegate.window());
-            });
+    connect(m_reporter, &TaskReporter::commandFailures, this, [this](const QStringList &failures) {
+        m_services.iconAlert().ShowErrorMsg(FailedCommands::summary(failures.size()) +
+                                                QStringLiteral(":\n") +
+                                                failures.join(QLatin1Char('\n')),
+                                            &m_delegate.window());
+    });
 }
 
 void InstallController::Browse() {
@@ -85,7 +87,18 @@ void InstallController::bInst() {
     showMkextBuilderNotice(m_delegate.window(), m_services.paths());
     m_tasks.start(
         this, [plan, executor] { return plan->run(); },
-        [this](const TaskResult &result) {
-            m_services.alerts().showResult(result, &m_delegate.window());
+        [this, backups = options.backup](const TaskResult &result) {
+            m_services.alerts().showResult(result, &m_delegate.window(), backupNote(backups));
         });
+}
+
+SheetPresenter::Extra InstallController::backupNote(bool backups) const {
+    // The folder is named by the run and made only when something was replaced.
+    const QString folder = m_delegate.datedir;
+    if (!backups || folder.isEmpty() || !QFileInfo(folder).isDir())
+        return {};
+    const QString shown = QDir::toNativeSeparators(folder);
+    m_delegate.window().showStatus(tr("Backups are in %1.").arg(shown));
+    return {tr("The kexts that were replaced are backed up in %1.").arg(shown), tr("Show Backups"),
+            [folder] { FileViewer::reveal(folder); }};
 }

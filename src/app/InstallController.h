@@ -1,5 +1,7 @@
 #pragma once
 
+#include "exec/SheetPresenter.h"
+
 #include "install/InstallList.h"
 
 #include <QObject>
@@ -29,6 +31,8 @@ public slots:
     void bInst();
 
 private:
+    // The backup folder of the run that ended, for its closing sheet.
+    SheetPresenter::Extra backupNote(bool backups) const;
     TovrelAppDelegate &m_delegate;
     AppServices &m_services;
     TaskRunner &m_tasks;

@@ -12,6 +12,8 @@ public:
 
     void showSheet(Kind kind, const QString &headline, const QString &text,
                    QObject *window) override;
+    void showSheetWithExtra(Kind kind, const QString &headline, const QString &text,
+                            QObject *window, const Extra &extra) override;
 
     // The box shown last, for tests that answer it.
     static class QMessageBox *lastShown();

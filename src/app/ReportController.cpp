@@ -10,6 +10,7 @@
 #include "loaded/SystemReport.h"
 
 #include <QAction>
+#include <QDir>
 #include <QPointer>
 #include <memory>
 
@@ -48,5 +49,10 @@ void ReportController::SaveTXT(int returnCode, const QString &file) {
     // The report runs its own jobs; the runner's job waits for their end.
     m_tasks.start(
         this, [sources, file] { return SystemReport::start(sources, file).get(); },
-        [this](const TaskResult &result) { m_services.alerts().showResult(result, &m_window); });
+        [this, file](const TaskResult &result) {
+            m_services.alerts().showResult(result, &m_window);
+            // The closing "Saved." names no file; the status line does, when it was written.
+            if (result.ok && result.quietFailure.isEmpty())
+                m_window.showStatus(tr("Report saved to %1.").arg(QDir::toNativeSeparators(file)));
+        });
 }

@@ -19,20 +19,24 @@ void Alerts::showError(const QString &message, QObject *window) {
         m_sheets->showSheet(SheetPresenter::Kind::Error, kkTr("Error"), message, window);
 }
 
-void Alerts::showInfo(const QString &message, QObject *window) {
+void Alerts::showInfo(const QString &message, QObject *window, const SheetPresenter::Extra &extra) {
     if (notifierRuns()) {
         m_notifier->notify(kkTr("Done"), message, QStringLiteral("Task Finished"));
         return;
     }
-    if (m_sheets)
+    if (m_sheets && extra.text.isEmpty())
         m_sheets->showSheet(SheetPresenter::Kind::Info, kkTr("Done"), message, window);
+    else if (m_sheets)
+        m_sheets->showSheetWithExtra(SheetPresenter::Kind::Info, kkTr("Done"), message, window,
+                                     extra);
 }
 
-void Alerts::showResult(const TaskResult &result, QObject *window) {
+void Alerts::showResult(const TaskResult &result, QObject *window,
+                        const SheetPresenter::Extra &extra) {
     if (result.message.isEmpty())
         return;
     if (result.ok)
-        showInfo(result.message, window);
+        showInfo(result.message, window, extra);
     else
         showError(result.message, window);
 }

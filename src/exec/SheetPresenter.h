@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 class QObject;
 
@@ -12,4 +13,16 @@ public:
     virtual ~SheetPresenter() = default;
     virtual void showSheet(Kind kind, const QString &headline, const QString &text,
                            QObject *window) = 0;
+
+    // What a sheet may say beyond the task's own text, which stays as it is: a line below
+    // it and a button that acts on it (showing the folder the line names).
+    struct Extra {
+        QString text;
+        QString button;
+        std::function<void()> action;
+    };
+    virtual void showSheetWithExtra(Kind kind, const QString &headline, const QString &text,
+                                    QObject *window, const Extra &) {
+        showSheet(kind, headline, text, window);
+    }
 };

@@ -793,6 +793,8 @@ private slots:
         QCOMPARE(m_sheets.texts,
                  error.isEmpty() ? QStringList{} : QStringList{"error: " + error.arg(kext)});
         QCOMPARE(m_mac->loaded(identifier).has_value(), error.isEmpty());
+        QCOMPARE(m_app->window.statusText(),
+                 error.isEmpty() ? "Loaded " + identifier + "." : QString());
     }
 
     void unloadByCommandLine_data() {
@@ -902,6 +904,7 @@ private slots:
         QVERIFY(ended.wait(30000));
         QCOMPARE(offered, "Sandbox Mac");
         QCOMPARE(m_sheets.texts, QStringList{"info: Saved."});
+        QCOMPARE(m_app->window.statusText(), "Report saved to " + file + ".");
         QCOMPARE(SandboxMac::readText(file), expected);
         log = m_mac->logLines();
         QVERIFY(!log.isEmpty());
