@@ -5,6 +5,8 @@
 
 include(GNUInstallDirs)
 set(KK_DIST ${CMAKE_CURRENT_SOURCE_DIR}/dist)
+set(KK_DOCS_DIR ${CMAKE_BINARY_DIR}/docs)
+add_subdirectory(tools/docgen)
 
 if(APPLE)
   # KextKeeper.app/Contents/MacOS/KextKeeper. Its settings (Info.plist, which is also the
@@ -43,6 +45,13 @@ install(FILES ${KK_DIST}/icons/kextkeeper.svg
   DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
 install(DIRECTORY ${KK_DIST}/icons/hicolor/ DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
 install(FILES ${KK_DIST}/linux/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kextkeeper)
+install(FILES ${KK_DOCS_DIR}/kextkeeper.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${KK_DOCS_DIR}/kextkeeper.bash
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kextkeeper)
+install(FILES ${KK_DOCS_DIR}/_kextkeeper
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+install(FILES ${KK_DOCS_DIR}/kextkeeper.fish
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
 # kextkeeper_<version>_<arch>.deb. Library dependencies are computed by dpkg-shlibdeps;
 # what it cannot see is named: sudo runs the root commands, and Qt's platform plugins

@@ -25,6 +25,13 @@ trap '"${sudo[@]}" apt-get remove -y -qq kextkeeper >/dev/null; rm -rf "$work"' 
 installed=$(command -v kextkeeper)
 [[ $installed == /usr/bin/kextkeeper ]] || { echo "kextkeeper is $installed" >&2; exit 1; }
 kextkeeper --version
+# What the package adds besides the program: its manual, its shell completions.
+[[ $(man -w kextkeeper) == /usr/share/man/man1/kextkeeper.1* ]]
+for f in /usr/share/bash-completion/completions/kextkeeper /usr/share/zsh/vendor-completions/_kextkeeper \
+         /usr/share/fish/vendor_completions.d/kextkeeper.fish /usr/share/applications/kextkeeper.desktop; do
+    [[ -f $f ]] || { echo "the package lacks $f" >&2; exit 1; }
+done
 kextkeeper sandbox create "$work/mac"
 kextkeeper --root "$work/mac" volumes
+kextkeeper --root "$work/mac" maintain --help >/dev/null
 echo "== the installed package works"

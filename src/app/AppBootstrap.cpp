@@ -1,7 +1,9 @@
 #include "AppBootstrap.h"
 
 #include "WindowLauncher.h"
+#include "cli/CliHelp.h"
 #include "cli/CliRegistry.h"
+#include "cli/CliSyntax.h"
 #include "cli/TerminalPasswordPrompt.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/AppServices.h"
@@ -11,6 +13,7 @@
 
 #include <QApplication>
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <memory>
 #include <unistd.h>
 
@@ -64,12 +67,20 @@ GlobalOptions parseGlobal(int argc, char **argv) {
         const QString word = QString::fromLocal8Bit(argv[i]);
         if (!options.rest.isEmpty()) {
             options.rest << word;
-        } else if (word == QLatin1String("--root")) {
-            if (i + 1 >= argc) {
+        } else if (word == QLatin1String("--root") || word.startsWith(QLatin1String("--root="))) {
+            if (word.size() > 6) {
+                options.root = word.mid(7);
+            } else if (i + 1 < argc) {
+                options.root = QString::fromLocal8Bit(argv[++i]);
+            } else {
                 options.error = QStringLiteral("--root needs a folder");
                 break;
             }
-            options.root = QString::fromLocal8Bit(argv[++i]);
+            // An empty or missing folder would quietly mean the real system, or nothing.
+            if (!QFileInfo(options.root).isDir()) {
+                options.error = QStringLiteral("--root %1: no such folder").arg(options.root);
+                break;
+            }
             options.rootGiven = true;
         } else if (word == QLatin1String("--dry-run")) {
             options.dryRun = true;
@@ -94,6 +105,25 @@ GlobalOptions parseGlobal(int argc, char **argv) {
     return options;
 }
 
+// "--help" or "-h" among a verb's words, before any "--". A word the verb's syntax does
+// not name as an action (`sandbox tool`, which hands its words to a stand-in tool) keeps
+// the rest for the verb.
+bool asksForHelp(const QStringList &words, const CliSyntax &syntax) {
+    const auto isHelp = [](const QString &word) {
+        return word == QLatin1String("--help") || word == QLatin1String("-h");
+    };
+    if (!syntax.actions.isEmpty() && !words.isEmpty() && !isHelp(words.first()) &&
+        !syntax.actions.contains(words.first()) && !words.first().startsWith(QLatin1Char('-')))
+        return false;
+    for (const QString &word : words) {
+        if (word == QLatin1String("--"))
+            return false;
+        if (isHelp(word))
+            return true;
+    }
+    return false;
+}
+
 AdminAuthentication::Config sessionConfig(const SystemPaths &paths) {
     AdminAuthentication::Config config;
     config.direct = ::geteuid() == 0 || paths.isSandbox();
@@ -109,9 +139,13 @@ int runVerb(int argc, char **argv, const GlobalOptions &options, const SystemPat
     QTextStream err(stderr);
     const CliVerb *verb = CliRegistry::find(options.rest.first());
     if (!verb) {
-        err << "kextkeeper: unknown verb " << options.rest.first() << Qt::endl
-            << CliRegistry::helpText();
+        err << "kextkeeper: unknown verb " << options.rest.first() << '\n'
+            << CliHelp::tryHelp(QString()) << Qt::endl;
         return CliUsage;
+    }
+    if (asksForHelp(options.rest.mid(1), CliSyntax::of(verb->name))) {
+        out << CliHelp::verbHelp(*verb);
+        return CliOk;
     }
     static TerminalPasswordPrompt prompt;
     AdminAuthentication::configureShared(sessionConfig(paths), &prompt);
@@ -127,6 +161,7 @@ int runVerb(int argc, char **argv, const GlobalOptions &options, const SystemPat
         services.setExecutorFactory([dryRun] { return dryRun; });
     }
     CliContext context{options.rest.mid(1), services, options.dryRun, out, err};
+    context.verb = verb->name;
     const int status = verb->run(context);
     out.flush();
     err.flush();
@@ -139,7 +174,7 @@ int kextkeeperMain(int argc, char **argv) {
     const GlobalOptions options = parseGlobal(argc, argv);
     QTextStream err(stderr);
     if (!options.error.isEmpty()) {
-        err << "kextkeeper: " << options.error << Qt::endl << CliRegistry::helpText();
+        err << "kextkeeper: " << options.error << '\n' << CliHelp::tryHelp(QString()) << Qt::endl;
         return CliUsage;
     }
     if (options.help) {

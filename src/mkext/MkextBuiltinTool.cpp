@@ -37,14 +37,12 @@ std::optional<QByteArray> readArchive(const QString &path, MkextToolOutput &outp
     return file.readAll();
 }
 
-QString listingLine(const MkextArchive::Kext &kext) {
+MkextListedKext listed(const MkextArchive::Kext &kext) {
     const QString unknown = QStringLiteral("(unknown)");
-    const QString path = kext.bundlePath.isEmpty()
-                             ? MkextArchive::kextName(kext) + QStringLiteral(".kext")
-                             : kext.bundlePath;
-    return QStringLiteral("%1 - %2 (%3)\n")
-        .arg(path, MkextArchive::infoString(kext, "CFBundleIdentifier").value_or(unknown),
-             MkextArchive::infoString(kext, "CFBundleVersion").value_or(unknown));
+    return {kext.bundlePath.isEmpty() ? MkextArchive::kextName(kext) + QStringLiteral(".kext")
+                                      : kext.bundlePath,
+            MkextArchive::infoString(kext, "CFBundleIdentifier").value_or(unknown),
+            MkextArchive::infoString(kext, "CFBundleVersion").value_or(unknown)};
 }
 
 // The archive's access and modification times: the newest modification time of the
@@ -70,18 +68,29 @@ void stampAfterFolders(const QString &mkextPath, const QStringList &sources) {
 
 } // namespace
 
-MkextToolOutput MkextBuiltinTool::list(const QString &mkextPath) {
+MkextBuiltinTool::Listing MkextBuiltinTool::listing(const QString &mkextPath) {
     MkextToolOutput output;
     const std::optional<QByteArray> bytes = readArchive(mkextPath, output);
     if (!bytes)
-        return output;
+        return {{}, output.err.trimmed()};
     const MkextArchive::Opened opened = MkextArchive::open(*bytes, QString());
     if (!opened.archive)
-        return failure(opened.error);
-    const QList<MkextArchive::Kext> &kexts = opened.archive->kexts();
-    output.out = QStringLiteral("Found %1 kexts:\n").arg(kexts.size());
-    for (const MkextArchive::Kext &kext : kexts)
-        output.out += listingLine(kext);
+        return {{}, opened.error};
+    Listing result;
+    for (const MkextArchive::Kext &kext : opened.archive->kexts())
+        result.kexts << listed(kext);
+    return result;
+}
+
+MkextToolOutput MkextBuiltinTool::list(const QString &mkextPath) {
+    const Listing listed = listing(mkextPath);
+    if (!listed.error.isEmpty())
+        return failure(listed.error);
+    MkextToolOutput output;
+    output.out = QStringLiteral("Found %1 kexts:\n").arg(listed.kexts.size());
+    for (const MkextListedKext &kext : listed.kexts)
+        output.out +=
+            QStringLiteral("%1 - %2 (%3)\n").arg(kext.path, kext.identifier, kext.version);
     return output;
 }
 

@@ -11,6 +11,13 @@ struct MkextToolOutput {
     int status = 0;
 };
 
+// One kext of an archive's listing; "(unknown)" stands for a missing identifier or version.
+struct MkextListedKext {
+    QString path; // the bundle path the archive records, or NAME.kext
+    QString identifier;
+    QString version;
+};
+
 // Our own stand-ins for the system's archive tools, for systems that no longer have
 // them. They print exactly what the tools print, so callers that read the tools'
 // output need no second code path.
@@ -18,6 +25,12 @@ class MkextBuiltinTool {
 public:
     // As `mkextunpack -v FILE`: "Found N kexts:" and one line per kext.
     static MkextToolOutput list(const QString &mkextPath);
+    // The same listing as values; on failure `error` holds the line `list` prints.
+    struct Listing {
+        QList<MkextListedKext> kexts;
+        QString error;
+    };
+    static Listing listing(const QString &mkextPath);
     // As `mkextunpack -a ARCH -d DIR FILE`: silent on success, one error line otherwise.
     // An empty `arch` reads this machine's architecture (or the first one in the file).
     static MkextToolOutput unpack(const QString &arch, const QString &folder,

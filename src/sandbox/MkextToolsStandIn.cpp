@@ -20,6 +20,8 @@ StandInResult MkextToolsStandIn::runBinary(const QStringList &args, bool capture
         return StandInResult::failure(QStringLiteral("Can't run %1.\n").arg(m_binary));
     StandInResult result;
     (captureOutput ? result.out : result.err) = run.bytes;
+    // Our verb names itself in its errors; the tool it stands in for does not.
+    result.err.replace("kextkeeper mkext: ", "");
     result.status = run.exitStatus == 0 ? 0 : 1;
     return result;
 }

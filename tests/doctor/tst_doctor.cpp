@@ -416,7 +416,7 @@ private slots:
                                  "/Volumes/Macintosh HD/Extra/Extensions/SandboxAHCIPort.kext\n"));
         QVERIFY(run.out.contains("Maintenance of Macintosh HD: repair Extra permissions, rebuild "
                                  "the Extra mkext, repair S/L/E permissions, rebuild the system "
-                                 "caches\nContinue? [y/N] "));
+                                 "caches\nContinue on the volume \"Macintosh HD\"? [y/N] "));
         QVERIFY(!QFileInfo::exists(log) || QFileInfo(log).size() == 0);
         QVERIFY(QFileInfo::exists(copy));
 

@@ -148,7 +148,7 @@ private slots:
                "# Selected tasks were finished.\n"
             << QString();
         QTest::newRow("no task") << maintain << themes << QByteArray() << 2 << QString()
-                                 << "You haven't selected any options.\n";
+                                 << "kextkeeper maintain: You haven't selected any options.\n";
         // A box the page disables on the volume is a usage error, and nothing runs.
         const QString refused = "kextkeeper maintain: %1: volume Mac HD's has no %2\n";
         QTest::newRow("Extra box without Extra kexts")
@@ -201,18 +201,23 @@ private slots:
                "Extra/KextStore\n";
         QTest::newRow("to-extensions without KextStore")
             << extra("to-extensions") + yes << QStringList{"Extra/Extensions"} << QByteArray() << 1
-            << QString() << "No Extra/KextStore found.\n";
+            << QString() << "kextkeeper extra: No Extra/KextStore found.\n";
         const QString ask =
             "# Do you want to create Extra/KextStore from Extra/Extensions on selected disk?\n"
-            "# Mkext will be created, it can take a while.\n# Continue? [y/N] ";
+            "# Mkext will be created, it can take a while.\n# Continue on the volume \"" +
+            title + "\"? [y/N] ";
         const QStringList ext{"Extra/Extensions"};
         QTest::newRow("y on the terminal")
             << extra("to-kextstore") << ext << QByteArray("y\n") << 0
             << ask + "%R/bin/mv '%VExtra/Extensions' '%VExtra/KextStore'" << QString();
+        // A no ends the question's line, changes nothing and says so.
+        const QString declined = "kextkeeper extra: Nothing was changed.\n";
         QTest::newRow("n on the terminal")
-            << extra("to-kextstore") << ext << QByteArray("n\n") << 0 << ask << QString();
+            << extra("to-kextstore") << ext << QByteArray("n\n") << 1 << ask + '\n'
+            << declined;
         QTest::newRow("input closed")
-            << extra("to-kextstore") << ext << QByteArray() << 0 << ask << QString();
+            << extra("to-kextstore") << ext << QByteArray() << 1 << ask + '\n'
+            << declined;
     }
     void maintainAndExtra() {
         QFETCH(QStringList, args);
@@ -224,6 +229,9 @@ private slots:
         makeFolders(title, folders);
         const CliRun result = run(args, input);
         QCOMPARE(result.status, status);
+        // A usage error is one line and the hint at the verb's help.
+        if (status == 2)
+            error += "Try 'kextkeeper " + args.first() + " --help'.\n";
         QCOMPARE(result.err, error);
         const QStringList lines = expand(out, title).split('\n');
         if (out.isEmpty() || out.endsWith('\n'))

@@ -185,8 +185,8 @@ private slots:
 
         QTest::newRow("loaded, filter in capitals")
             << QStringList{"loaded", "--filter", "IOKIT"} << 0
-            << "com.apple.kpi.iokit (10.8.0)\ncom.apple.iokit.IOACPIFamily (1.3.0)\nFound: 2\n"
-            << "";
+            << "com.apple.kpi.iokit (10.8.0)\ncom.apple.iokit.IOACPIFamily (1.3.0)\n"
+            << "Found: 2\n";
         QTest::newRow("loaded, stray word") << QStringList{"loaded", "x"} << 2 << ""
                                             << "unexpected words";
         QTest::newRow("unload, missing kext") << QStringList{"unload", "@/Gone.kext"} << 1 << ""
@@ -281,6 +281,7 @@ private slots:
         QTextStream errStream(&err);
         CliContext context{args.mid(1).replaceInStrings(QStringLiteral("@"), root()), services,
                            false, outStream, errStream};
+        context.verb = args.first();
         QCOMPARE(CliRegistry::find(args.first())->run(context), int(CliTaskError));
         errStream.flush();
         QCOMPARE(err.count(QLatin1Char('\n')), 1);

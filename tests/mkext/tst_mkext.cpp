@@ -737,11 +737,14 @@ private slots:
         QTest::addColumn<QString>("err"); // the start of standard error
         QTest::newRow("list of a missing file")
             << QStringList{"list", "/nonexistent/none.mkext"} << 1
-            << "Can't open file /nonexistent/none.mkext.\n";
+            << "kextkeeper mkext: Can't open file /nonexistent/none.mkext.\n";
         const QString usage = "kextkeeper mkext: ";
         QTest::newRow("no action") << QStringList{} << 2 << usage;
         QTest::newRow("unknown action") << QStringList{"pack", "x"} << 2 << usage;
-        QTest::newRow("list without file") << QStringList{"list"} << 2 << usage;
+        QTest::newRow("unknown architecture")
+            << QStringList{"unpack", "a.mkext", "--arch", "foo"} << 2
+            << usage + "--arch must be one of x86_64, i386, ppc, ppc64\n"
+                       "Try 'kextkeeper mkext --help'.\n";
         QTest::newRow("unpack with two files") << QStringList{"unpack", "a", "b"} << 2 << usage;
         QTest::newRow("build without folder") << QStringList{"build", "out.mkext"} << 2 << usage;
         QTest::newRow("arch without value")

@@ -198,6 +198,11 @@ private slots:
         QTest::newRow("root without folder") << QStringList{"--root"} << 2 << ""
                                              << "kextkeeper: --root needs a folder";
         QTest::newRow("volumes") << QStringList{"volumes"} << 0 << listing("yes", "yes") << "";
+        QTest::newRow("root given as --root=DIR")
+            << QStringList{"--root=" + m_root, "volumes"} << 0 << listing("yes", "yes") << "";
+        QTest::newRow("root that does not exist")
+            << QStringList{"--root", "/nonexistent/mac", "volumes"} << 2 << ""
+            << "kextkeeper: --root /nonexistent/mac: no such folder";
         QTest::newRow("volumes, 10.6")
             << QStringList{"volumes", "--extra-version", "10.6"} << 0 << listing("no", "yes") << "";
         QTest::newRow("volumes, version no volume has")

@@ -2,20 +2,22 @@
 // window.
 
 #include "cli/CliArgs.h"
+#include "cli/CliSyntax.h"
 #include "cli/CliVerbs.h"
 #include "inspect/ArchitectureProbe.h"
 #include "inspect/DependencyListing.h"
 #include "inspect/KextTestLoad.h"
 
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
 
 namespace {
 
 // The one kext path of the verb, or the usage error printed and nothing returned.
-std::optional<QString> kextArgument(CliContext &c, const CliArgs &args, const QString &verb) {
+std::optional<QString> kextArgument(CliContext &c, const CliArgs &args) {
     if (!args.ok() || args.positional().size() != 1) {
-        c.err << "kextkeeper " << verb << ": "
-              << (args.ok() ? QStringLiteral("needs exactly one kext") : args.error()) << Qt::endl;
+        c.usageError(args.ok() ? QStringLiteral("needs exactly one kext") : args.error());
         return std::nullopt;
     }
     return CliArgs::absolutePath(args.positional().first());
@@ -24,38 +26,47 @@ std::optional<QString> kextArgument(CliContext &c, const CliArgs &args, const QS
 } // namespace
 
 int checkVerb(CliContext &c) {
-    const CliArgs args(c.args, {}, {QStringLiteral("--deps")});
-    const std::optional<QString> kext = kextArgument(c, args, QStringLiteral("check"));
+    const CliArgs args(c.args, CliSyntax::of(c.verb).options);
+    const std::optional<QString> kext = kextArgument(c, args);
     if (!kext)
         return CliUsage;
-    if (!QFileInfo::exists(*kext)) {
-        c.err << "kextkeeper check: " << *kext << " does not exist" << Qt::endl;
-        return CliTaskError;
-    }
+    if (!QFileInfo::exists(*kext))
+        return c.taskError(*kext + QStringLiteral(" does not exist"));
     const ArchitectureProbe::Architectures found =
         ArchitectureProbe::checkPageMarkers(ArchitectureProbe().probeText(*kext));
-    const auto line = [&c](const char *name, bool present) {
+    const QList<QPair<const char *, bool>> marks{
+        {"x86_64", found.x86_64}, {"i386", found.i386}, {"ppc", found.ppc}, {"ppc64", found.ppc64}};
+    const bool deps = args.flag(QStringLiteral("--deps"));
+    const QString libraries = deps ? DependencyListing::run(c.paths(), *kext) : QString();
+    if (args.flag(QStringLiteral("--json"))) {
+        QJsonObject architectures;
+        for (const auto &[name, present] : marks)
+            architectures.insert(QLatin1String(name), present);
+        QJsonObject document{{QStringLiteral("kext"), *kext},
+                             {QStringLiteral("architectures"), architectures}};
+        if (deps) {
+            QJsonArray lines;
+            for (const QString &line : libraries.split('\n', Qt::SkipEmptyParts))
+                lines.append(line.trimmed());
+            document.insert(QStringLiteral("libraries"), lines);
+        }
+        c.printJson(document);
+        return CliOk;
+    }
+    for (const auto &[name, present] : marks)
         c.out << name << ": " << (present ? "yes" : "no") << '\n';
-    };
-    line("x86_64", found.x86_64);
-    line("i386", found.i386);
-    line("ppc", found.ppc);
-    line("ppc64", found.ppc64);
-    if (args.flag(QStringLiteral("--deps")))
-        c.out << DependencyListing::run(c.paths(), *kext);
+    c.out << libraries;
     c.out.flush();
     return CliOk;
 }
 
 int loadVerb(CliContext &c) {
-    const CliArgs args(c.args, {}, {});
-    const std::optional<QString> kext = kextArgument(c, args, QStringLiteral("load"));
+    const CliArgs args(c.args, CliSyntax::of(c.verb).options);
+    const std::optional<QString> kext = kextArgument(c, args);
     if (!kext)
         return CliUsage;
-    if (!QFileInfo::exists(*kext)) {
-        c.err << "kextkeeper load: " << *kext << " does not exist" << Qt::endl;
-        return CliTaskError;
-    }
+    if (!QFileInfo::exists(*kext))
+        return c.taskError(*kext + QStringLiteral(" does not exist"));
     // A dry run must not remember the folder either: its index has no settings file.
     KextLocationIndex scratch{QString()};
     KextLocationIndex &index = c.dryRun ? scratch : c.services.index();
@@ -70,6 +81,6 @@ int loadVerb(CliContext &c) {
         });
     const TaskResult result = load.run(*kext);
     if (!result.ok && result.message.isEmpty())
-        c.err << "kextkeeper load: not authorized" << Qt::endl;
+        return c.taskError(QStringLiteral("not authorized"));
     return c.end(QStringLiteral("load"), result);
 }

@@ -1,13 +1,19 @@
 #pragma once
 
+#include "cli/CliOption.h"
+
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <optional>
 
-// Small parser for a verb's own words: "--name value" options, "--flag" switches and
-// positional words, in any order.
+// Small parser for a verb's own words: "--name value" (or "--name=value") options,
+// "--flag" switches and positional words, in any order.
 class CliArgs {
 public:
+    // The options of a verb's syntax (of its `action`, when it has actions); a value
+    // outside an option's choices is an error.
+    CliArgs(const QStringList &words, const QList<CliOption> &options, const QString &action = {});
     CliArgs(const QStringList &words, const QStringList &valueOptions,
             const QStringList &flagOptions);
 
@@ -26,6 +32,8 @@ public:
     static QString absolutePath(const QString &word);
 
 private:
+    void parse(const QStringList &words, const QList<CliOption> &options);
+
     QList<QPair<QString, QString>> m_values;
     QStringList m_flags;
     QStringList m_positional;

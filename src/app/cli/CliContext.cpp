@@ -1,13 +1,39 @@
 #include "cli/CliContext.h"
 
+#include "cli/CliHelp.h"
+
+#include <QJsonDocument>
 #include <cstdio>
+#include <unistd.h>
 
 bool CliContext::confirm(const QString &question) const {
     out << (dryRun ? "# " : "") << question << " [y/N] " << Qt::flush;
     char line[64] = {};
-    if (!std::fgets(line, sizeof line, stdin))
-        return false;
-    return line[0] == 'y' || line[0] == 'Y';
+    const bool answered = std::fgets(line, sizeof line, stdin) != nullptr;
+    if (answered && (line[0] == 'y' || line[0] == 'Y'))
+        return true;
+    // A terminal has echoed the answer and its newline; anything else has not.
+    if (!answered || !::isatty(STDIN_FILENO))
+        out << Qt::endl;
+    taskError(QStringLiteral("Nothing was changed."));
+    return false;
+}
+
+int CliContext::usageError(const QString &problem) const {
+    err << "kextkeeper " << verb << ": " << problem << '\n' << CliHelp::tryHelp(verb) << Qt::endl;
+    return CliUsage;
+}
+
+int CliContext::taskError(const QString &message) const {
+    err << "kextkeeper " << verb << ": " << message;
+    if (!message.endsWith(QLatin1Char('\n')))
+        err << '\n';
+    err.flush();
+    return CliTaskError;
+}
+
+void CliContext::printJson(const QJsonObject &document) const {
+    out << QJsonDocument(document).toJson(QJsonDocument::Indented) << Qt::flush;
 }
 
 void CliContext::note(const QString &text) const {
@@ -37,7 +63,7 @@ int CliContext::end(const QString &verb, const TaskResult &result) const {
         return CliOk;
     }
     // A tool's own text may end in its line feed already.
-    err << result.message;
+    err << "kextkeeper " << verb << ": " << result.message;
     if (!result.message.endsWith(QLatin1Char('\n')))
         err << '\n';
     err.flush();

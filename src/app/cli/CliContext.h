@@ -3,6 +3,7 @@
 #include "exec/AppServices.h"
 #include "exec/TaskResult.h"
 
+#include <QJsonObject>
 #include <QStringList>
 #include <QTextStream>
 
@@ -15,9 +16,20 @@ struct CliContext {
     QTextStream &out;
     QTextStream &err;
 
+    // The verb's name, for the "kextkeeper VERB: " that starts its error lines.
+    QString verb = {};
+
     const SystemPaths &paths() const { return services.paths(); }
-    // Asks a yes/no question on the terminal (false when standard input is closed).
+    // Asks a yes/no question on the terminal (no when standard input is closed). A no
+    // ends the question's line and says that nothing was changed; the verb then ends
+    // with CliTaskError.
     bool confirm(const QString &question) const;
+    // "kextkeeper VERB: PROBLEM" and the hint at the verb's help, on standard error.
+    int usageError(const QString &problem) const;
+    // "kextkeeper VERB: MESSAGE" on standard error (a multi-line message as it is).
+    int taskError(const QString &message) const;
+    // One JSON document on standard output, for --json.
+    void printJson(const QJsonObject &document) const;
     // A line on standard output that is not a command: under --dry-run it is written as
     // a shell comment, so the whole output can be pasted into a terminal.
     void note(const QString &line) const;

@@ -1,10 +1,11 @@
 #include "cli/CliRegistry.h"
 
+#include "cli/CliHelp.h"
 #include "cli/CliVerbs.h"
 
 const QList<CliVerb> &CliRegistry::verbs() {
     static const QList<CliVerb> table{
-        {QStringLiteral("check"), QStringLiteral("check KEXT [--deps]"),
+        {QStringLiteral("check"), QStringLiteral("check KEXT [--deps] [--json]"),
          QStringLiteral("tell a kext's architectures (and, with --deps, its libraries)"),
          checkVerb},
         {QStringLiteral("doctor"),
@@ -30,7 +31,7 @@ const QList<CliVerb> &CliRegistry::verbs() {
          journalVerb},
         {QStringLiteral("load"), QStringLiteral("load KEXT"),
          QStringLiteral("test-load a kext into the running kernel (as root)"), loadVerb},
-        {QStringLiteral("loaded"), QStringLiteral("loaded [--filter TEXT]"),
+        {QStringLiteral("loaded"), QStringLiteral("loaded [--filter TEXT] [--json]"),
          QStringLiteral("list the loaded kexts (bundle identifier and version), optionally only "
                         "those containing TEXT in any case"),
          loadedVerb},
@@ -42,7 +43,7 @@ const QList<CliVerb> &CliRegistry::verbs() {
                         "system's kext caches"),
          maintainVerb},
         {QStringLiteral("mkext"),
-         QStringLiteral("mkext list FILE | mkext unpack FILE [--arch A] [--to DIR] | "
+         QStringLiteral("mkext list FILE [--json] | mkext unpack FILE [--arch A] [--to DIR] | "
                         "mkext build OUT FOLDER... [--arch A]..."),
          QStringLiteral("list, unpack or build an mkext archive without Apple's tools "
                         "(build: i386 and x86_64 unless --arch is given)"),
@@ -62,7 +63,8 @@ const QList<CliVerb> &CliRegistry::verbs() {
          sandboxVerb},
         {QStringLiteral("unload"), QStringLiteral("unload KEXT"),
          QStringLiteral("unload the kext at path KEXT as root"), unloadVerb},
-        {QStringLiteral("volumes"), QStringLiteral("volumes [--extra-version 10.4|10.5|10.6|10.7]"),
+        {QStringLiteral("volumes"),
+         QStringLiteral("volumes [--extra-version 10.4|10.5|10.6|10.7] [--json]"),
          QStringLiteral("list the volumes a task can work on, the started system marked, and "
                         "whether each holds S/L/E and kexts in Extra"),
          volumesVerb},
@@ -79,15 +81,5 @@ const CliVerb *CliRegistry::find(const QString &name) {
 }
 
 QString CliRegistry::helpText() {
-    QString text = QStringLiteral(
-        "Usage: kextkeeper [--root DIR] [--dry-run] [VERB [ARGS...]]\n"
-        "Without a verb the window opens.\n\n"
-        "Global options:\n"
-        "  --root DIR   work on a system root below DIR (a sandbox or a rescued volume)\n"
-        "  --dry-run    print the commands that would run as root instead of running them\n"
-        "  --help       show this text\n"
-        "  --version    show the version\n\nVerbs:\n");
-    for (const CliVerb &verb : verbs())
-        text += QStringLiteral("  %1\n      %2\n").arg(verb.usage, verb.summary);
-    return text;
+    return CliHelp::programHelp(verbs());
 }

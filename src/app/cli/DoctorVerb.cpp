@@ -6,6 +6,7 @@
 #include "AppSettings.h"
 #include "DoctorSetup.h"
 #include "cli/CliArgs.h"
+#include "cli/CliSyntax.h"
 #include "cli/CliVerbs.h"
 #include "cli/OfferedOptions.h"
 #include "cli/TerminalMaintenanceView.h"
@@ -27,11 +28,6 @@ struct Request {
     bool json = false;
     bool yes = false;
 };
-
-int usage(CliContext &c, const QString &problem) {
-    c.err << "kextkeeper doctor: " << problem << Qt::endl;
-    return CliUsage;
-}
 
 KextDoctor::Result examine(CliContext &c, const Request &request) {
     return KextDoctor::run(DoctorSetup::options(c.paths(), request.volume, request.extraVersion));
@@ -90,8 +86,9 @@ bool maintain(CliContext &c, const Request &request, const DoctorFindings &findi
         return true;
     const QString tasks = DoctorFixes::taskNames(options).join(QStringLiteral(", "));
     say(c, request, QStringLiteral("Maintenance of %1: %2").arg(request.volume, tasks));
-    if (!request.yes && !c.confirm(QStringLiteral("Continue?")))
-        return true;
+    if (!request.yes &&
+        !c.confirm(QStringLiteral("Continue on the volume \"%1\"?").arg(request.volume)))
+        return false; // the question has said that nothing was changed
     const AppSettings settings(c.paths().contentsDir());
     options.prelinkKernel = settings.boolean(AppSettings::prelinkKernelKey);
     options.recreateLionCache = settings.boolean(AppSettings::lionCacheKey);
@@ -109,13 +106,11 @@ bool maintain(CliContext &c, const Request &request, const DoctorFindings &findi
 } // namespace
 
 int doctorVerb(CliContext &c) {
-    const CliArgs args(
-        c.args, {QStringLiteral("--volume"), QStringLiteral("--extra-version")},
-        {QStringLiteral("--json"), QStringLiteral("--fix"), QStringLiteral("--yes")});
+    const CliArgs args(c.args, CliSyntax::of(c.verb).options);
     if (!args.ok())
-        return usage(c, args.error());
+        return c.usageError(args.error());
     if (!args.positional().isEmpty())
-        return usage(c, QStringLiteral("unexpected words: ") +
+        return c.usageError(QStringLiteral("unexpected words: ") +
                             args.positional().join(QLatin1Char(' ')));
     Request request;
     request.volume = args.value(QStringLiteral("--volume")).value_or(QString());
@@ -123,10 +118,9 @@ int doctorVerb(CliContext &c) {
     request.json = args.flag(QStringLiteral("--json"));
     request.yes = args.flag(QStringLiteral("--yes"));
     if (request.volume.isEmpty())
-        return usage(c, QStringLiteral("--volume NAME is needed"));
-    if (!request.extraVersion.isEmpty() &&
-        !KextFolders::versions().contains(request.extraVersion))
-        return usage(c, QStringLiteral("--extra-version must be one of ") +
+        return c.usageError(QStringLiteral("--volume NAME is needed"));
+    if (!request.extraVersion.isEmpty() && !KextFolders::versions().contains(request.extraVersion))
+        return c.usageError(QStringLiteral("--extra-version must be one of ") +
                             KextFolders::versions().join(QStringLiteral(", ")));
     if (!VolumeList::build(c.paths().volumesDir()).contains(request.volume)) {
         c.err << "kextkeeper doctor: no volume with an Extra or System/Library folder is called "
@@ -136,7 +130,7 @@ int doctorVerb(CliContext &c) {
     if (const QString refusal = OfferedOptions::version(
             request.volume, c.paths().volumeRoot(request.volume), request.extraVersion);
         !refusal.isEmpty())
-        return usage(c, refusal);
+        return c.usageError(refusal);
 
     KextDoctor::Result result = examine(c, request);
     if (!args.flag(QStringLiteral("--fix"))) {

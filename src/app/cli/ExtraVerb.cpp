@@ -2,6 +2,7 @@
 // the window's question on the terminal unless --yes answers it beforehand.
 
 #include "cli/CliArgs.h"
+#include "cli/CliSyntax.h"
 #include "cli/CliVerbs.h"
 #include "cli/OfferedOptions.h"
 #include "maintenance/ExtraFolderOperations.h"
@@ -21,16 +22,18 @@ public:
         bool yes = m_yes;
         if (!yes) {
             m_c.note(informativeText);
-            yes = m_c.confirm(QStringLiteral("Continue?"));
+            yes = m_c.confirm(QStringLiteral("Continue on the volume \"%1\"?").arg(m_volume));
         }
+        declined = !yes; // the question has said that nothing was changed
         answered(yes ? yesCode : noCode);
     }
     void commandsFailed(const QStringList &failures) override {
         failed = true;
-        m_c.tellFailures(QStringLiteral("extra"), failures);
+        m_c.tellFailures(m_c.verb, failures);
     }
     void reevaluateVolume() override {}
     bool failed = false;
+    bool declined = false;
 
 private:
     CliContext &m_c;
@@ -38,29 +41,22 @@ private:
     bool m_yes;
 };
 
-int usage(CliContext &c, const QString &problem) {
-    c.err << "kextkeeper extra: " << problem << Qt::endl;
-    return CliUsage;
-}
-
 } // namespace
 
 int extraVerb(CliContext &c) {
-    const CliArgs args(c.args, {QStringLiteral("--volume")}, {QStringLiteral("--yes")});
+    const CliSyntax &syntax = CliSyntax::of(c.verb);
+    const CliArgs args(c.args, syntax.options);
     if (!args.ok())
-        return usage(c, args.error());
-    const QStringList commands{QStringLiteral("to-kextstore"), QStringLiteral("to-extensions"),
-                               QStringLiteral("hide"), QStringLiteral("show")};
-    if (args.positional().size() != 1 || !commands.contains(args.positional().first()))
-        return usage(c, QStringLiteral("say one of to-kextstore, to-extensions, hide, show"));
+        return c.usageError(args.error());
+    if (args.positional().size() != 1 || !syntax.actions.contains(args.positional().first()))
+        return c.usageError(QStringLiteral("say one of ") +
+                            syntax.actions.join(QStringLiteral(", ")));
     const QString volume = args.value(QStringLiteral("--volume")).value_or(QString());
     if (volume.isEmpty())
-        return usage(c, QStringLiteral("--volume NAME is needed"));
-    if (!VolumeList::build(c.paths().volumesDir()).contains(volume)) {
-        c.err << "kextkeeper extra: no volume with an Extra or System/Library folder is called "
-              << volume << Qt::endl;
-        return CliTaskError;
-    }
+        return c.usageError(QStringLiteral("--volume NAME is needed"));
+    if (!VolumeList::build(c.paths().volumesDir()).contains(volume))
+        return c.taskError(
+            QStringLiteral("no volume with an Extra or System/Library folder is called ") + volume);
     const QString command = args.positional().first();
     // The menu's show and hide items are enabled only where Extra holds kexts; the two
     // conversions are always offered and answer for themselves.
@@ -68,7 +64,7 @@ int extraVerb(CliContext &c) {
         const QString refusal =
             OfferedOptions::extra(command, volume, c.paths().volumeRoot(volume), QString());
         if (!refusal.isEmpty())
-            return usage(c, refusal);
+            return c.usageError(refusal);
     }
 
     TerminalExtraView view(c, volume, args.flag(QStringLiteral("--yes")));
@@ -85,8 +81,10 @@ int extraVerb(CliContext &c) {
         result = ops.showExtraFolder();
     // The terminal answers at once, so the answer's end is known by now.
     const TaskResult end = result.value_or(ops.lastAnswer());
+    if (view.declined)
+        return CliTaskError;
     if (!end.ok && end.message.isEmpty())
-        c.err << "kextkeeper extra: administrator rights were not given" << Qt::endl;
+        return c.taskError(QStringLiteral("administrator rights were not given"));
     const int status = c.end(QStringLiteral("extra"), end);
     return view.failed ? CliTaskError : status;
 }

@@ -3,21 +3,16 @@
 
 #include "AppSettings.h"
 #include "cli/CliArgs.h"
+#include "cli/CliSyntax.h"
 #include "cli/CliVerbs.h"
 #include "cli/TerminalInstallView.h"
 #include "install/InstallList.h"
 #include "install/InstallPlan.h"
-#include "volumes/KextFolders.h"
 #include "volumes/VolumeList.h"
 
 #include <QFileInfo>
 
 namespace {
-
-int usage(CliContext &c, const QString &problem) {
-    c.err << "kextkeeper install: " << problem << Qt::endl;
-    return CliUsage;
-}
 
 bool isBundleType(const QString &path) {
     const QString name = InstallList::bundleName(path);
@@ -28,27 +23,20 @@ bool isBundleType(const QString &path) {
 } // namespace
 
 int installVerb(CliContext &c) {
-    const CliArgs args(
-        c.args,
-        {QStringLiteral("--volume"), QStringLiteral("--to"), QStringLiteral("--extra-version")},
-        {QStringLiteral("--backup")});
+    const CliArgs args(c.args, CliSyntax::of(c.verb).options);
     if (!args.ok())
-        return usage(c, args.error());
+        return c.usageError(args.error());
     InstallOptions options;
     const QString to = args.value(QStringLiteral("--to")).value_or(QString());
     options.toExtra = to == QLatin1String("extra");
     options.toSle = to == QLatin1String("sle");
     options.toDesktop = to == QLatin1String("desktop");
     if (!options.toExtra && !options.toSle && !options.toDesktop)
-        return usage(c, QStringLiteral("--to must be extra, sle or desktop"));
+        return c.usageError(QStringLiteral("--to must be extra, sle or desktop"));
     options.volume = args.value(QStringLiteral("--volume")).value_or(QString());
     if (options.volume.isEmpty() && !options.toDesktop)
-        return usage(c, QStringLiteral("--volume NAME is needed for extra and sle"));
+        return c.usageError(QStringLiteral("--volume NAME is needed for extra and sle"));
     options.extraVersion = args.value(QStringLiteral("--extra-version")).value_or(QString());
-    if (!options.extraVersion.isEmpty() &&
-        !KextFolders::versions().contains(options.extraVersion))
-        return usage(c, QStringLiteral("--extra-version must be one of ") +
-                            KextFolders::versions().join(QStringLiteral(", ")));
     options.backup = args.flag(QStringLiteral("--backup"));
     const AppSettings settings(c.paths().contentsDir());
     options.prelinkKernel = settings.boolean(AppSettings::prelinkKernelKey);
@@ -57,30 +45,27 @@ int installVerb(CliContext &c) {
     for (const QString &word : args.positional()) {
         const QString bundle = CliArgs::absolutePath(word);
         if (!isBundleType(bundle))
-            return usage(c, QStringLiteral("not a kext, bundle, plugin or ppp: ") + word);
+            return c.usageError(QStringLiteral("not a kext, bundle, plugin or ppp: ") + word);
         // The old copy is removed before the new one is copied: a bundle that isn't
         // there would leave the destination without either.
-        if (!QFileInfo(bundle).isDir()) {
-            c.err << "kextkeeper install: no such bundle: " << word << Qt::endl;
-            return CliTaskError;
-        }
+        if (!QFileInfo(bundle).isDir())
+            return c.taskError(QStringLiteral("no such bundle: ") + word);
         options.bundles << bundle;
     }
     // Only a volume the page would offer: a name such as "../../outside" would put the
     // copies anywhere.
-    if (!options.toDesktop && !VolumeList::build(c.paths().volumesDir()).contains(options.volume)) {
-        c.err << "kextkeeper install: no volume with an Extra or System/Library folder is called "
-              << options.volume << Qt::endl;
-        return CliTaskError;
-    }
+    if (!options.toDesktop && !VolumeList::build(c.paths().volumesDir()).contains(options.volume))
+        return c.taskError(
+            QStringLiteral("no volume with an Extra or System/Library folder is called ") +
+            options.volume);
 
     TerminalInstallView view(c, QStringLiteral("install"));
     const std::shared_ptr<Executor> executor = c.services.executor();
     InstallPlan plan(options, c.services, *executor, view);
     if (const std::optional<TaskResult> refused = plan.prepare()) {
         if (refused->message.isEmpty())
-            c.err << "kextkeeper install: the administrator did not authorize the installation"
-                  << Qt::endl;
+            return c.taskError(
+                QStringLiteral("the administrator did not authorize the installation"));
         return c.end(QStringLiteral("install"), *refused);
     }
     const int status = c.end(QStringLiteral("install"), plan.run());

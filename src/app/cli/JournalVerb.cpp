@@ -2,6 +2,7 @@
 // from the journal in the user's state folder, newest last.
 
 #include "cli/CliArgs.h"
+#include "cli/CliSyntax.h"
 #include "cli/CliVerbs.h"
 #include "exec/CommandJournal.h"
 
@@ -10,11 +11,6 @@
 #include <QJsonObject>
 
 namespace {
-
-int usage(CliContext &c, const QString &problem) {
-    c.err << "kextkeeper journal: " << problem << Qt::endl;
-    return CliUsage;
-}
 
 // "2011-03-05 14:07:09  exit 1  0.012 s  root  /bin/cp -R A B", then its standard error
 // indented below it.
@@ -32,19 +28,18 @@ void printEntry(CliContext &c, const JournalEntry &entry) {
 } // namespace
 
 int journalVerb(CliContext &c) {
-    const CliArgs args(c.args, {QStringLiteral("--last")},
-                       {QStringLiteral("--failed"), QStringLiteral("--json")});
+    const CliArgs args(c.args, CliSyntax::of(c.verb).options);
     if (!args.ok())
-        return usage(c, args.error());
+        return c.usageError(args.error());
     if (!args.positional().isEmpty())
-        return usage(c, QStringLiteral("unexpected words: ") +
+        return c.usageError(QStringLiteral("unexpected words: ") +
                             args.positional().join(QLatin1Char(' ')));
     qsizetype last = -1;
     if (const std::optional<QString> word = args.value(QStringLiteral("--last"))) {
         bool ok = false;
         last = word->toLongLong(&ok);
         if (!ok || last < 0)
-            return usage(c, QStringLiteral("--last needs a number of entries"));
+            return c.usageError(QStringLiteral("--last needs a number of entries"));
     }
 
     const QString path = CommandJournal::defaultPath(c.paths().home());

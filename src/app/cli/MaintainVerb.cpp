@@ -4,19 +4,14 @@
 
 #include "AppSettings.h"
 #include "cli/CliArgs.h"
+#include "cli/CliSyntax.h"
 #include "cli/CliVerbs.h"
 #include "cli/OfferedOptions.h"
 #include "cli/TerminalMaintenanceView.h"
 #include "maintenance/MaintenancePlan.h"
-#include "volumes/KextFolders.h"
 #include "volumes/VolumeList.h"
 
 namespace {
-
-int usage(CliContext &c, const QString &problem) {
-    c.err << "kextkeeper maintain: " << problem << Qt::endl;
-    return CliUsage;
-}
 
 Qt::CheckState box(const CliArgs &args, const char *flag) {
     return args.flag(QLatin1String(flag)) ? Qt::Checked : Qt::Unchecked;
@@ -25,46 +20,38 @@ Qt::CheckState box(const CliArgs &args, const char *flag) {
 } // namespace
 
 int maintainVerb(CliContext &c) {
-    const CliArgs args(c.args, {QStringLiteral("--volume"), QStringLiteral("--extra-version")},
-                       {QStringLiteral("--repair-extra"), QStringLiteral("--rebuild-extra-mkext"),
-                        QStringLiteral("--repair-sle"), QStringLiteral("--rebuild-caches")});
+    const CliArgs args(c.args, CliSyntax::of(c.verb).options);
     if (!args.ok())
-        return usage(c, args.error());
+        return c.usageError(args.error());
     if (!args.positional().isEmpty())
-        return usage(c, QStringLiteral("unexpected words: ") +
+        return c.usageError(QStringLiteral("unexpected words: ") +
                             args.positional().join(QLatin1Char(' ')));
     MaintenanceOptions options;
     options.volume = args.value(QStringLiteral("--volume")).value_or(QString());
     if (options.volume.isEmpty())
-        return usage(c, QStringLiteral("--volume NAME is needed"));
+        return c.usageError(QStringLiteral("--volume NAME is needed"));
     options.extraVersion = args.value(QStringLiteral("--extra-version")).value_or(QString());
-    if (!options.extraVersion.isEmpty() &&
-        !KextFolders::versions().contains(options.extraVersion))
-        return usage(c, QStringLiteral("--extra-version must be one of ") +
-                            KextFolders::versions().join(QStringLiteral(", ")));
     // Only the volumes the window would offer: anything else would have every command
     // run on folders that aren't there.
-    if (!VolumeList::build(c.paths().volumesDir()).contains(options.volume)) {
-        c.err << "kextkeeper maintain: no volume with an Extra or System/Library folder "
-                 "is called "
-              << options.volume << Qt::endl;
-        return CliTaskError;
-    }
+    if (!VolumeList::build(c.paths().volumesDir()).contains(options.volume))
+        return c.taskError(
+            QStringLiteral("no volume with an Extra or System/Library folder is called ") +
+            options.volume);
     // A box the page disables on this volume can't be ticked there; nothing may run.
     const QString rp = c.paths().volumeRoot(options.volume);
     if (const QString refusal = OfferedOptions::version(options.volume, rp, options.extraVersion);
         !refusal.isEmpty())
-        return usage(c, refusal);
+        return c.usageError(refusal);
     for (const char *flag : {"--repair-extra", "--rebuild-extra-mkext"}) {
         const QString refusal =
             OfferedOptions::extra(flag, options.volume, rp, options.extraVersion);
         if (args.flag(QLatin1String(flag)) && !refusal.isEmpty())
-            return usage(c, refusal);
+            return c.usageError(refusal);
     }
     for (const char *flag : {"--repair-sle", "--rebuild-caches"}) {
         const QString refusal = OfferedOptions::sle(flag, options.volume, rp);
         if (args.flag(QLatin1String(flag)) && !refusal.isEmpty())
-            return usage(c, refusal);
+            return c.usageError(refusal);
     }
     options.repairExtra = box(args, "--repair-extra");
     options.rebuildExtraMkext = box(args, "--rebuild-extra-mkext");
@@ -78,12 +65,9 @@ int maintainVerb(CliContext &c) {
     const std::shared_ptr<Executor> executor = c.services.executor();
     MaintenancePlan plan(options, c.services, *executor, view);
     if (const std::optional<TaskResult> refused = plan.prepare()) {
-        if (!refused->message.isEmpty()) { // no task chosen
-            c.end(QStringLiteral("maintain"), *refused);
-            return CliUsage;
-        }
-        c.err << "kextkeeper maintain: administrator rights were not given" << Qt::endl;
-        return CliTaskError;
+        if (!refused->message.isEmpty()) // no task chosen
+            return c.usageError(refused->message);
+        return c.taskError(QStringLiteral("administrator rights were not given"));
     }
     const int status = c.end(QStringLiteral("maintain"), plan.run());
     return view.failed ? CliTaskError : status;

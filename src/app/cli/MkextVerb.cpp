@@ -3,41 +3,55 @@
 // they are missing, and the rebuild fallback runs `mkext build` as root.
 
 #include "cli/CliArgs.h"
+#include "cli/CliSyntax.h"
 #include "cli/CliVerbs.h"
 #include "mkext/MkextBuiltinTool.h"
 
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonObject>
 
 namespace {
 
-int usage(CliContext &c, const QString &problem) {
-    c.err << "kextkeeper mkext: " << problem << Qt::endl;
-    return CliUsage;
-}
-
+// The tool's own texts, each line of its standard error naming the verb like every
+// other error of ours (the sandbox's stand-in tools take the name off again).
 int finish(CliContext &c, const MkextToolOutput &output) {
     c.out << output.out;
     c.out.flush();
-    c.err << output.err;
+    for (const QString &line : output.err.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+        c.err << "kextkeeper mkext: " << line << '\n';
     c.err.flush();
     return output.status == 0 ? CliOk : CliTaskError;
 }
 
 int listArchive(CliContext &c, const QStringList &words) {
-    const CliArgs args(words, {}, {});
+    const CliArgs args(words, CliSyntax::of(c.verb).options, QStringLiteral("list"));
     if (!args.ok())
-        return usage(c, args.error());
+        return c.usageError(args.error());
     if (args.positional().size() != 1)
-        return usage(c, QStringLiteral("list needs exactly one mkext file"));
-    return finish(c, MkextBuiltinTool::list(args.positional().first()));
+        return c.usageError(QStringLiteral("list needs exactly one mkext file"));
+    if (!args.flag(QStringLiteral("--json")))
+        return finish(c, MkextBuiltinTool::list(args.positional().first()));
+    const MkextBuiltinTool::Listing listing = MkextBuiltinTool::listing(args.positional().first());
+    if (!listing.error.isEmpty())
+        return c.taskError(listing.error);
+    QJsonArray kexts;
+    for (const MkextListedKext &kext : listing.kexts)
+        kexts.append(QJsonObject{{QStringLiteral("path"), kext.path},
+                                 {QStringLiteral("identifier"), kext.identifier},
+                                 {QStringLiteral("version"), kext.version}});
+    c.printJson({{QStringLiteral("file"), args.positional().first()},
+                 {QStringLiteral("count"), int(listing.kexts.size())},
+                 {QStringLiteral("kexts"), kexts}});
+    return CliOk;
 }
 
 int unpackArchive(CliContext &c, const QStringList &words) {
-    const CliArgs args(words, {QStringLiteral("--arch"), QStringLiteral("--to")}, {});
+    const CliArgs args(words, CliSyntax::of(c.verb).options, QStringLiteral("unpack"));
     if (!args.ok())
-        return usage(c, args.error());
+        return c.usageError(args.error());
     if (args.positional().size() != 1)
-        return usage(c, QStringLiteral("unpack needs exactly one mkext file"));
+        return c.usageError(QStringLiteral("unpack needs exactly one mkext file"));
     const QString folder = args.value(QStringLiteral("--to")).value_or(QDir::currentPath());
     const QString arch = args.value(QStringLiteral("--arch")).value_or(QString());
     if (c.dryRun) {
@@ -48,11 +62,11 @@ int unpackArchive(CliContext &c, const QStringList &words) {
 }
 
 int buildArchive(CliContext &c, const QStringList &words) {
-    const CliArgs args(words, {QStringLiteral("--arch")}, {});
+    const CliArgs args(words, CliSyntax::of(c.verb).options, QStringLiteral("build"));
     if (!args.ok())
-        return usage(c, args.error());
+        return c.usageError(args.error());
     if (args.positional().size() < 2)
-        return usage(c, QStringLiteral("build needs the mkext file and a kext folder"));
+        return c.usageError(QStringLiteral("build needs the mkext file and a kext folder"));
     const QString archive = args.positional().at(0);
     const QStringList folders = args.positional().mid(1);
     QStringList archs = args.values(QStringLiteral("--arch"));
@@ -71,7 +85,7 @@ int buildArchive(CliContext &c, const QStringList &words) {
 
 int mkextVerb(CliContext &c) {
     if (c.args.isEmpty())
-        return usage(c, QStringLiteral("needs list, unpack or build"));
+        return c.usageError(QStringLiteral("needs list, unpack or build"));
     const QString action = c.args.first();
     const QStringList rest = c.args.mid(1);
     if (action == QLatin1String("list"))
@@ -80,5 +94,5 @@ int mkextVerb(CliContext &c) {
         return unpackArchive(c, rest);
     if (action == QLatin1String("build"))
         return buildArchive(c, rest);
-    return usage(c, QStringLiteral("unknown action %1").arg(action));
+    return c.usageError(QStringLiteral("unknown action %1").arg(action));
 }

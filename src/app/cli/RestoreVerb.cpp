@@ -3,17 +3,13 @@
 
 #include "AppSettings.h"
 #include "cli/CliArgs.h"
+#include "cli/CliSyntax.h"
 #include "cli/CliVerbs.h"
 #include "cli/TerminalInstallView.h"
 #include "install/BackupRestore.h"
 #include "install/InstallPlan.h"
 
 namespace {
-
-int usage(CliContext &c, const QString &problem) {
-    c.err << "kextkeeper restore: " << problem << Qt::endl;
-    return CliUsage;
-}
 
 // "05-03 14_07_09  2011-03-05 14:07  Macintosh HD  Extra/Extensions  A.kext, B.kext"
 void listBackups(CliContext &c) {
@@ -42,17 +38,17 @@ void listBackups(CliContext &c) {
 } // namespace
 
 int restoreVerb(CliContext &c) {
-    const CliArgs args(c.args, {}, {QStringLiteral("--list"), QStringLiteral("--yes")});
+    const CliArgs args(c.args, CliSyntax::of(c.verb).options);
     if (!args.ok())
-        return usage(c, args.error());
+        return c.usageError(args.error());
     if (args.flag(QStringLiteral("--list"))) {
         if (!args.positional().isEmpty())
-            return usage(c, QStringLiteral("--list takes no folder"));
+            return c.usageError(QStringLiteral("--list takes no folder"));
         listBackups(c);
         return CliOk;
     }
     if (args.positional().size() != 1)
-        return usage(c, QStringLiteral("needs --list or one backup folder"));
+        return c.usageError(QStringLiteral("needs --list or one backup folder"));
     const QString word = args.positional().first();
     const std::optional<BackupRestore::Backup> backup =
         BackupRestore::find(c.paths().desktop(), word);
@@ -74,8 +70,12 @@ int restoreVerb(CliContext &c) {
                             ? QStringLiteral("1 kext")
                             : QStringLiteral("%1 kexts").arg(plan.options.bundles.size()),
                         plan.folder));
-        if (!c.confirm(QStringLiteral("Continue?")))
-            return CliOk;
+        const QString question =
+            plan.options.volume.isEmpty()
+                ? QStringLiteral("Continue?")
+                : QStringLiteral("Continue on the volume \"%1\"?").arg(plan.options.volume);
+        if (!c.confirm(question))
+            return CliTaskError;
     }
     TerminalInstallView view(c, QStringLiteral("restore"));
     const std::shared_ptr<Executor> executor = c.services.executor();

@@ -12,21 +12,17 @@
 namespace {
 
 int create(CliContext &c, const QStringList &words) {
-    if (words.size() != 1 || words.first().startsWith(QLatin1Char('-'))) {
-        c.err << "kextkeeper sandbox create: give the one folder to make it in" << Qt::endl;
-        return CliUsage;
-    }
+    if (words.size() != 1 || words.first().startsWith(QLatin1Char('-')))
+        return c.usageError(QStringLiteral("create needs the one folder to make it in"));
     if (c.dryRun) {
         c.note(QStringLiteral("would make a sandbox Mac in %1").arg(words.first()));
         return CliOk;
     }
     SandboxBuilder builder(words.first(), QCoreApplication::applicationFilePath());
-    if (!builder.create()) {
-        c.err << builder.error() << Qt::endl;
-        return CliTaskError;
-    }
+    if (!builder.create())
+        return c.taskError(builder.error());
     for (const QString &warning : builder.warnings())
-        c.err << "warning: " << warning << Qt::endl;
+        c.err << "kextkeeper sandbox: warning: " << warning << Qt::endl;
     c.out << "Sandbox made in " << words.first() << ". Start the program on it with:\n  "
           << QCoreApplication::applicationFilePath() << " --root " << words.first() << Qt::endl;
     return CliOk;
@@ -62,6 +58,5 @@ int sandboxVerb(CliContext &c) {
         return create(c, c.args.mid(1));
     if (action == QLatin1String("tool"))
         return tool(c, c.args.mid(1));
-    c.err << "kextkeeper sandbox: say create DIR" << Qt::endl;
-    return CliUsage;
+    return c.usageError(QStringLiteral("say create DIR"));
 }
