@@ -14,7 +14,8 @@ fi
 
 packages=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6-base-dev-tools
           libplist++-dev libplist-dev zlib1g-dev libgl-dev xvfb xauth dbus file
-          dpkg-dev desktop-file-utils appstream man-db zsh fish)
+          dpkg-dev desktop-file-utils appstream man-db zsh fish
+          qt6-l10n-tools qt6-tools-dev)
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

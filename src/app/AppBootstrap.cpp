@@ -1,5 +1,6 @@
 #include "AppBootstrap.h"
 
+#include "AppIdentity.h"
 #include "WindowLauncher.h"
 #include "cli/CliHelp.h"
 #include "cli/CliRegistry.h"
@@ -190,8 +191,7 @@ int kextkeeperMain(int argc, char **argv) {
         return runVerb(argc, argv, options, paths);
 
     QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("KextKeeper"));
-    QApplication::setApplicationVersion(QStringLiteral(KK_VERSION));
+    AppIdentity::apply(app);
     AdminAuthentication::configureShared(sessionConfig(paths), nullptr);
     static CommandJournal journal(CommandJournal::defaultPath(paths.home()));
     AdminAuthentication::sharedInstance().setJournal(&journal);

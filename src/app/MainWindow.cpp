@@ -52,7 +52,9 @@ MainWindow::MainWindow(QWidget *parent)
     connect(m_ui->MI_About, &QAction::triggered, this, [this] {
         QMessageBox::about(this, tr("About KextKeeper"),
                            tr("KextKeeper %1\nInstalls, repairs and inspects kernel extensions "
-                              "for a boot loader's Extra folder.")
+                              "for a boot loader's Extra folder.\n\nFree software under the GNU "
+                              "General Public License, version 3 or (at your option) any later "
+                              "version (GPL-3.0-or-later).")
                                .arg(QStringLiteral(KK_VERSION)));
     });
 

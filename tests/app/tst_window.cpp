@@ -1,4 +1,5 @@
 #include "AppSettings.h"
+#include "AppTranslator.h"
 #include "CliRun.h"
 #include "DonationProbe.h"
 #include "MessageBoxSheets.h"
@@ -9,6 +10,7 @@
 #include "ToolbarIcons.h"
 #include "UpdateCheck.h"
 #include "WindowFixture.h"
+#include "exec/Tr.h"
 #include "filesdrop.h"
 #include "pages/LoadedPage.h"
 
@@ -29,6 +31,7 @@
 #include <QTest>
 #include <QTimer>
 #include <QToolBar>
+#include <QTranslator>
 #include <QUrl>
 
 namespace {
@@ -703,6 +706,24 @@ private slots:
 
     // Only the desktop destination disables the volume popup; clicking the chosen destination
     // again keeps it chosen.
+    // With the user's language German, the pages, labels and menus speak German; a
+    // language without a translation of ours leaves the window English.
+    void windowInGerman() {
+        QVERIFY(!AppTranslator::install(*qApp, QLocale(QLocale::French)));
+        QVERIFY(AppTranslator::install(*qApp, QLocale(QLocale::German, QLocale::Germany)));
+        const auto english = qScopeGuard([] {
+            for (QTranslator *translator : qApp->findChildren<QTranslator *>()) {
+                QCoreApplication::removeTranslator(translator);
+                delete translator;
+            }
+        });
+        WindowFixture f;
+        QCOMPARE(f.find<QTabWidget>("TBV")->tabText(0), QStringLiteral("Wartung"));
+        QCOMPARE(f.find<QAbstractButton>("bMainButton")->text(), QStringLiteral("Starten"));
+        QCOMPARE(kkTr("Selected tasks were finished."),
+                 QStringLiteral("Die ausgewählten Aufgaben wurden erledigt."));
+    }
+
     void destinationActions() {
         WindowFixture f;
         addVolume(f, QStringLiteral("HD"), {"Extra/Extensions", "System/Library/Extensions"});

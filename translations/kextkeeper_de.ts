@@ -1,0 +1,693 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de_DE" sourcelanguage="en">
+<context>
+    <name>CheckPage</name>
+    <message>
+        <source>Kext:</source>
+        <translation>Kext:</translation>
+    </message>
+    <message>
+        <source>Choose a kext or drop one on the window</source>
+        <translation>Wählen Sie eine Kext oder ziehen Sie eine auf das Fenster</translation>
+    </message>
+    <message>
+        <source>Choose…</source>
+        <translation>Auswählen…</translation>
+    </message>
+    <message>
+        <source>Architectures</source>
+        <translation>Architekturen</translation>
+    </message>
+    <message>
+        <source>x86_64</source>
+        <translation>x86_64</translation>
+    </message>
+    <message>
+        <source>i386</source>
+        <translation>i386</translation>
+    </message>
+    <message>
+        <source>ppc</source>
+        <translation>ppc</translation>
+    </message>
+    <message>
+        <source>ppc64</source>
+        <translation>ppc64</translation>
+    </message>
+    <message>
+        <source>Dependencies</source>
+        <translation>Abhängigkeiten</translation>
+    </message>
+    <message>
+        <source>List dependencies after each check</source>
+        <translation>Abhängigkeiten nach jeder Prüfung auflisten</translation>
+    </message>
+    <message>
+        <source>List Dependencies</source>
+        <translation>Abhängigkeiten auflisten</translation>
+    </message>
+    <message>
+        <source>Test Load</source>
+        <translation>Probeweise laden</translation>
+    </message>
+</context>
+<context>
+    <name>ExtraMenuController</name>
+    <message>
+        <source>Continue?</source>
+        <translation>Fortfahren?</translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>Ja</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>Nein</translation>
+    </message>
+</context>
+<context>
+    <name>InstallPage</name>
+    <message>
+        <source>Kexts to install</source>
+        <translation>Zu installierende Kexts</translation>
+    </message>
+    <message>
+        <source>Add…</source>
+        <translation>Hinzufügen…</translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>Removes the selected kexts, or all of them when none is selected</source>
+        <translation>Entfernt die ausgewählten Kexts, oder alle, wenn keine ausgewählt ist</translation>
+    </message>
+    <message>
+        <source>Destination</source>
+        <translation>Ziel</translation>
+    </message>
+    <message>
+        <source>Volume:</source>
+        <translation>Volume:</translation>
+    </message>
+    <message>
+        <source>Install into:</source>
+        <translation>Installieren in:</translation>
+    </message>
+    <message>
+        <source>Extra folder (Extensions or KextStore)</source>
+        <translation>Extra-Ordner (Extensions oder KextStore)</translation>
+    </message>
+    <message>
+        <source>System/Library/Extensions</source>
+        <translation>System/Library/Extensions</translation>
+    </message>
+    <message>
+        <source>A new Extensions.mkext on the desktop</source>
+        <translation>Eine neue Extensions.mkext auf dem Schreibtisch</translation>
+    </message>
+    <message>
+        <source>Back up kexts that will be replaced</source>
+        <translation>Kexts sichern, die ersetzt werden</translation>
+    </message>
+    <message>
+        <source>Install</source>
+        <translation>Installieren</translation>
+    </message>
+</context>
+<context>
+    <name>KextKeeper</name>
+    <message>
+        <source>Sorry, try again.</source>
+        <translation>Das war nicht richtig, bitte noch einmal.</translation>
+    </message>
+    <message>
+        <source>Authenticate</source>
+        <translation>Anmelden</translation>
+    </message>
+    <message>
+        <source>KextKeeper needs administrator rights for this task and gets them through sudo. Type your own password: the one sudo asks you for, not root&apos;s.</source>
+        <translation>KextKeeper braucht für diese Aufgabe Administratorrechte und erhält sie über sudo. Geben Sie Ihr eigenes Passwort ein: das, nach dem sudo Sie fragt, nicht das von root.</translation>
+    </message>
+    <message>
+        <source>Your password:</source>
+        <translation>Ihr Passwort:</translation>
+    </message>
+    <message>
+        <source>sudo was not found: root tasks need it</source>
+        <translation>sudo wurde nicht gefunden: Aufgaben als root brauchen es</translation>
+    </message>
+    <message>
+        <source>sudo refused administrator rights.</source>
+        <translation>sudo hat die Administratorrechte verweigert.</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>Done</source>
+        <translation>Fertig</translation>
+    </message>
+    <message>
+        <source>1 command failed, see the Log</source>
+        <translation>1 Befehl ist fehlgeschlagen, siehe Protokoll</translation>
+    </message>
+    <message>
+        <source>%1 commands failed, see the Log</source>
+        <translation>%1 Befehle sind fehlgeschlagen, siehe Protokoll</translation>
+    </message>
+    <message>
+        <source>You haven&apos;t selected any kext.</source>
+        <translation>Sie haben keine Kext ausgewählt.</translation>
+    </message>
+    <message>
+        <source>You haven&apos;t selected any mkext.</source>
+        <translation>Sie haben kein Mkext ausgewählt.</translation>
+    </message>
+    <message>
+        <source>Unpack directory doesn&apos;t exist.</source>
+        <translation>Der Zielordner zum Entpacken existiert nicht.</translation>
+    </message>
+    <message>
+        <source>Mkext was unpacked to selected directory.</source>
+        <translation>Das Mkext wurde in den ausgewählten Ordner entpackt.</translation>
+    </message>
+    <message>
+        <source>The mkext tool could not be run.</source>
+        <translation>Das Mkext-Werkzeug konnte nicht gestartet werden.</translation>
+    </message>
+    <message>
+        <source>%1 holds no note of where its kexts came from, so they cannot be put back automatically.</source>
+        <translation>%1 enthält keinen Vermerk, woher seine Kexts stammen; sie können daher nicht automatisch zurückgelegt werden.</translation>
+    </message>
+    <message>
+        <source>The volume %1 that the kexts came from is not there.</source>
+        <translation>Das Volume %1, von dem die Kexts stammen, ist nicht vorhanden.</translation>
+    </message>
+    <message>
+        <source>%1 came from %2, which is not on %3 any more.</source>
+        <translation>%1 stammt aus %2, das nicht mehr auf %3 liegt.</translation>
+    </message>
+    <message>
+        <source>%1 names no destination its kexts can go back to.</source>
+        <translation>%1 nennt kein Ziel, in das seine Kexts zurückkehren können.</translation>
+    </message>
+    <message>
+        <source>No selected kexts to install.</source>
+        <translation>Keine Kexts zum Installieren ausgewählt.</translation>
+    </message>
+    <message>
+        <source>Both Extra/Extensions and Extra/KextStore found.</source>
+        <translation>Sowohl Extra/Extensions als auch Extra/KextStore gefunden.</translation>
+    </message>
+    <message>
+        <source>No Extra/Extensions or Extra/KextStore found.</source>
+        <translation>Weder Extra/Extensions noch Extra/KextStore gefunden.</translation>
+    </message>
+    <message>
+        <source>No System/Library/Extensions on selected disk.</source>
+        <translation>Kein System/Library/Extensions auf dem ausgewählten Volume.</translation>
+    </message>
+    <message>
+        <source>%1 was left in place, and nothing more was installed: its backup in %2 could not be completed (%3).</source>
+        <translation>%1 wurde an seinem Platz gelassen, und nichts weiter wurde installiert: seine Sicherung in %2 konnte nicht abgeschlossen werden (%3).</translation>
+    </message>
+    <message>
+        <source>%1 could not be installed into %2 (%3).</source>
+        <translation>%1 konnte nicht in %2 installiert werden (%3).</translation>
+    </message>
+    <message>
+        <source>The previous copy was put back from %1.</source>
+        <translation>Die vorherige Kopie wurde aus %1 zurückgelegt.</translation>
+    </message>
+    <message>
+        <source>Putting back the previous copy failed too: %1 has no %2 now; the previous copy is in %3.</source>
+        <translation>Auch das Zurücklegen der vorherigen Kopie ist fehlgeschlagen: %1 enthält jetzt kein %2; die vorherige Kopie liegt in %3.</translation>
+    </message>
+    <message>
+        <source>The previous copy was removed before, and there is no backup of it: %1 has no %2 now.</source>
+        <translation>Die vorherige Kopie wurde vorher entfernt, und es gibt keine Sicherung davon: %1 enthält jetzt kein %2.</translation>
+    </message>
+    <message>
+        <source>The incomplete copy was removed.</source>
+        <translation>Die unvollständige Kopie wurde entfernt.</translation>
+    </message>
+    <message>
+        <source>Selected tasks were finished.</source>
+        <translation>Die ausgewählten Aufgaben wurden erledigt.</translation>
+    </message>
+    <message>
+        <source>Nothing was installed: %1</source>
+        <translation>Nichts wurde installiert: %1</translation>
+    </message>
+    <message>
+        <source>%1 has %2 free, and %3 need %4.</source>
+        <translation>%1 hat %2 frei, und %3 brauchen %4.</translation>
+    </message>
+    <message>
+        <source>%1 is no longer at %2 (it was moved or deleted after it was added).</source>
+        <translation>%1 liegt nicht mehr in %2 (es wurde nach dem Hinzufügen verschoben oder gelöscht).</translation>
+    </message>
+    <message>
+        <source>%1 cannot be read whole: %2 is not readable.</source>
+        <translation>%1 kann nicht vollständig gelesen werden: %2 ist nicht lesbar.</translation>
+    </message>
+    <message>
+        <source>%1 cannot be backed up: %2 is not readable.</source>
+        <translation>%1 kann nicht gesichert werden: %2 ist nicht lesbar.</translation>
+    </message>
+    <message>
+        <source>the backup folder %1 cannot be created.</source>
+        <translation>der Sicherungsordner %1 kann nicht angelegt werden.</translation>
+    </message>
+    <message>
+        <source>%1 is a link; kexts are not packed through it. Remove it and try again.</source>
+        <translation>%1 ist ein Verweis; Kexts werden nicht durch ihn hindurch gepackt. Entfernen Sie ihn und versuchen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>%1 is in the way: kexts are packed there, and KextKeeper did not make it. Move it away and try again.</source>
+        <translation>%1 ist im Weg: dort werden Kexts gepackt, und KextKeeper hat es nicht angelegt. Verschieben Sie es und versuchen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>%1 cannot be created.</source>
+        <translation>%1 kann nicht angelegt werden.</translation>
+    </message>
+    <message>
+        <source>Found: </source>
+        <translation>Gefunden: </translation>
+    </message>
+    <message>
+        <source>Saved.</source>
+        <translation>Gespeichert.</translation>
+    </message>
+    <message>
+        <source>No Extra/KextStore found.</source>
+        <translation>Kein Extra/KextStore gefunden.</translation>
+    </message>
+    <message>
+        <source>Do you want to bring back Extra/Extensions from Extra/KextStore on selected disk?</source>
+        <translation>Möchten Sie Extra/Extensions aus Extra/KextStore auf dem ausgewählten Volume wiederherstellen?</translation>
+    </message>
+    <message>
+        <source>No Extra/Extensions found.</source>
+        <translation>Kein Extra/Extensions gefunden.</translation>
+    </message>
+    <message>
+        <source>Do you want to create Extra/KextStore from Extra/Extensions on selected disk?</source>
+        <translation>Möchten Sie Extra/KextStore aus Extra/Extensions auf dem ausgewählten Volume anlegen?</translation>
+    </message>
+    <message>
+        <source>Mkext will be created, it can take a while.</source>
+        <translation>Ein Mkext wird erstellt, das kann eine Weile dauern.</translation>
+    </message>
+    <message>
+        <source>No Extra folder on selected disk.</source>
+        <translation>Kein Extra-Ordner auf dem ausgewählten Volume.</translation>
+    </message>
+    <message>
+        <source>You haven&apos;t selected any options.</source>
+        <translation>Sie haben keine Optionen ausgewählt.</translation>
+    </message>
+    <message>
+        <source>Repairing Extra permissions...</source>
+        <translation>Rechte von Extra werden repariert...</translation>
+    </message>
+    <message>
+        <source>Rebuilding Extra mkext...</source>
+        <translation>Mkext von Extra wird neu erstellt...</translation>
+    </message>
+    <message>
+        <source>Repairing S/L/E permissions...</source>
+        <translation>Rechte von S/L/E werden repariert...</translation>
+    </message>
+    <message>
+        <source>Repairing disk permissions...</source>
+        <translation>Rechte des Volumes werden repariert...</translation>
+    </message>
+    <message>
+        <source>Rebuilding system cache...</source>
+        <translation>System-Cache wird neu erstellt...</translation>
+    </message>
+    <message>
+        <source>Architecture x86_64 not found in mkext.</source>
+        <translation>Architektur x86_64 nicht im Mkext gefunden.</translation>
+    </message>
+    <message>
+        <source>Architecture i386 not found in mkext.</source>
+        <translation>Architektur i386 nicht im Mkext gefunden.</translation>
+    </message>
+    <message>
+        <source>Architecture ppc not found in mkext.</source>
+        <translation>Architektur ppc nicht im Mkext gefunden.</translation>
+    </message>
+    <message>
+        <source>Architecture ppc64 not found in mkext.</source>
+        <translation>Architektur ppc64 nicht im Mkext gefunden.</translation>
+    </message>
+</context>
+<context>
+    <name>LoadedPage</name>
+    <message>
+        <source>Filter:</source>
+        <translation>Filter:</translation>
+    </message>
+    <message>
+        <source>Part of a bundle identifier</source>
+        <translation>Teil einer Bundle-Kennung</translation>
+    </message>
+    <message>
+        <source>Found: 0</source>
+        <translation>Gefunden: 0</translation>
+    </message>
+    <message>
+        <source>Kext:</source>
+        <translation>Kext:</translation>
+    </message>
+    <message>
+        <source>Path:</source>
+        <translation>Pfad:</translation>
+    </message>
+    <message>
+        <source>Code:</source>
+        <translation>Code:</translation>
+    </message>
+    <message>
+        <source>x86_64</source>
+        <translation>x86_64</translation>
+    </message>
+    <message>
+        <source>i386</source>
+        <translation>i386</translation>
+    </message>
+    <message>
+        <source>Show or hide the details</source>
+        <translation>Details ein- oder ausblenden</translation>
+    </message>
+    <message>
+        <source>Reveal</source>
+        <translation>Zeigen</translation>
+    </message>
+    <message>
+        <source>Reload</source>
+        <translation>Neu laden</translation>
+    </message>
+    <message>
+        <source>Unload</source>
+        <translation>Entladen</translation>
+    </message>
+</context>
+<context>
+    <name>LoadedPageController</name>
+    <message>
+        <source>Unknown kext</source>
+        <translation>Unbekannte Kext</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <source>KextKeeper</source>
+        <translation>KextKeeper</translation>
+    </message>
+    <message>
+        <source>&amp;File</source>
+        <translation>&amp;Datei</translation>
+    </message>
+    <message>
+        <source>&amp;Go</source>
+        <translation>&amp;Gehe zu</translation>
+    </message>
+    <message>
+        <source>&amp;Extra</source>
+        <translation>&amp;Extra</translation>
+    </message>
+    <message>
+        <source>Extra Version</source>
+        <translation>Extra-Version</translation>
+    </message>
+    <message>
+        <source>&amp;Options</source>
+        <translation>&amp;Optionen</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>Toolbar</source>
+        <translation>Symbolleiste</translation>
+    </message>
+    <message>
+        <source>Maintenance</source>
+        <translation>Wartung</translation>
+    </message>
+    <message>
+        <source>Installation</source>
+        <translation>Installation</translation>
+    </message>
+    <message>
+        <source>Unpacking</source>
+        <translation>Entpacken</translation>
+    </message>
+    <message>
+        <source>Checking</source>
+        <translation>Prüfen</translation>
+    </message>
+    <message>
+        <source>Loaded Kexts</source>
+        <translation>Geladene Kexts</translation>
+    </message>
+    <message>
+        <source>Save System Report…</source>
+        <translation>Systembericht sichern…</translation>
+    </message>
+    <message>
+        <source>Ctrl+S</source>
+        <translation>Ctrl+S</translation>
+    </message>
+    <message>
+        <source>Quit</source>
+        <translation>Beenden</translation>
+    </message>
+    <message>
+        <source>Ctrl+Q</source>
+        <translation>Ctrl+Q</translation>
+    </message>
+    <message>
+        <source>Ctrl+1</source>
+        <translation>Ctrl+1</translation>
+    </message>
+    <message>
+        <source>Ctrl+2</source>
+        <translation>Ctrl+2</translation>
+    </message>
+    <message>
+        <source>Ctrl+3</source>
+        <translation>Ctrl+3</translation>
+    </message>
+    <message>
+        <source>Ctrl+4</source>
+        <translation>Ctrl+4</translation>
+    </message>
+    <message>
+        <source>Ctrl+5</source>
+        <translation>Ctrl+5</translation>
+    </message>
+    <message>
+        <source>Customize Toolbar…</source>
+        <translation>Symbolleiste anpassen…</translation>
+    </message>
+    <message>
+        <source>Move Extensions into KextStore…</source>
+        <translation>Extensions in KextStore verschieben…</translation>
+    </message>
+    <message>
+        <source>Move KextStore back to Extensions…</source>
+        <translation>KextStore zurück nach Extensions verschieben…</translation>
+    </message>
+    <message>
+        <source>Show Extra Folder</source>
+        <translation>Extra-Ordner einblenden</translation>
+    </message>
+    <message>
+        <source>Hide Extra Folder</source>
+        <translation>Extra-Ordner ausblenden</translation>
+    </message>
+    <message>
+        <source>Version Independent</source>
+        <translation>Versionsunabhängig</translation>
+    </message>
+    <message>
+        <source>10.4</source>
+        <translation>10.4</translation>
+    </message>
+    <message>
+        <source>10.5</source>
+        <translation>10.5</translation>
+    </message>
+    <message>
+        <source>10.6</source>
+        <translation>10.6</translation>
+    </message>
+    <message>
+        <source>10.7</source>
+        <translation>10.7</translation>
+    </message>
+    <message>
+        <source>Prelink Kernel</source>
+        <translation>Kernel vorverknüpfen</translation>
+    </message>
+    <message>
+        <source>Check for Updates at Start-up</source>
+        <translation>Beim Start nach Aktualisierungen suchen</translation>
+    </message>
+    <message>
+        <source>About KextKeeper</source>
+        <translation>Über KextKeeper</translation>
+    </message>
+    <message>
+        <source>Donate…</source>
+        <translation>Spenden…</translation>
+    </message>
+    <message>
+        <source>KextKeeper %1
+Installs, repairs and inspects kernel extensions for a boot loader&apos;s Extra folder.
+
+Free software under the GNU General Public License, version 3 or (at your option) any later version (GPL-3.0-or-later).</source>
+        <translation>KextKeeper %1
+Installiert, repariert und untersucht Kernel-Erweiterungen für den Extra-Ordner eines Bootloaders.
+
+Freie Software unter der GNU General Public License, Version 3 oder (nach Ihrer Wahl) jeder späteren Version (GPL-3.0-or-later).</translation>
+    </message>
+</context>
+<context>
+    <name>MaintenancePage</name>
+    <message>
+        <source>Volume:</source>
+        <translation>Volume:</translation>
+    </message>
+    <message>
+        <source>The volume whose kext folders are repaired and rebuilt</source>
+        <translation>Das Volume, dessen Kext-Ordner repariert und neu erstellt werden</translation>
+    </message>
+    <message>
+        <source>Boot loader&apos;s Extra folder</source>
+        <translation>Extra-Ordner des Bootloaders</translation>
+    </message>
+    <message>
+        <source>Maintain the Extra folder</source>
+        <translation>Den Extra-Ordner warten</translation>
+    </message>
+    <message>
+        <source>Repair permissions of Extensions and KextStore</source>
+        <translation>Rechte von Extensions und KextStore reparieren</translation>
+    </message>
+    <message>
+        <source>Rebuild Extensions.mkext</source>
+        <translation>Extensions.mkext neu erstellen</translation>
+    </message>
+    <message>
+        <source>System/Library/Extensions</source>
+        <translation>System/Library/Extensions</translation>
+    </message>
+    <message>
+        <source>Maintain the system&apos;s kext folder</source>
+        <translation>Den Kext-Ordner des Systems warten</translation>
+    </message>
+    <message>
+        <source>Repair permissions of S/L/E and the disk</source>
+        <translation>Rechte von S/L/E und des Volumes reparieren</translation>
+    </message>
+    <message>
+        <source>Rebuild the system&apos;s kext caches</source>
+        <translation>Die Kext-Caches des Systems neu erstellen</translation>
+    </message>
+    <message>
+        <source>Start</source>
+        <translation>Starten</translation>
+    </message>
+</context>
+<context>
+    <name>MkextBuilderNotice</name>
+    <message>
+        <source>%1 is missing: the built-in mkext builder is used instead.</source>
+        <translation>%1 fehlt: stattdessen wird der eingebaute Mkext-Ersteller verwendet.</translation>
+    </message>
+</context>
+<context>
+    <name>ToolbarCustomizeDialog</name>
+    <message>
+        <source>Customize Toolbar</source>
+        <translation>Symbolleiste anpassen</translation>
+    </message>
+    <message>
+        <source>Show these items</source>
+        <translation>Diese Elemente zeigen</translation>
+    </message>
+    <message>
+        <source>Icon and Text</source>
+        <translation>Symbol und Text</translation>
+    </message>
+    <message>
+        <source>Icon Only</source>
+        <translation>Nur Symbol</translation>
+    </message>
+    <message>
+        <source>Text Only</source>
+        <translation>Nur Text</translation>
+    </message>
+    <message>
+        <source>Show:</source>
+        <translation>Zeigen:</translation>
+    </message>
+</context>
+<context>
+    <name>TovrelAppDelegate</name>
+    <message>
+        <source>KextKeeper %1 is available. You can download it from %2</source>
+        <translation>KextKeeper %1 ist verfügbar. Sie können es von %2 laden</translation>
+    </message>
+</context>
+<context>
+    <name>UnpackController</name>
+    <message>
+        <source>%1 is missing: the built-in mkext reader is used instead.</source>
+        <translation>%1 fehlt: stattdessen wird der eingebaute Mkext-Leser verwendet.</translation>
+    </message>
+</context>
+<context>
+    <name>UnpackPage</name>
+    <message>
+        <source>Mkext archive</source>
+        <translation>Mkext-Archiv</translation>
+    </message>
+    <message>
+        <source>Archive:</source>
+        <translation>Archiv:</translation>
+    </message>
+    <message>
+        <source>No archive chosen</source>
+        <translation>Kein Archiv ausgewählt</translation>
+    </message>
+    <message>
+        <source>Choose…</source>
+        <translation>Auswählen…</translation>
+    </message>
+    <message>
+        <source>Unpack</source>
+        <translation>Entpacken</translation>
+    </message>
+    <message>
+        <source>Architecture:</source>
+        <translation>Architektur:</translation>
+    </message>
+    <message>
+        <source>Unpack into:</source>
+        <translation>Entpacken nach:</translation>
+    </message>
+</context>
+</TS>
