@@ -1,5 +1,6 @@
 #include "InstallPage.h"
 
+#include "RadioTabStop.h"
 #include "ui_InstallPage.h"
 
 #include <QHeaderView>
@@ -14,6 +15,7 @@ InstallPage::InstallPage(QWidget *parent)
     connect(m_ui->inExtra, &QRadioButton::clicked, this, &InstallPage::EEnableDiskSel);
     connect(m_ui->inSLE, &QRadioButton::clicked, this, &InstallPage::SLEEnableDiskSel);
     connect(m_ui->inDesktop, &QRadioButton::clicked, this, &InstallPage::MkextDisableDiskSel);
+    new RadioTabStop({m_ui->inExtra, m_ui->inSLE, m_ui->inDesktop}, this);
 }
 
 InstallPage::~InstallPage() = default;

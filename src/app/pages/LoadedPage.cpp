@@ -36,6 +36,14 @@ LoadedPage::LoadedPage(QWidget *parent)
     connect(m_ui->bReload, &QPushButton::clicked, this, &LoadedPage::reloadClicked);
     connect(m_ui->bReveal, &QPushButton::clicked, this, &LoadedPage::revealClicked);
     connect(m_ui->buttonslide, &QToolButton::clicked, this, &LoadedPage::paneToggled);
+    // A disclosure arrow: it points at the details when they are shut, down when open.
+    const auto pointArrow = [this](bool collapsed) {
+        m_ui->buttonslide->setArrowType(collapsed ? Qt::RightArrow : Qt::DownArrow);
+        m_ui->buttonslide->setAccessibleDescription(collapsed ? tr("The details are hidden")
+                                                              : tr("The details are shown"));
+    };
+    connect(m_ui->buttonslide, &QToolButton::toggled, this, pointArrow);
+    pointArrow(m_ui->buttonslide->isChecked());
 }
 
 LoadedPage::~LoadedPage() = default;
