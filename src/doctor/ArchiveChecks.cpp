@@ -3,6 +3,7 @@
 #include "doctor/KernelFacts.h"
 #include "mkext/MkextArchive.h"
 #include "mkext/MkextBuiltinTool.h"
+#include "plist/RegularFile.h"
 
 #include <QFile>
 #include <QSet>
@@ -115,12 +116,12 @@ void extraMkext(const DoctorScan &scan, DoctorFindings &findings) {
                 .arg(off(*archiveTime, *extensionsTime + 1)));
         return;
     }
-    QFile file(mkext);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > MkextBuiltinTool::MaxFileSize) {
-        add(Severity::Error, QStringLiteral("can't be read"));
+    const RegularFile::Read read = RegularFile::read(mkext, MkextBuiltinTool::MaxFileSize);
+    if (!read.bytes) {
+        add(Severity::Error, QStringLiteral("can't be read: it ") + read.error);
         return;
     }
-    const QByteArray bytes = file.readAll();
+    const QByteArray &bytes = *read.bytes;
     const Place source = extensionsTime ? Place::ExtraExtensions : Place::KextStore;
     QStringList architectures = KernelFacts(scan.systemVersion).architectures();
     if (architectures.isEmpty())

@@ -1,5 +1,8 @@
 #include "mkext/KextCollector.h"
 
+#include "plist/PlistFile.h"
+#include "plist/RegularFile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -10,26 +13,23 @@ namespace {
 
 // Plug-ins of plug-ins exist; deeper nesting only happens through link loops.
 constexpr int MaxPlugInDepth = 4;
-constexpr qint64 MaxInfoPlistSize = qint64(16) << 20;
 
-std::shared_ptr<void> readInfo(const QString &bundle) {
+struct Info {
+    std::shared_ptr<void> tree;
+    QString refusal; // why a file that is there was not read
+};
+
+Info readInfo(const QString &bundle) {
     for (const QString &candidate : {bundle + QStringLiteral("/Contents/Info.plist"),
                                      bundle + QStringLiteral("/Info.plist")}) {
-        QFile file(candidate);
-        if (!file.open(QIODevice::ReadOnly))
+        if (!QFileInfo::exists(candidate))
             continue;
-        // Read by the file's own size: asking for the cap would allocate it every time.
-        if (file.size() > MaxInfoPlistSize)
-            return nullptr;
-        const QByteArray bytes = file.readAll();
-        plist_t root = nullptr;
-        plist_from_memory(bytes.constData(), uint32_t(bytes.size()), &root);
-        if (root && plist_get_node_type(root) == PLIST_DICT)
-            return std::shared_ptr<void>(root, plist_free);
-        plist_free(root);
-        return nullptr;
+        PlistFile::Tree read = PlistFile::readDictionaryTree(candidate);
+        if (!read.tree)
+            return {nullptr, read.refusal};
+        return {std::shared_ptr<void>(read.tree.release(), plist_free), QString()};
     }
-    return nullptr;
+    return {};
 }
 
 std::optional<QString> executableName(plist_t info) {
@@ -59,8 +59,11 @@ public:
         const QString bundle = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
         KextSource kext;
         kext.bundlePath = bundle;
-        kext.info = readInfo(bundle);
-        if (!kext.info) {
+        const Info info = readInfo(bundle);
+        kext.info = info.tree;
+        if (!info.refusal.isEmpty()) {
+            omit(bundle, QStringLiteral("has an Info.plist that ") + info.refusal);
+        } else if (!kext.info) {
             omit(bundle, QStringLiteral("has no readable Info.plist"));
         } else if (loadExecutable(kext)) {
             m_result.kexts.append(kext);
@@ -78,18 +81,22 @@ private:
             omit(kext.bundlePath, QStringLiteral("names an invalid executable"));
             return false;
         }
-        QFile file(kext.bundlePath + QStringLiteral("/Contents/MacOS/") + *name);
-        if (!file.exists())
-            file.setFileName(kext.bundlePath + QLatin1Char('/') + *name);
-        if (!file.open(QIODevice::ReadOnly)) {
+        QString path = kext.bundlePath + QStringLiteral("/Contents/MacOS/") + *name;
+        if (!QFileInfo::exists(path))
+            path = kext.bundlePath + QLatin1Char('/') + *name;
+        if (!QFileInfo::exists(path)) {
             omit(kext.bundlePath, QStringLiteral("lacks its executable"));
             return false;
         }
-        if (file.size() > m_maxExecutableSize) {
-            omit(kext.bundlePath, QStringLiteral("has an executable too large for an mkext"));
+        const QString refusal = RegularFile::refusal(path, m_maxExecutableSize);
+        if (!refusal.isEmpty()) {
+            omit(kext.bundlePath, refusal.startsWith(QLatin1String("is larger"))
+                                      ? QStringLiteral("has an executable too large for an mkext")
+                                      : QStringLiteral("has an executable that ") + refusal);
             return false;
         }
-        kext.executablePath = file.fileName();
+        kext.executablePath = path;
+        kext.maxExecutableSize = m_maxExecutableSize;
         kext.hasExecutable = true;
         return true;
     }
@@ -107,13 +114,8 @@ private:
 std::optional<QByteArray> KextSource::loadExecutable() const {
     if (!executable.isNull())
         return executable;
-    QFile file(executablePath);
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        return std::nullopt;
-    return bytes;
+    // Looked at again: the file may have been swapped for a pipe since it was collected.
+    return RegularFile::read(executablePath, maxExecutableSize).bytes;
 }
 
 KextCollector::Result KextCollector::collect(const QString &path, qsizetype maxExecutableSize) {

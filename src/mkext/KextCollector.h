@@ -17,6 +17,7 @@ struct KextSource {
     bool hasExecutable = false;
     QString executablePath;
     QByteArray executable; // when set, used instead of reading executablePath
+    qint64 maxExecutableSize = qint64(256) << 20;
 
     // The executable's bytes; absent when the file can no longer be read.
     std::optional<QByteArray> loadExecutable() const;

@@ -6,7 +6,9 @@
 #include "mkext/MkextUnpacker.h"
 #include "mkext/MkextWriter.h"
 
+#include "plist/RegularFile.h"
 #include <QDateTime>
+
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -25,16 +27,16 @@ MkextToolOutput failure(const QString &line) {
 }
 
 std::optional<QByteArray> readArchive(const QString &path, MkextToolOutput &output) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    const RegularFile::Read read = RegularFile::read(path, MkextBuiltinTool::MaxFileSize);
+    if (read.bytes)
+        return read.bytes;
+    if (!QFileInfo::exists(path) || read.error.startsWith(QLatin1String("cannot")))
         output = failure(QStringLiteral("Can't open file %1.").arg(path));
-        return std::nullopt;
-    }
-    if (file.size() > MkextBuiltinTool::MaxFileSize) {
+    else if (read.error.startsWith(QLatin1String("is larger")))
         output = failure(QStringLiteral("Mkext file %1 is too large.").arg(path));
-        return std::nullopt;
-    }
-    return file.readAll();
+    else
+        output = failure(QStringLiteral("Mkext file %1 %2.").arg(path, read.error));
+    return std::nullopt;
 }
 
 MkextListedKext listed(const MkextArchive::Kext &kext) {

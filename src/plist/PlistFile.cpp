@@ -1,14 +1,30 @@
 #include "plist/PlistFile.h"
 
+#include "plist/PlistDepth.h"
+#include "plist/RegularFile.h"
+
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <cstdlib>
 
 std::unique_ptr<PList::Dictionary> PlistFile::readDictionary(const QString &path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    PlistPtr tree = readDictionaryTree(path).tree;
+    if (!tree)
         return nullptr;
-    return parseDictionary(file.readAll());
+    // The C++ wrapper takes ownership of the node tree.
+    return std::make_unique<PList::Dictionary>(tree.release());
+}
+
+PlistFile::Tree PlistFile::readDictionaryTree(const QString &path) {
+    const RegularFile::Read read = RegularFile::read(path, maxFileSize);
+    if (!read.bytes) {
+        const bool missing = !QFileInfo::exists(path);
+        return {nullptr, missing ? QString() : read.error};
+    }
+    if (!PlistDepth::acceptable(*read.bytes))
+        return {nullptr, QStringLiteral("is nested too deeply")};
+    return {parseDictionaryTree(*read.bytes), QString()};
 }
 
 std::unique_ptr<PList::Dictionary> PlistFile::parseDictionary(const QByteArray &bytes) {
@@ -20,7 +36,7 @@ std::unique_ptr<PList::Dictionary> PlistFile::parseDictionary(const QByteArray &
 }
 
 PlistPtr PlistFile::parseDictionaryTree(const QByteArray &bytes) {
-    if (bytes.isEmpty() || bytes.size() > 0x7fffffff)
+    if (bytes.isEmpty() || bytes.size() > 0x7fffffff || !PlistDepth::acceptable(bytes))
         return nullptr;
     plist_t root = nullptr;
     plist_from_memory(bytes.constData(), uint32_t(bytes.size()), &root);

@@ -11,9 +11,20 @@
 
 // Thin helpers over libplist++: read a property list file (XML or binary) as a
 // dictionary, fetch typed values, and write a dictionary back atomically so that a
-// crash never leaves half a settings file behind.
+// crash never leaves half a settings file behind. Files are read only when regular and
+// no larger than maxFileSize, and bytes reach libplist only when nested no deeper than
+// any real property list (PlistDepth).
 class PlistFile {
 public:
+    static constexpr qint64 maxFileSize = 8 << 20;
+
+    struct Tree {
+        PlistPtr tree;
+        QString refusal; // set when the file was refused rather than merely unreadable:
+                         // "is not a regular file", "is nested too deeply", ...
+    };
+    static Tree readDictionaryTree(const QString &path);
+
     // nullptr when the file is missing, unreadable, malformed or not a dictionary.
     static std::unique_ptr<PList::Dictionary> readDictionary(const QString &path);
     static std::unique_ptr<PList::Dictionary> parseDictionary(const QByteArray &bytes);

@@ -12,14 +12,17 @@ class RegularFile {
 public:
     struct Read {
         std::optional<QByteArray> bytes; // absent when refused
-        QString error;                   // why, as a sentence naming the file
+        QString error;                   // why, to follow the file's name: "is not a regular file"
     };
 
     // The whole file; refused when it holds more than maxSize bytes.
     static Read read(const QString &path, qint64 maxSize);
+    // Why the file would be refused by read(); "" when it would not.
+    static QString refusal(const QString &path, qint64 maxSize);
     // At most the first count bytes.
     static Read head(const QString &path, qint64 count);
 
 private:
-    static Read readUpTo(const QString &path, qint64 limit, bool wholeOrNothing);
+    static Read readUpTo(const QString &path, qint64 limit, bool wholeOrNothing,
+                         bool readBytes = true);
 };

@@ -1,5 +1,6 @@
 #include "sandbox/LoadedKextState.h"
 
+#include "plist/RegularFile.h"
 #include "sandbox/SandboxCatalog.h"
 
 #include <QFile>
@@ -39,10 +40,10 @@ QString LoadedKextState::filePath() const {
 
 QList<LoadedKext> LoadedKextState::read() const {
     QList<LoadedKext> kexts;
-    QFile file(filePath());
-    if (!file.open(QIODevice::ReadOnly))
+    const RegularFile::Read read = RegularFile::read(filePath(), 64 << 20);
+    if (!read.bytes)
         return kexts;
-    const QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+    const QStringList lines = QString::fromUtf8(*read.bytes).split(QLatin1Char('\n'));
     for (const QString &line : lines) {
         const QStringList f = line.split(QLatin1Char('\t'));
         if (f.size() != 7)

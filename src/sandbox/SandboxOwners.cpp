@@ -1,5 +1,7 @@
 #include "sandbox/SandboxOwners.h"
 
+#include "plist/RegularFile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -19,10 +21,11 @@ std::optional<uint> id(const QString &text, const char *rootName) {
 
 SandboxOwners::SandboxOwners(const QString &root)
     : m_root(root), m_canonicalRoot(QFileInfo(root).canonicalFilePath()) {
-    QFile file(recordPath(root));
-    if (!file.open(QIODevice::ReadOnly))
+    // The sandbox's own record, but a stand-in tool must not hang on it either.
+    const RegularFile::Read read = RegularFile::read(recordPath(root), 64 << 20);
+    if (!read.bytes)
         return;
-    const QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+    const QStringList lines = QString::fromUtf8(*read.bytes).split(QLatin1Char('\n'));
     for (const QString &line : lines) {
         const QString owner = line.section(QLatin1Char('\t'), 0, 0);
         const QString path = line.section(QLatin1Char('\t'), 1);
