@@ -1,6 +1,6 @@
 #include "plist/PlistFile.h"
 
-#include "plist/PlistDepth.h"
+#include "plist/PlistPrecheck.h"
 #include "plist/RegularFile.h"
 
 #include <QFile>
@@ -22,8 +22,9 @@ PlistFile::Tree PlistFile::readDictionaryTree(const QString &path) {
         const bool missing = !QFileInfo::exists(path);
         return {nullptr, missing ? QString() : read.error};
     }
-    if (!PlistDepth::acceptable(*read.bytes))
-        return {nullptr, QStringLiteral("is nested too deeply")};
+    const QString problem = PlistPrecheck::problem(*read.bytes);
+    if (!problem.isEmpty())
+        return {nullptr, problem};
     return {parseDictionaryTree(*read.bytes), QString()};
 }
 
@@ -36,7 +37,7 @@ std::unique_ptr<PList::Dictionary> PlistFile::parseDictionary(const QByteArray &
 }
 
 PlistPtr PlistFile::parseDictionaryTree(const QByteArray &bytes) {
-    if (bytes.isEmpty() || bytes.size() > 0x7fffffff || !PlistDepth::acceptable(bytes))
+    if (bytes.isEmpty() || bytes.size() > 0x7fffffff || !PlistPrecheck::acceptable(bytes))
         return nullptr;
     plist_t root = nullptr;
     plist_from_memory(bytes.constData(), uint32_t(bytes.size()), &root);

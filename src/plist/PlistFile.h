@@ -12,8 +12,8 @@
 // Thin helpers over libplist++: read a property list file (XML or binary) as a
 // dictionary, fetch typed values, and write a dictionary back atomically so that a
 // crash never leaves half a settings file behind. Files are read only when regular and
-// no larger than maxFileSize, and bytes reach libplist only when nested no deeper than
-// any real property list (PlistDepth).
+// no larger than maxFileSize, and bytes reach libplist only when PlistPrecheck finds them
+// safe for it (nesting no deeper than any real property list, no NUL in a string).
 class PlistFile {
 public:
     static constexpr qint64 maxFileSize = 8 << 20;

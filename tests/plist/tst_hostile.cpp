@@ -1,5 +1,5 @@
 #include "CliRun.h"
-#include "plist/PlistDepth.h"
+#include "plist/PlistPrecheck.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -65,7 +65,7 @@ class TestHostile : public QObject {
     CliRun run(const QStringList &args) const { return runKextKeeper(m_root, m_home, args); }
 
 private slots:
-    void depthOfLists_data() {
+    void precheck_data() {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<bool>("acceptable");
         // <plist> and <dict> hold the arrays.
@@ -80,12 +80,15 @@ private slots:
         QTest::newRow("binary cycle") << binaryArrays(3, 1, true) << false;
         QTest::newRow("binary shared 2^40 times") << binaryArrays(40, 2, false) << false;
         QTest::newRow("binary table past the end") << binaryArrays(3, 1, false).chopped(1) << false;
+        // libplist stops the program on an assertion when it reads such a string.
+        QTest::newRow("XML NUL byte")
+            << QByteArray("<plist><string>a\0b</string></plist>", 35) << false;
     }
 
-    void depthOfLists() {
+    void precheck() {
         QFETCH(QByteArray, bytes);
         QFETCH(bool, acceptable);
-        QCOMPARE(PlistDepth::acceptable(bytes), acceptable);
+        QCOMPARE(PlistPrecheck::acceptable(bytes), acceptable);
     }
 
     void tasksEndOverHostileFiles() {
@@ -96,6 +99,10 @@ private slots:
         const QString extra = sandbox("Extra/Extensions/");
         write(sandbox("System/Library/Extensions/Deep.kext/Contents/Info.plist"),
               nestedArrays(200000));
+        write(sandbox("System/Library/Extensions/Nul.kext/Contents/Info.plist"),
+              QByteArray("<plist><dict><key>CFBundleIdentifier</key><string>a\0b</string></dict>"
+                         "</plist>",
+                         77));
         fifo(extra + "Pipe.kext/Contents/Info.plist");
         QDir().mkpath(extra + "Zero.kext/Contents");
         QVERIFY(QFile::link("/dev/zero", extra + "Zero.kext/Contents/Info.plist"));

@@ -1,4 +1,4 @@
-#include "plist/PlistDepth.h"
+#include "plist/PlistPrecheck.h"
 
 #include <cstring>
 #include <vector>
@@ -53,7 +53,8 @@ public:
             return {false};
         const uchar marker = m_data[at];
         const int type = marker >> 4;
-        if (type != 0xA && type != 0xC && type != 0xD)
+        const bool text = type == 0x5 || type == 0x6; // ASCII, UTF-16
+        if (type != 0xA && type != 0xC && type != 0xD && !text)
             return {};
         quint64 length = marker & 0x0f;
         quint64 first = at + 1;
@@ -66,10 +67,25 @@ public:
             length = bigEndian(m_data + first + 1, size);
             first += 1 + size;
         }
+        if (text)
+            return {!holdsNul(first, length, type == 0x6 ? 2 : 1)};
         const quint64 refs = type == 0xD ? length * 2 : length;
         if (length > m_table || refs > (m_table - first) / m_refSize)
             return {false};
         return {true, first, refs};
+    }
+
+    // A string of `length` units of `unit` bytes with an all-zero unit, or one that does
+    // not fit before the offset table.
+    bool holdsNul(quint64 first, quint64 length, int unit) const {
+        if (length > (m_table - first) / unit)
+            return true;
+        for (quint64 i = 0; i < length; ++i) {
+            const uchar *p = m_data + first + i * unit;
+            if (p[0] == 0 && (unit == 1 || p[1] == 0))
+                return true;
+        }
+        return false;
     }
 
     quint64 reference(const Children &children, quint64 index) const {
@@ -88,13 +104,18 @@ private:
 
 } // namespace
 
-bool PlistDepth::acceptable(const QByteArray &bytes) {
+QString PlistPrecheck::problem(const QByteArray &bytes) {
     if (bytes.startsWith("bplist"))
-        return binaryWithin(bytes);
-    return xmlWithin(bytes);
+        return binaryWithin(bytes)
+                   ? QString()
+                   : QStringLiteral("is not a binary property list that can be read safely");
+    // libplist turns down "&#0;" itself, but takes a NUL byte into the string.
+    if (bytes.contains('\0'))
+        return QStringLiteral("holds a NUL character");
+    return xmlWithin(bytes) ? QString() : QStringLiteral("is nested too deeply");
 }
 
-bool PlistDepth::xmlWithin(const QByteArray &bytes) {
+bool PlistPrecheck::xmlWithin(const QByteArray &bytes) {
     int depth = 0;
     qsizetype at = 0;
     while ((at = bytes.indexOf('<', at)) >= 0) {
@@ -135,7 +156,7 @@ bool PlistDepth::xmlWithin(const QByteArray &bytes) {
     return true;
 }
 
-bool PlistDepth::binaryWithin(const QByteArray &bytes) {
+bool PlistPrecheck::binaryWithin(const QByteArray &bytes) {
     BinaryList list(bytes);
     if (!list.readTrailer())
         return false;
