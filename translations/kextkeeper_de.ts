@@ -4,16 +4,16 @@
 <context>
     <name>CheckPage</name>
     <message>
-        <source>Kext:</source>
-        <translation>Kext:</translation>
+        <source>&amp;Kext:</source>
+        <translation>&amp;Kext:</translation>
     </message>
     <message>
         <source>Choose a kext or drop one on the window</source>
         <translation>Wählen Sie eine Kext oder ziehen Sie eine auf das Fenster</translation>
     </message>
     <message>
-        <source>Choose…</source>
-        <translation>Auswählen…</translation>
+        <source>&amp;Choose…</source>
+        <translation>&amp;Auswählen…</translation>
     </message>
     <message>
         <source>Architectures</source>
@@ -40,16 +40,16 @@
         <translation>Abhängigkeiten</translation>
     </message>
     <message>
-        <source>List dependencies after each check</source>
-        <translation>Abhängigkeiten nach jeder Prüfung auflisten</translation>
+        <source>&amp;List dependencies after each check</source>
+        <translation>&amp;Abhängigkeiten nach jeder Prüfung auflisten</translation>
     </message>
     <message>
-        <source>List Dependencies</source>
-        <translation>Abhängigkeiten auflisten</translation>
+        <source>List &amp;Dependencies</source>
+        <translation>&amp;Abhängigkeiten auflisten</translation>
     </message>
     <message>
-        <source>Test Load</source>
-        <translation>Probeweise laden</translation>
+        <source>&amp;Test Load</source>
+        <translation>&amp;Probeweise laden</translation>
     </message>
 </context>
 <context>
@@ -74,12 +74,12 @@
         <translation>Zu installierende Kexts</translation>
     </message>
     <message>
-        <source>Add…</source>
-        <translation>Hinzufügen…</translation>
+        <source>&amp;Add…</source>
+        <translation>&amp;Hinzufügen…</translation>
     </message>
     <message>
-        <source>Remove</source>
-        <translation>Entfernen</translation>
+        <source>&amp;Remove</source>
+        <translation>&amp;Entfernen</translation>
     </message>
     <message>
         <source>Removes the selected kexts, or all of them when none is selected</source>
@@ -90,32 +90,32 @@
         <translation>Ziel</translation>
     </message>
     <message>
-        <source>Volume:</source>
-        <translation>Volume:</translation>
+        <source>&amp;Volume:</source>
+        <translation>&amp;Volume:</translation>
     </message>
     <message>
         <source>Install into:</source>
         <translation>Installieren in:</translation>
     </message>
     <message>
-        <source>Extra folder (Extensions or KextStore)</source>
-        <translation>Extra-Ordner (Extensions oder KextStore)</translation>
+        <source>E&amp;xtra folder (Extensions or KextStore)</source>
+        <translation>&amp;Extra-Ordner (Extensions oder KextStore)</translation>
     </message>
     <message>
-        <source>System/Library/Extensions</source>
-        <translation>System/Library/Extensions</translation>
+        <source>&amp;System/Library/Extensions</source>
+        <translation>&amp;System/Library/Extensions</translation>
     </message>
     <message>
-        <source>A new Extensions.mkext on the desktop</source>
-        <translation>Eine neue Extensions.mkext auf dem Schreibtisch</translation>
+        <source>A new Extensions.mkext on the des&amp;ktop</source>
+        <translation>&amp;Eine neue Extensions.mkext auf dem Schreibtisch</translation>
     </message>
     <message>
-        <source>Back up kexts that will be replaced</source>
-        <translation>Kexts sichern, die ersetzt werden</translation>
+        <source>&amp;Back up kexts that will be replaced</source>
+        <translation>&amp;Kexts sichern, die ersetzt werden</translation>
     </message>
     <message>
-        <source>Install</source>
-        <translation>Installieren</translation>
+        <source>&amp;Install</source>
+        <translation>&amp;Installieren</translation>
     </message>
 </context>
 <context>
@@ -352,8 +352,8 @@
 <context>
     <name>LoadedPage</name>
     <message>
-        <source>Filter:</source>
-        <translation>Filter:</translation>
+        <source>Fil&amp;ter:</source>
+        <translation>&amp;Filter:</translation>
     </message>
     <message>
         <source>Part of a bundle identifier</source>
@@ -368,8 +368,8 @@
         <translation>Kext:</translation>
     </message>
     <message>
-        <source>Path:</source>
-        <translation>Pfad:</translation>
+        <source>&amp;Path:</source>
+        <translation>&amp;Pfad:</translation>
     </message>
     <message>
         <source>Code:</source>
@@ -388,16 +388,16 @@
         <translation>Details ein- oder ausblenden</translation>
     </message>
     <message>
-        <source>Reveal</source>
-        <translation>Zeigen</translation>
+        <source>Re&amp;veal</source>
+        <translation>&amp;Zeigen</translation>
     </message>
     <message>
-        <source>Reload</source>
-        <translation>Neu laden</translation>
+        <source>&amp;Reload</source>
+        <translation>&amp;Neu laden</translation>
     </message>
     <message>
-        <source>Unload</source>
-        <translation>Entladen</translation>
+        <source>&amp;Unload</source>
+        <translation>&amp;Entladen</translation>
     </message>
 </context>
 <context>
@@ -567,8 +567,8 @@ Freie Software unter der GNU General Public License, Version 3 oder (nach Ihrer 
 <context>
     <name>MaintenancePage</name>
     <message>
-        <source>Volume:</source>
-        <translation>Volume:</translation>
+        <source>&amp;Volume:</source>
+        <translation>&amp;Volume:</translation>
     </message>
     <message>
         <source>The volume whose kext folders are repaired and rebuilt</source>
@@ -579,36 +579,36 @@ Freie Software unter der GNU General Public License, Version 3 oder (nach Ihrer 
         <translation>Extra-Ordner des Bootloaders</translation>
     </message>
     <message>
-        <source>Maintain the Extra folder</source>
-        <translation>Den Extra-Ordner warten</translation>
+        <source>Maintain the E&amp;xtra folder</source>
+        <translation>&amp;Den Extra-Ordner warten</translation>
     </message>
     <message>
-        <source>Repair permissions of Extensions and KextStore</source>
-        <translation>Rechte von Extensions und KextStore reparieren</translation>
+        <source>Re&amp;pair permissions of Extensions and KextStore</source>
+        <translation>&amp;Rechte von Extensions und KextStore reparieren</translation>
     </message>
     <message>
-        <source>Rebuild Extensions.mkext</source>
-        <translation>Extensions.mkext neu erstellen</translation>
+        <source>Re&amp;build Extensions.mkext</source>
+        <translation>&amp;Extensions.mkext neu erstellen</translation>
     </message>
     <message>
         <source>System/Library/Extensions</source>
         <translation>System/Library/Extensions</translation>
     </message>
     <message>
-        <source>Maintain the system&apos;s kext folder</source>
-        <translation>Den Kext-Ordner des Systems warten</translation>
+        <source>Maintain the s&amp;ystem&apos;s kext folder</source>
+        <translation>&amp;Den Kext-Ordner des Systems warten</translation>
     </message>
     <message>
-        <source>Repair permissions of S/L/E and the disk</source>
-        <translation>Rechte von S/L/E und des Volumes reparieren</translation>
+        <source>Repair permissions of S/L/E and the &amp;disk</source>
+        <translation>&amp;Rechte von S/L/E und des Volumes reparieren</translation>
     </message>
     <message>
-        <source>Rebuild the system&apos;s kext caches</source>
-        <translation>Die Kext-Caches des Systems neu erstellen</translation>
+        <source>Rebuild the system&apos;s kext &amp;caches</source>
+        <translation>&amp;Die Kext-Caches des Systems neu erstellen</translation>
     </message>
     <message>
-        <source>Start</source>
-        <translation>Starten</translation>
+        <source>&amp;Start</source>
+        <translation>&amp;Starten</translation>
     </message>
 </context>
 <context>
@@ -666,28 +666,32 @@ Freie Software unter der GNU General Public License, Version 3 oder (nach Ihrer 
         <translation>Mkext-Archiv</translation>
     </message>
     <message>
-        <source>Archive:</source>
-        <translation>Archiv:</translation>
+        <source>A&amp;rchive:</source>
+        <translation>&amp;Archiv:</translation>
     </message>
     <message>
         <source>No archive chosen</source>
         <translation>Kein Archiv ausgewählt</translation>
     </message>
     <message>
-        <source>Choose…</source>
-        <translation>Auswählen…</translation>
+        <source>&amp;Choose…</source>
+        <translation>&amp;Auswählen…</translation>
     </message>
     <message>
         <source>Unpack</source>
         <translation>Entpacken</translation>
     </message>
     <message>
-        <source>Architecture:</source>
-        <translation>Architektur:</translation>
+        <source>Archi&amp;tecture:</source>
+        <translation>&amp;Architektur:</translation>
     </message>
     <message>
-        <source>Unpack into:</source>
-        <translation>Entpacken nach:</translation>
+        <source>Unpack &amp;into:</source>
+        <translation>&amp;Entpacken nach:</translation>
+    </message>
+    <message>
+        <source>Choo&amp;se…</source>
+        <translation>Auswählen…</translation>
     </message>
 </context>
 </TS>

@@ -1,5 +1,7 @@
 #include "LoadedPageController.h"
 
+#include "SandboxOffer.h"
+
 #include "FileViewer.h"
 #include "MainWindow.h"
 #include "exec/AppServices.h"
@@ -23,6 +25,8 @@ LoadedPageController::LoadedPageController(MainWindow &window, AppServices &serv
     connect(page, &LoadedPage::reloadClicked, this, &LoadedPageController::bReload);
     connect(page, &LoadedPage::revealClicked, this, &LoadedPageController::Reveal);
     connect(page, &LoadedPage::paneToggled, this, &LoadedPageController::UpDown);
+    connect(page, &LoadedPage::offerClicked, this,
+            [this] { SandboxOffer(m_services.paths().home()).acceptFrom(m_window); });
 }
 
 void LoadedPageController::TI_Loaded() {
@@ -30,6 +34,12 @@ void LoadedPageController::TI_Loaded() {
     page->setPaneCollapsed(true);
     const QString kextstat = m_services.paths().system(QStringLiteral("/usr/sbin/kextstat"));
     m_list.refresh(m_services.iconAlert().ExecuteCmd(kextstat, {}).value_or(QString()));
+    // Without the tool the empty list would read as "nothing loaded".
+    const bool missing = !QFileInfo(kextstat).isFile();
+    page->showEmptyState(missing ? tr("kextstat is not available on this system.") : QString(),
+                         SandboxOffer::applies(m_services.paths())
+                             ? SandboxOffer(m_services.paths().home()).actionText()
+                             : QString());
     // Entering from another page closes the pane; on the page itself it keeps its size
     // although the toggle now reads "collapsed".
     if (m_window.currentPage() != PageLoaded)

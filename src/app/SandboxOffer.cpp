@@ -1,5 +1,7 @@
 #include "SandboxOffer.h"
 
+#include "AlertBox.h"
+
 #include "sandbox/SandboxBuilder.h"
 #include "volumes/SystemPaths.h"
 
@@ -7,6 +9,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
+#include <QWidget>
 
 SandboxOffer::SandboxOffer(const QString &home)
     : m_folder(home + QStringLiteral("/KextKeeper Sandbox")) {}
@@ -47,4 +50,12 @@ bool SandboxOffer::openOrCreate(QString &error) const {
         return false;
     }
     return true;
+}
+
+void SandboxOffer::acceptFrom(QWidget &window) const {
+    QString error;
+    if (openOrCreate(error))
+        window.close();
+    else
+        AlertBox::warn(&window, error);
 }

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+class QWidget;
 class SystemPaths;
 
 // On a host that is not a Mac the window finds no volume and no kextstat, so there is
@@ -21,6 +22,8 @@ public:
     // Makes the sandbox when missing, then starts this program on it. False with `error`
     // set when either failed.
     bool openOrCreate(QString &error) const;
+    // The button's action: opens it and closes `window`, or says what went wrong.
+    void acceptFrom(QWidget &window) const;
 
 private:
     QString m_folder;

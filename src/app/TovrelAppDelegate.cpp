@@ -3,6 +3,7 @@
 #include "AppSettings.h"
 #include "DonationProbe.h"
 #include "MainWindow.h"
+#include "SandboxOffer.h"
 #include "SystemImages.h"
 #include "ToolbarCustomizeDialog.h"
 #include "ToolbarIcons.h"
@@ -18,6 +19,7 @@
 
 #include <QAction>
 #include <QDesktopServices>
+#include <QDir>
 #include <QUrl>
 
 TovrelAppDelegate::TovrelAppDelegate(MainWindow &window, AppServices &services, QObject *parent)
@@ -70,6 +72,8 @@ void TovrelAppDelegate::connectActions() {
     connect(installPage(), &InstallPage::volumeChosen, this,
             [this] { DiskSelectorInstallation(installPage()); });
     connect(m_window.dropTarget(), &filesdrop::dropped, this, &TovrelAppDelegate::filesDragged);
+    connect(maintenancePage(), &MaintenancePage::offerClicked, this,
+            [this] { SandboxOffer(m_paths.home()).acceptFrom(m_window); });
 }
 
 // --- Page switching -------------------------------------------------------------------
@@ -213,6 +217,12 @@ void TovrelAppDelegate::fillVolumeLists() {
     });
     installPage()->setVolumes(volumes, started);
     maintenancePage()->setVolumes(volumes, started);
+    const SandboxOffer sandbox(m_paths.home());
+    maintenancePage()->showEmptyState(
+        volumes.isEmpty() ? tr("No volume with an Extra or System/Library folder was found in %1.")
+                                .arg(QDir::toNativeSeparators(volumesDir))
+                          : QString(),
+        SandboxOffer::applies(m_paths) ? sandbox.actionText() : QString());
 }
 
 // --- Drops ------------------------------------------------------------------------------

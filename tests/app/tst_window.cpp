@@ -13,6 +13,7 @@
 #include "exec/Tr.h"
 #include "filesdrop.h"
 #include "pages/LoadedPage.h"
+#include "pages/MaintenancePage.h"
 
 #include <QAbstractButton>
 #include <QAction>
@@ -162,6 +163,17 @@ private slots:
         }
         QCOMPARE(f.isRootAsked, asked);
         QCOMPARE(f.delegate->rp, f.paths.volumeRoot(selected));
+    }
+
+    void emptyMaintenancePageSaysWhy() {
+        WindowFixture f;
+        f.delegate->applicationDidFinishLaunching();
+        QCOMPARE(f.window->maintenancePage()->emptyReason(),
+                 "No volume with an Extra or System/Library folder was found in " +
+                     f.paths.volumesDir() + ".");
+        f.makeVolume(QStringLiteral("HD"), {QStringLiteral("System/Library")});
+        f.delegate->applicationDidFinishLaunching();
+        QCOMPARE(f.window->maintenancePage()->emptyReason(), QString());
     }
 
     void settingToggledTwice_data() {
@@ -719,7 +731,7 @@ private slots:
         });
         WindowFixture f;
         QCOMPARE(f.find<QTabWidget>("TBV")->tabText(0), QStringLiteral("Wartung"));
-        QCOMPARE(f.find<QAbstractButton>("bMainButton")->text(), QStringLiteral("Starten"));
+        QCOMPARE(f.find<QAbstractButton>("bMainButton")->text(), QStringLiteral("&Starten"));
         QCOMPARE(kkTr("Selected tasks were finished."),
                  QStringLiteral("Die ausgewählten Aufgaben wurden erledigt."));
     }

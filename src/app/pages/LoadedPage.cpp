@@ -1,6 +1,9 @@
 #include "LoadedPage.h"
 
+#include "EmptyState.h"
 #include "ui_LoadedPage.h"
+
+#include <QBoxLayout>
 
 #include <QHeaderView>
 #include <QPropertyAnimation>
@@ -10,6 +13,9 @@ LoadedPage::LoadedPage(QWidget *parent)
     : QWidget(parent), m_ui(std::make_unique<Ui::LoadedPage>()),
       m_model(new QStringListModel(this)), m_animation(new QPropertyAnimation(this)) {
     m_ui->setupUi(this);
+    m_empty = new EmptyState(this);
+    static_cast<QBoxLayout *>(layout())->insertWidget(0, m_empty);
+    connect(m_empty, &EmptyState::offerClicked, this, &LoadedPage::offerClicked);
     // Extra height goes to the list; the detail pane keeps the height of its rows.
     m_ui->split->setStretchFactor(0, 1);
     m_ui->split->setStretchFactor(1, 0);
@@ -107,4 +113,12 @@ void LoadedPage::clearDetails() {
     m_ui->tfKPath->setText(QString());
     m_ui->ka64->setChecked(false);
     m_ui->ka32->setChecked(false);
+}
+
+void LoadedPage::showEmptyState(const QString &reason, const QString &offer) {
+    m_empty->show(reason, offer);
+}
+
+QString LoadedPage::emptyReason() const {
+    return m_empty->isHidden() ? QString() : m_empty->reason();
 }

@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <memory>
 
+class EmptyState;
 class QPropertyAnimation;
 class QStringListModel;
 namespace Ui {
@@ -45,7 +46,12 @@ public:
     void showUnknownKext(const QString &name);
     void clearDetails();
 
+    // Why the page has nothing to show ("" when it has), and what it offers instead.
+    void showEmptyState(const QString &reason, const QString &offer = {});
+    QString emptyReason() const;
+
 signals:
+    void offerClicked();
     void filterEdited();
     void selectionChanged();
     void unloadClicked();
@@ -55,6 +61,7 @@ signals:
 
 private:
     std::unique_ptr<Ui::LoadedPage> m_ui;
+    EmptyState *m_empty;
     QStringListModel *m_model;
     QPropertyAnimation *m_animation;
 };

@@ -1,11 +1,17 @@
 #include "MaintenancePage.h"
 
+#include "EmptyState.h"
 #include "OptionGroup.h"
 #include "ui_MaintenancePage.h"
+
+#include <QBoxLayout>
 
 MaintenancePage::MaintenancePage(QWidget *parent)
     : QWidget(parent), m_ui(std::make_unique<Ui::MaintenancePage>()) {
     m_ui->setupUi(this);
+    m_empty = new EmptyState(this);
+    static_cast<QBoxLayout *>(layout())->insertWidget(0, m_empty);
+    connect(m_empty, &EmptyState::offerClicked, this, &MaintenancePage::offerClicked);
     m_extraGroup = std::make_unique<OptionGroup>(m_ui->cbExtra, m_ui->cbERP, m_ui->cbERM);
     m_sleGroup = std::make_unique<OptionGroup>(m_ui->cbSLE, m_ui->cbSLERP, m_ui->cbSLERC);
     connect(m_ui->cbExtra, &QCheckBox::clicked, this, &MaintenancePage::cbExtraC);
@@ -101,4 +107,12 @@ void MaintenancePage::cbMixExtra() {
 
 void MaintenancePage::cbMixSLE() {
     m_sleGroup->childClicked();
+}
+
+void MaintenancePage::showEmptyState(const QString &reason, const QString &offer) {
+    m_empty->show(reason, offer);
+}
+
+QString MaintenancePage::emptyReason() const {
+    return m_empty->isHidden() ? QString() : m_empty->reason();
 }

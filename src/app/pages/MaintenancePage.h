@@ -6,6 +6,7 @@
 #include <QWidget>
 #include <memory>
 
+class EmptyState;
 class OptionGroup;
 namespace Ui {
 class MaintenancePage;
@@ -38,7 +39,12 @@ public:
     void setSpinning(bool spinning);
     void setStatus(const QString &text);
 
+    // Why the page has nothing to show ("" when it has), and what it offers instead.
+    void showEmptyState(const QString &reason, const QString &offer = {});
+    QString emptyReason() const;
+
 signals:
+    void offerClicked();
     void startClicked();
     // The user picked a volume in the popup.
     void volumeChosen();
@@ -51,6 +57,7 @@ private slots:
 
 private:
     std::unique_ptr<Ui::MaintenancePage> m_ui;
+    EmptyState *m_empty;
     std::unique_ptr<OptionGroup> m_extraGroup;
     std::unique_ptr<OptionGroup> m_sleGroup;
 };
