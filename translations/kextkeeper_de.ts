@@ -2,6 +2,91 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE" sourcelanguage="en">
 <context>
+    <name>ArchitectureMark</name>
+    <message>
+        <source>Has code for %1 (read-only)</source>
+        <translation>Enthält Code für %1 (nur Anzeige)</translation>
+    </message>
+    <message>
+        <source>No code for %1 (read-only)</source>
+        <translation>Kein Code für %1 (nur Anzeige)</translation>
+    </message>
+</context>
+<context>
+    <name>BundlePicker</name>
+    <message>
+        <source>Enclosing Folder</source>
+        <translation>Übergeordneter Ordner</translation>
+    </message>
+    <message>
+        <source>Choose Bundles</source>
+        <translation>Bundles auswählen</translation>
+    </message>
+    <message>
+        <source>Choose a Bundle</source>
+        <translation>Ein Bundle auswählen</translation>
+    </message>
+    <message>
+        <source>Home Folder</source>
+        <translation>Benutzerordner</translation>
+    </message>
+    <message>
+        <source>&amp;Location:</source>
+        <translation>&amp;Ort:</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Kind</source>
+        <translation>Art</translation>
+    </message>
+    <message>
+        <source>Folders ending in %1 are chosen; other folders open.</source>
+        <translation>Ordner, deren Name auf %1 endet, werden ausgewählt; andere Ordner werden geöffnet.</translation>
+    </message>
+    <message>
+        <source>%1 does not exist.</source>
+        <translation>%1 existiert nicht.</translation>
+    </message>
+    <message>
+        <source>%1 is not a bundle and can&apos;t be chosen. Choose folders whose names end in %2.</source>
+        <translation>%1 ist kein Bundle und kann nicht ausgewählt werden. Wählen Sie Ordner, deren Name auf %2 endet.</translation>
+    </message>
+    <message>
+        <source>%1 are not bundles and can&apos;t be chosen. Choose folders whose names end in %2.</source>
+        <translation>%1 sind keine Bundles und können nicht ausgewählt werden. Wählen Sie Ordner, deren Name auf %2 endet.</translation>
+    </message>
+    <message>
+        <source>Folder</source>
+        <translation>Ordner</translation>
+    </message>
+    <message>
+        <source>Kernel extension</source>
+        <translation>Kernel-Erweiterung</translation>
+    </message>
+    <message>
+        <source>Plug-in</source>
+        <translation>Plug-in</translation>
+    </message>
+    <message>
+        <source>PPP plug-in</source>
+        <translation>PPP-Plug-in</translation>
+    </message>
+    <message>
+        <source>Bundle</source>
+        <translation>Bundle</translation>
+    </message>
+</context>
+<context>
+    <name>CheckController</name>
+    <message>
+        <source>Loaded %1.</source>
+        <translation>%1 wurde geladen.</translation>
+    </message>
+</context>
+<context>
     <name>CheckPage</name>
     <message>
         <source>&amp;Kext:</source>
@@ -65,6 +150,36 @@
     <message>
         <source>No</source>
         <translation>Nein</translation>
+    </message>
+    <message>
+        <source>Extra is now shown.</source>
+        <translation>Extra wird jetzt angezeigt.</translation>
+    </message>
+    <message>
+        <source>Extra is now hidden.</source>
+        <translation>Extra ist jetzt ausgeblendet.</translation>
+    </message>
+</context>
+<context>
+    <name>FilePanels</name>
+    <message>
+        <source>Add Kexts</source>
+        <translation>Kexts hinzufügen</translation>
+    </message>
+</context>
+<context>
+    <name>InstallController</name>
+    <message>
+        <source>Backups are in %1.</source>
+        <translation>Die Sicherungen liegen in %1.</translation>
+    </message>
+    <message>
+        <source>The kexts that were replaced are backed up in %1.</source>
+        <translation>Die ersetzten Kexts sind in %1 gesichert.</translation>
+    </message>
+    <message>
+        <source>Show Backups</source>
+        <translation>Sicherungen zeigen</translation>
     </message>
 </context>
 <context>
@@ -399,12 +514,28 @@
         <source>&amp;Unload</source>
         <translation>&amp;Entladen</translation>
     </message>
+    <message>
+        <source>Details</source>
+        <translation>Details</translation>
+    </message>
+    <message>
+        <source>The details are hidden</source>
+        <translation>Die Details sind ausgeblendet</translation>
+    </message>
+    <message>
+        <source>The details are shown</source>
+        <translation>Die Details werden angezeigt</translation>
+    </message>
 </context>
 <context>
     <name>LoadedPageController</name>
     <message>
         <source>Unknown kext</source>
         <translation>Unbekannte Kext</translation>
+    </message>
+    <message>
+        <source>kextstat is not available on this system.</source>
+        <translation>kextstat ist auf diesem System nicht vorhanden.</translation>
     </message>
 </context>
 <context>
@@ -619,6 +750,43 @@ Freie Software unter der GNU General Public License, Version 3 oder (nach Ihrer 
     </message>
 </context>
 <context>
+    <name>QuitGuard</name>
+    <message>
+        <source>A task is running. Quit when it ends?</source>
+        <translation>Eine Aufgabe läuft. Beenden, wenn sie fertig ist?</translation>
+    </message>
+    <message>
+        <source>Its commands go on either way; the window stays open until they are done.</source>
+        <translation>Ihre Befehle laufen in jedem Fall weiter; das Fenster bleibt offen, bis sie fertig sind.</translation>
+    </message>
+    <message>
+        <source>&amp;Quit When It Ends</source>
+        <translation>&amp;Beenden, wenn sie fertig ist</translation>
+    </message>
+</context>
+<context>
+    <name>ReportController</name>
+    <message>
+        <source>Report saved to %1.</source>
+        <translation>Bericht in %1 gesichert.</translation>
+    </message>
+</context>
+<context>
+    <name>SandboxOffer</name>
+    <message>
+        <source>Open the Sandbox Mac</source>
+        <translation>Den Sandbox-Mac öffnen</translation>
+    </message>
+    <message>
+        <source>Create a Sandbox Mac</source>
+        <translation>Einen Sandbox-Mac anlegen</translation>
+    </message>
+    <message>
+        <source>KextKeeper could not be started on the sandbox Mac in %1.</source>
+        <translation>KextKeeper konnte nicht auf dem Sandbox-Mac in %1 gestartet werden.</translation>
+    </message>
+</context>
+<context>
     <name>ToolbarCustomizeDialog</name>
     <message>
         <source>Customize Toolbar</source>
@@ -650,6 +818,30 @@ Freie Software unter der GNU General Public License, Version 3 oder (nach Ihrer 
     <message>
         <source>KextKeeper %1 is available. You can download it from %2</source>
         <translation>KextKeeper %1 ist verfügbar. Sie können es von %2 laden</translation>
+    </message>
+    <message>
+        <source>%1 is blocked while maintenance runs</source>
+        <translation>%1 ist gesperrt, solange die Wartung läuft</translation>
+    </message>
+    <message>
+        <source>%1 is blocked while an installation runs</source>
+        <translation>%1 ist gesperrt, solange eine Installation läuft</translation>
+    </message>
+    <message>
+        <source>Maintenance</source>
+        <translation>Wartung</translation>
+    </message>
+    <message>
+        <source>Installation</source>
+        <translation>Installation</translation>
+    </message>
+    <message>
+        <source>Unpacking</source>
+        <translation>Entpacken</translation>
+    </message>
+    <message>
+        <source>No volume with an Extra or System/Library folder was found in %1.</source>
+        <translation>In %1 wurde kein Volume mit einem Extra- oder System/Library-Ordner gefunden.</translation>
     </message>
 </context>
 <context>
@@ -692,6 +884,10 @@ Freie Software unter der GNU General Public License, Version 3 oder (nach Ihrer 
     <message>
         <source>Choo&amp;se…</source>
         <translation>Auswählen…</translation>
+    </message>
+    <message>
+        <source>&amp;Unpack</source>
+        <translation>&amp;Entpacken</translation>
     </message>
 </context>
 </TS>
