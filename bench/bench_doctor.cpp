@@ -117,10 +117,10 @@ void BM_LocationIndex(benchmark::State &state) {
     Volume &v = volume();
     for (auto _ : state) {
         KextLocationIndex index{QString()};
-        index.InitLists();
-        index.FillLists(v.root + "/System/Library/Extensions");
-        index.FillLists(v.root + "/Extra/Extensions");
-        benchmark::DoNotOptimize(index.pathes().size());
+        index.clear();
+        index.addFolder(v.root + "/System/Library/Extensions");
+        index.addFolder(v.root + "/Extra/Extensions");
+        benchmark::DoNotOptimize(index.entries().size());
     }
     state.counters["kexts"] = v.kexts;
 }

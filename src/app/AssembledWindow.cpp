@@ -6,6 +6,7 @@
 #include "MaintenanceController.h"
 #include "QuitGuard.h"
 #include "UnpackController.h"
+#include "VolumeHealthController.h"
 #include "exec/AppServices.h"
 
 AssembledWindow::AssembledWindow(AppServices &services)
@@ -18,6 +19,7 @@ AssembledWindow::AssembledWindow(AppServices &services)
     new InstallController(delegate, services, tasks, panels);
     new CheckController(delegate, services, tasks, panels);
     new UnpackController(delegate, services, panels);
+    new VolumeHealthController(delegate, services, tasks);
     // Root commands are never left running unseen behind a closed window.
     auto *quit = new QuitGuard(window, [this] { return tasks.running() > 0; });
     QObject::connect(&tasks, &TaskRunner::taskEnded, quit, &QuitGuard::taskEnded);

@@ -76,7 +76,10 @@ void InstallController::bInst() {
     options.extraVersion = m_delegate.ExtraVer;
     options.prelinkKernel = m_delegate.window().prelinkKernel();
     options.recreateLionCache = m_delegate.settings().boolean(AppSettings::lionCacheKey);
+    install(options);
+}
 
+void InstallController::install(const InstallOptions &options) {
     // Each run has its executor, kept alive by the job that uses it.
     std::shared_ptr<Executor> executor = m_services.executor();
     auto plan = std::make_shared<InstallPlan>(options, m_services, *executor, *m_reporter);

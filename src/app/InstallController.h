@@ -3,6 +3,7 @@
 #include "exec/SheetPresenter.h"
 
 #include "install/InstallList.h"
+#include "install/InstallOptions.h"
 
 #include <QObject>
 #include <QStringList>
@@ -23,6 +24,9 @@ public:
 
     // The install list (the table's model).
     InstallList &instkexts() { return m_list; }
+    // Runs an installation the page did not set up (a restore of a backup), with the
+    // page's progress and the same checks, password and closing alert.
+    void install(const InstallOptions &options);
 
 public slots:
     void Browse();

@@ -3,6 +3,7 @@
 #include "RecordingSheets.h"
 #include "TestScripts.h"
 #include "TestServices.h"
+#include "VolumeHealthController.h"
 #include "exec/Command.h"
 #include "filesdrop.h"
 #include "inspect/MachODescriber.h"
@@ -30,6 +31,7 @@
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QStatusBar>
@@ -38,6 +40,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
+#include <QTreeWidget>
 #include <QUrl>
 #include <filesystem>
 #include <memory>
@@ -868,6 +871,78 @@ private slots:
             (QStringList{"ExampleAudioPatch.kext", "ExampleCPUTemp.kext", "ExampleDiskShim.kext",
                          "ExampleEthernet.kext", "ExampleSensors.kext"}));
         QCOMPARE(m_sheets.texts, QStringList{"info: Mkext was unpacked to selected directory."});
+    }
+
+    // The Extra menu's Volume Health window lists a finding of every check; a fix button
+    // asks, then starts its task (the maintenance page with the box ticked, a move into the
+    // backups), and the task's end checks the volume again.
+    void volumeHealthWindow() {
+        start();
+        auto *health = m_app->delegate.findChild<VolumeHealthController *>();
+        QSignalSpy checked(health, &VolumeHealthController::checked);
+        find<QAction>("MI_VolumeHealth")->trigger();
+        QVERIFY(checked.wait(30000));
+        const auto ids = [health] {
+            QStringList found;
+            for (const DoctorFinding &finding : health->result().findings)
+                found << finding.id;
+            found.removeDuplicates();
+            std::sort(found.begin(), found.end(), [](const QString &a, const QString &b) {
+                return a.mid(1).toInt() < b.mid(1).toInt();
+            });
+            return found.join(' ');
+        };
+        QCOMPARE(ids(), "D1 D2 D3 D4 D5 D6 D7 D8 D9 D10 D11 D12");
+        auto *tree = health->healthWindow()->findChild<QTreeWidget *>("tvHealth");
+        int rows = 0;
+        for (int i = 0; i < tree->topLevelItemCount(); ++i)
+            rows += tree->topLevelItem(i)->childCount();
+        QCOMPARE(rows, health->result().findings.size());
+        auto fix = [&](const char *button) {
+            auto *push = health->healthWindow()->findChild<QPushButton *>(button);
+            QVERIFY2(push, button);
+            push->click();
+            QVERIFY(health->openQuestion());
+            for (QAbstractButton *answer : health->openQuestion()->buttons())
+                if (answer->text() == "Yes")
+                    answer->click();
+            QVERIFY(checked.wait(30000));
+        };
+
+        fix("D1-maintain");
+        QCOMPARE(m_app->window.currentPage(), int(PageMaintenance));
+        QVERIFY(find<QCheckBox>("cbSLERP")->isChecked() && !find<QCheckBox>("cbERP")->isChecked());
+        const QString sle = m_mac->r("System/Library/Extensions");
+        QCOMPARE(m_mac->logLines(), (QStringList{m_mac->tool("/usr/sbin/chown", {"-R", "0:0", sle}),
+                                                 m_mac->tool("/bin/chmod", {"-R", "755", sle}),
+                                                 m_mac->tool("/usr/sbin/diskutil",
+                                                             {"repairpermissions", m_mac->r()})}));
+        QVERIFY(!ids().contains("D1 "));
+
+        m_mac->clearLog();
+        fix("D9-remove");
+        const QString copy = m_mac->r("Extra/Extensions/SandboxAHCIPort.kext");
+        QCOMPARE(m_mac->logLines(), QStringList{m_mac->tool("/bin/rm", {"-Rf", copy})});
+        QVERIFY(!QFileInfo::exists(copy));
+        QCOMPARE(QDir(m_mac->desktop() + "/Kext Backups")
+                     .entryList(QDir::Dirs | QDir::NoDotAndDotDot)
+                     .size(),
+                 1);
+        QVERIFY(!ids().contains("D9"));
+        QCOMPARE(m_sheets.texts,
+                 (QStringList{"info: Selected tasks were finished.",
+                              "info: SandboxAHCIPort.kext was moved to Kext Backups."}));
+
+        // A broken kext's Install... readies the installation page for a good copy.
+        QList<FilePanels::Kind> asked;
+        m_app->panels.setAnswer([&asked](FilePanels::Kind kind, const QString &, auto done) {
+            asked << kind;
+            done(0, {});
+        });
+        health->healthWindow()->findChild<QPushButton *>("D4-install")->click();
+        QCOMPARE(m_app->window.currentPage(), int(PageInstallation));
+        QVERIFY(find<QRadioButton>("inSLE")->isChecked());
+        QCOMPARE(asked, QList{FilePanels::Kind::Bundles});
     }
 
     void savedReport() {

@@ -67,11 +67,28 @@ QMainWindow *mainWindow() {
     return nullptr;
 }
 
+// The Extra menu's Volume Health window on the started system, once its check has ended.
+void shootHealth(QMainWindow *window, const QString &out) {
+    if (auto *action = window->findChild<QAction *>(QStringLiteral("MI_VolumeHealth")))
+        action->trigger();
+    QTimer::singleShot(2500, window, [window, out] {
+        auto *health = window->findChild<QWidget *>(QStringLiteral("VolumeHealthWindow"));
+        const QString file = out + QStringLiteral("/health.png");
+        if (!health || !health->grab().save(file))
+            QTextStream(stderr) << "can't write " << file << Qt::endl;
+        QApplication::exit(health ? 0 : 1);
+    });
+}
+
 // Shows page `index`, lets it fill itself, saves it and goes on with the next one.
 void shoot(int index, const QString &out, const QString &mac) {
     QMainWindow *window = mainWindow();
-    if (!window || index >= pages.size()) {
-        QApplication::exit(window ? 0 : 1);
+    if (!window) {
+        QApplication::exit(1);
+        return;
+    }
+    if (index >= pages.size()) {
+        shootHealth(window, out);
         return;
     }
     // Any alert the start-up raised (none is expected) would hide the page.

@@ -137,6 +137,12 @@ void InstallPage::MkextDisableDiskSel() {
     m_ui->DiskSelInst->setEnabled(false);
 }
 
+void InstallPage::chooseDestination(bool sle) {
+    QRadioButton *destination = sle ? m_ui->inSLE : m_ui->inExtra;
+    if (destination->isEnabled())
+        choose(destination);
+}
+
 void InstallPage::choose(QRadioButton *destination) {
     // The three choices form one group, but the group may also have none selected (a
     // volume without S/L/E and Extra), so exclusivity is kept here.

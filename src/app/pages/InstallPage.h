@@ -34,6 +34,8 @@ public:
 
     // The volumes to choose from, `selected` chosen (-1: the first).
     void setVolumes(const QStringList &titles, int selected);
+    // Chooses the volume's S/L/E, or its Extra folder, as the destination.
+    void chooseDestination(bool sle);
     void selectVolume(const QString &title);
     void setVolumeChoiceEnabled(bool enabled);
     // What the volume holds: the destination that is there is chosen; a missing one is

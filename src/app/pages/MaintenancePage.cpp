@@ -36,6 +36,15 @@ MaintenanceOptions MaintenancePage::options() const {
     return options;
 }
 
+void MaintenancePage::setTasks(const MaintenanceOptions &tasks) {
+    m_ui->cbERP->setCheckState(tasks.repairExtra);
+    m_ui->cbERM->setCheckState(tasks.rebuildExtraMkext);
+    m_extraGroup->childClicked();
+    m_ui->cbSLERP->setCheckState(tasks.repairSle);
+    m_ui->cbSLERC->setCheckState(tasks.rebuildCaches);
+    m_sleGroup->childClicked();
+}
+
 QString MaintenancePage::volume() const {
     return m_ui->DiskSelMain->currentText();
 }

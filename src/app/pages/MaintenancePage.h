@@ -24,6 +24,9 @@ public:
     // the settings are the caller's to add.
     MaintenanceOptions options() const;
     QString volume() const;
+    // Ticks exactly the task boxes the options tick (another task's fix is not this one's),
+    // the group boxes following, as if the user had clicked them.
+    void setTasks(const MaintenanceOptions &tasks);
 
     // The volumes to choose from, `selected` chosen (-1: the first).
     void setVolumes(const QStringList &titles, int selected);
