@@ -541,6 +541,10 @@
 <context>
     <name>MainWindow</name>
     <message>
+        <source>Volume Health...</source>
+        <translation>Zustand des Volumes …</translation>
+    </message>
+    <message>
         <source>KextKeeper</source>
         <translation>KextKeeper</translation>
     </message>
@@ -888,6 +892,87 @@ Freie Software unter der GNU General Public License, Version 3 oder (nach Ihrer 
     <message>
         <source>&amp;Unpack</source>
         <translation>&amp;Entpacken</translation>
+    </message>
+</context>
+<context>
+    <name>VolumeHealthController</name>
+    <message>
+        <source>Move to Backups</source>
+        <translation>In die Sicherungen</translation>
+    </message>
+    <message>
+        <source>Restore</source>
+        <translation>Wiederherstellen</translation>
+    </message>
+    <message>
+        <source>Install...</source>
+        <translation>Installieren …</translation>
+    </message>
+    <message>
+        <source>%1 on %2? The maintenance page runs it with its box ticked.</source>
+        <translation>%1 auf %2? Die Wartungsseite führt es mit dem angekreuzten Feld aus.</translation>
+    </message>
+    <message>
+        <source>Move %1 out of its folder, into Kext Backups on the desktop? Restore can put it back.</source>
+        <translation>%1 aus seinem Ordner in die Kext Backups auf dem Schreibtisch verschieben? Die Wiederherstellung kann es zurücklegen.</translation>
+    </message>
+    <message>
+        <source>%1 was moved to Kext Backups.</source>
+        <translation>%1 wurde in die Kext Backups verschoben.</translation>
+    </message>
+    <message>
+        <source>Continue?</source>
+        <translation>Fortfahren?</translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>Ja</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>Nein</translation>
+    </message>
+    <message numerus="yes">
+        <source>Put back %n kext(s) from %1 into %2? What they replace is backed up first.</source>
+        <translation>
+            <numerusform>%n Kext aus %1 nach %2 zurücklegen? Was es ersetzt, wird vorher gesichert.</numerusform>
+            <numerusform>%n Kexts aus %1 nach %2 zurücklegen? Was sie ersetzen, wird vorher gesichert.</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>VolumeHealthWindow</name>
+    <message>
+        <source>Volume Health</source>
+        <translation>Zustand des Volumes</translation>
+    </message>
+    <message>
+        <source>Kext</source>
+        <translation>Kext</translation>
+    </message>
+    <message>
+        <source>Finding</source>
+        <translation>Befund</translation>
+    </message>
+    <message>
+        <source>Fix</source>
+        <translation>Behebung</translation>
+    </message>
+    <message>
+        <source>Check Again</source>
+        <translation>Erneut prüfen</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>Volume Health: %1</source>
+        <translation>Zustand des Volumes: %1</translation>
+    </message>
+    <message>
+        <source>Checking the kexts of %1...</source>
+        <translation>Die Kexts auf %1 werden geprüft …</translation>
     </message>
 </context>
 </TS>
