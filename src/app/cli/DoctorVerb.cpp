@@ -71,7 +71,10 @@ bool removeCopies(CliContext &c, const Request &request, const DoctorFindings &f
     for (const QString &copy : copies) {
         const QString problem = removal.remove(copy);
         if (problem.isEmpty())
-            say(c, request, QStringLiteral("Removed %1 (kept in Kext Backups)").arg(copy));
+            say(c, request,
+                c.dryRun
+                    ? QStringLiteral("Would remove %1 (after a backup in Kext Backups)").arg(copy)
+                    : QStringLiteral("Removed %1 (kept in Kext Backups)").arg(copy));
         else
             c.err << problem << Qt::endl;
     }
@@ -144,6 +147,9 @@ int doctorVerb(CliContext &c) {
         result = examine(c, request);
     if (!maintain(c, request, result.findings))
         return CliTaskError;
+    // A dry run changed nothing: the findings above still stand.
+    if (c.dryRun)
+        return result.count(DoctorFinding::Severity::Error) > 0 ? CliTaskError : CliOk;
     result = examine(c, request);
     if (!request.json)
         c.note(QStringLiteral("After the fixes:"));
