@@ -23,6 +23,7 @@ namespace {
 struct GlobalOptions {
     QString root = QStringLiteral("/");
     bool dryRun = false;
+    bool useSudo = false;
     bool help = false;
     bool version = false;
     bool rootGiven = false;
@@ -85,6 +86,8 @@ GlobalOptions parseGlobal(int argc, char **argv) {
             options.rootGiven = true;
         } else if (word == QLatin1String("--dry-run")) {
             options.dryRun = true;
+        } else if (word == QLatin1String("--use-sudo")) {
+            options.useSudo = true;
         } else if (word == QLatin1String("--help") || word == QLatin1String("-h")) {
             options.help = true;
         } else if (word == QLatin1String("--version")) {
@@ -125,9 +128,11 @@ bool asksForHelp(const QStringList &words, const CliSyntax &syntax) {
     return false;
 }
 
-AdminAuthentication::Config sessionConfig(const SystemPaths &paths) {
+// --use-sudo sends root commands through sudo even where they would run directly (as
+// root, or on a sandbox), so the privileged road can be tried on a sandbox.
+AdminAuthentication::Config sessionConfig(const SystemPaths &paths, bool useSudo) {
     AdminAuthentication::Config config;
-    config.direct = ::geteuid() == 0 || paths.isSandbox();
+    config.direct = !useSudo && (::geteuid() == 0 || paths.isSandbox());
     // Looked up once, here; every root task runs this very file.
     config.sudo = SudoLocator::fromEnvironment();
     config.environment = paths.rootEnvironment();
@@ -149,7 +154,7 @@ int runVerb(int argc, char **argv, const GlobalOptions &options, const SystemPat
         return CliOk;
     }
     static TerminalPasswordPrompt prompt;
-    AdminAuthentication::configureShared(sessionConfig(paths), &prompt);
+    AdminAuthentication::configureShared(sessionConfig(paths, options.useSudo), &prompt);
     // A dry run changes nothing, so it has nothing to record either.
     static CommandJournal journal(CommandJournal::defaultPath(paths.home()));
     if (!options.dryRun)
@@ -192,7 +197,7 @@ int kextkeeperMain(int argc, char **argv) {
 
     QApplication app(argc, argv);
     AppIdentity::apply(app);
-    AdminAuthentication::configureShared(sessionConfig(paths), nullptr);
+    AdminAuthentication::configureShared(sessionConfig(paths, options.useSudo), nullptr);
     static CommandJournal journal(CommandJournal::defaultPath(paths.home()));
     AdminAuthentication::sharedInstance().setJournal(&journal);
     return launchWindow(app, paths, AdminAuthentication::sharedInstance());

@@ -159,8 +159,13 @@ CommandResult AdminAuthentication::launch(const QString &tool, const QStringList
         request.program = tool;
         request.args = toolArgs;
     } else {
+        // sudo resets the environment, so entries of our own (a sandbox's tool folders)
+        // are handed over through env, by its absolute path like every other program.
         request.program = m_config.sudo;
-        request.args = QStringList{QStringLiteral("-n"), QStringLiteral("--"), tool} + toolArgs;
+        request.args = QStringList{QStringLiteral("-n"), QStringLiteral("--")};
+        if (!m_config.environment.isEmpty())
+            request.args << QStringLiteral("/usr/bin/env") << m_config.environment;
+        request.args << tool << toolArgs;
     }
     request.input = ProcessRunner::Input::Null;
     request.environment = m_config.environment;

@@ -16,7 +16,8 @@ QString stripTrailingSlash(QString path) {
 } // namespace
 
 SystemPaths::SystemPaths(const QString &root, const QString &home, const QString &contentsDir)
-    : m_root(root.isEmpty() ? QStringLiteral("/") : stripTrailingSlash(QDir::cleanPath(root))),
+    : m_root(root.isEmpty() ? QStringLiteral("/")
+                            : stripTrailingSlash(QDir::cleanPath(QDir(root).absolutePath()))),
       m_home(stripTrailingSlash(home.isEmpty() ? QDir::homePath() : home)),
       m_contents(contentsDir.isEmpty() ? defaultContentsDir() : contentsDir) {}
 
@@ -46,8 +47,13 @@ QStringList SystemPaths::rootEnvironment() const {
     QStringList dirs;
     for (const char *dir : {"/usr/sbin", "/sbin", "/usr/bin", "/bin"})
         dirs << m_root + QLatin1String(dir);
-    const QString hostPath = qEnvironmentVariable("PATH", QStringLiteral("/usr/bin:/bin"));
-    return {QStringLiteral("PATH=") + dirs.join(QLatin1Char(':')) + QLatin1Char(':') + hostPath};
+    // Root's shell never searches the current folder: relative and empty entries go.
+    for (const QString &dir :
+         qEnvironmentVariable("PATH", QStringLiteral("/usr/bin:/bin")).split(QLatin1Char(':'))) {
+        if (dir.startsWith(QLatin1Char('/')))
+            dirs << dir;
+    }
+    return {QStringLiteral("PATH=") + dirs.join(QLatin1Char(':'))};
 }
 
 QString SystemPaths::defaultContentsDir() {

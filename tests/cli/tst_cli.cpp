@@ -100,7 +100,8 @@ private slots:
             };
             row("verbs") << QStringList{""} << verbNames();
             row("global options") << QStringList{"--"}
-                                  << QStringList{"--dry-run", "--help", "--root", "--version"};
+                                  << QStringList{"--dry-run", "--help", "--root", "--use-sudo",
+                                                 "--version"};
             for (const QString &verb : verbNames()) {
                 const CliSyntax &syntax = CliSyntax::of(verb);
                 if (syntax.actions.isEmpty()) {

@@ -200,6 +200,10 @@ private slots:
         QTest::newRow("volumes") << QStringList{"volumes"} << 0 << listing("yes", "yes") << "";
         QTest::newRow("root given as --root=DIR")
             << QStringList{"--root=" + m_root, "volumes"} << 0 << listing("yes", "yes") << "";
+        // Tools are started by absolute path only, so a relative root is made absolute.
+        QTest::newRow("relative root")
+            << QStringList{"--root", QDir::current().relativeFilePath(m_root), "volumes"} << 0
+            << listing("yes", "yes") << "";
         QTest::newRow("root that does not exist")
             << QStringList{"--root", "/nonexistent/mac", "volumes"} << 2 << ""
             << "kextkeeper: --root /nonexistent/mac: no such folder";

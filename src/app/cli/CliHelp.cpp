@@ -34,6 +34,8 @@ const QList<CliOption> &CliHelp::globalOptions() {
          CliValue::Folder},
         {QStringLiteral("--dry-run"), QString(),
          QStringLiteral("print the commands that would run as root instead of running them")},
+        {QStringLiteral("--use-sudo"), QString(),
+         QStringLiteral("run root commands through sudo even as root or on a --root sandbox")},
         {QStringLiteral("--help"), QString(), QStringLiteral("show this text")},
         {QStringLiteral("--version"), QString(), QStringLiteral("show the version")},
     };

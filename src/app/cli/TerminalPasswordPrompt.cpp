@@ -22,10 +22,10 @@ std::optional<QString> TerminalPasswordPrompt::readLine() {
             break;
         line.push_back(char(c));
     }
-    if (tty) {
+    if (tty)
         ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved);
-        std::fputc('\n', stderr);
-    }
+    // The typed line feed was not echoed; a piped one was never shown.
+    std::fputc('\n', stderr);
     if (!gotAny)
         return std::nullopt;
     QString password = QString::fromLocal8Bit(line.data(), qsizetype(line.size()));
@@ -39,7 +39,7 @@ bool TerminalPasswordPrompt::askPassword(const QString &, const Check &check) {
         std::fflush(stderr);
         std::optional<QString> password = readLine();
         if (!password) {
-            std::fputs("\nkextkeeper: no password was given\n", stderr);
+            std::fputs("kextkeeper: no password was given\n", stderr);
             return false;
         }
         const Verdict verdict = check(*password);
