@@ -8,18 +8,17 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
     if (!PlistPrecheck::acceptable(bytes)) {
-        if (PlistFile::parseDictionaryTree(bytes))
+        if (PlistFile::parseDictionary(bytes))
             abort(); // refused bytes must never reach libplist
         return 0;
     }
-    const std::unique_ptr<PList::Dictionary> dict = PlistFile::parseDictionary(bytes);
+    const PlistPtr dict = PlistFile::parseDictionary(bytes);
     if (!dict)
         return 0;
     for (const char *key : {"CFBundleIdentifier", "OSBundleRequired", "Custom Kext Directories"}) {
-        (void)PlistFile::string(*dict, key);
-        (void)PlistFile::boolean(*dict, key);
-        (void)PlistFile::stringArray(*dict, key);
-        (void)PlistFile::string(dict->GetPlist(), key);
+        (void)PlistFile::string(dict.get(), key);
+        (void)PlistFile::boolean(dict.get(), key);
+        (void)PlistFile::stringArray(dict.get(), key);
     }
     return 0;
 }

@@ -55,7 +55,6 @@ if [[ -x build/tests/mkext/tst_mkext ]]; then
         build/tests/mkext/tst_mkext -silent >/dev/null
 fi
 
-export LSAN_OPTIONS=suppressions=$PWD/fuzz/lsan.supp:print_suppressions=0
 failed=()
 for target in "${targets[@]}"; do
     corpus=$out/corpus/$target

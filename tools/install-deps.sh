@@ -15,7 +15,7 @@ fi
 # sudo runs root tasks; util-linux (runuser, setsid, unshare) and passwd (useradd) serve
 # the test that tries the real sudo as a user of its own.
 packages=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6-base-dev-tools
-          libplist++-dev libplist-dev zlib1g-dev libgl-dev xvfb xauth dbus file
+          libplist-dev zlib1g-dev libgl-dev xvfb xauth dbus file
           dpkg-dev desktop-file-utils appstream man-db zsh fish
           qt6-l10n-tools qt6-tools-dev
           sudo util-linux passwd)

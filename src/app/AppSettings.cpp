@@ -26,17 +26,17 @@ void AppSettings::seedDefaults() const {
     if (!dict)
         return;
     QDir().mkpath(m_contentsDir);
-    PlistFile::writeDictionary(m_infoPlist, *dict);
+    PlistFile::writeDictionary(m_infoPlist, dict.get());
 }
 
 bool AppSettings::boolean(const char *key) const {
     const auto dict = PlistFile::readDictionary(m_infoPlist);
-    return dict && PlistFile::boolean(*dict, key).value_or(false);
+    return dict && PlistFile::boolean(dict.get(), key).value_or(false);
 }
 
 QString AppSettings::string(const char *key) const {
     const auto dict = PlistFile::readDictionary(m_infoPlist);
-    return dict ? PlistFile::string(*dict, key).value_or(QString()) : QString();
+    return dict ? PlistFile::string(dict.get(), key).value_or(QString()) : QString();
 }
 
 bool AppSettings::store(const char *key, bool value) const {

@@ -89,7 +89,7 @@ void CheckController::bkextload() {
 QString CheckController::bundleIdentifier(const QString &kext) {
     const auto info = PlistFile::readDictionary(kext + QStringLiteral("/Contents/Info.plist"));
     const QString identifier =
-        info ? PlistFile::string(*info, "CFBundleIdentifier").value_or(QString()) : QString();
+        info ? PlistFile::string(info.get(), "CFBundleIdentifier").value_or(QString()) : QString();
     return identifier.isEmpty() ? QFileInfo(kext).fileName() : identifier;
 }
 

@@ -2,8 +2,6 @@
 
 #include "plist/PlistFile.h"
 
-#include <cstdlib>
-
 namespace {
 const char volumeKey[] = "Volume";
 const char versionKey[] = "Extra Version";
@@ -14,32 +12,25 @@ const char nameKey[] = "Name";
 const char fromKey[] = "Removed From";
 
 QString stringItem(plist_t dict, const char *key) {
-    plist_t node = plist_dict_get_item(dict, key);
-    if (!node || plist_get_node_type(node) != PLIST_STRING)
-        return {};
-    char *text = nullptr;
-    plist_get_string_val(node, &text);
-    const QString value = QString::fromUtf8(text ? text : "");
-    free(text);
-    return value;
+    return PlistFile::string(dict, key).value_or(QString());
 }
 } // namespace
 
 bool BackupManifest::write(const QString &backupFolder) const {
-    PList::Dictionary dict;
-    dict.Set(volumeKey, PList::String(volume.toStdString()));
-    dict.Set(versionKey, PList::String(extraVersion.toStdString()));
-    dict.Set(destinationKey, PList::String(destination.toStdString()));
-    dict.Set(dateKey, PList::String(date.toString(Qt::ISODate).toStdString()));
-    PList::Array list;
+    const PlistPtr dict(plist_new_dict());
+    PlistFile::putString(dict.get(), volumeKey, volume);
+    PlistFile::putString(dict.get(), versionKey, extraVersion);
+    PlistFile::putString(dict.get(), destinationKey, destination);
+    PlistFile::putString(dict.get(), dateKey, date.toString(Qt::ISODate));
+    plist_t list = plist_new_array();
     for (const Bundle &bundle : bundles) {
-        PList::Dictionary item;
-        item.Set(nameKey, PList::String(bundle.name.toStdString()));
-        item.Set(fromKey, PList::String(bundle.removedFrom.toStdString()));
-        list.Append(&item);
+        plist_t item = plist_new_dict();
+        PlistFile::putString(item, nameKey, bundle.name);
+        PlistFile::putString(item, fromKey, bundle.removedFrom);
+        plist_array_append_item(list, item);
     }
-    dict.Set(bundlesKey, list);
-    return PlistFile::writeDictionary(backupFolder + QLatin1Char('/') + fileName(), dict);
+    plist_dict_set_item(dict.get(), bundlesKey, list);
+    return PlistFile::writeDictionary(backupFolder + QLatin1Char('/') + fileName(), dict.get());
 }
 
 std::optional<BackupManifest> BackupManifest::read(const QString &backupFolder) {
@@ -47,15 +38,14 @@ std::optional<BackupManifest> BackupManifest::read(const QString &backupFolder) 
     if (!dict)
         return std::nullopt;
     BackupManifest manifest;
-    manifest.volume = PlistFile::string(*dict, volumeKey).value_or(QString());
-    manifest.extraVersion = PlistFile::string(*dict, versionKey).value_or(QString());
-    manifest.destination = PlistFile::string(*dict, destinationKey).value_or(QString());
+    manifest.volume = PlistFile::string(dict.get(), volumeKey).value_or(QString());
+    manifest.extraVersion = PlistFile::string(dict.get(), versionKey).value_or(QString());
+    manifest.destination = PlistFile::string(dict.get(), destinationKey).value_or(QString());
     manifest.date =
-        QDateTime::fromString(PlistFile::string(*dict, dateKey).value_or(QString()), Qt::ISODate);
+        QDateTime::fromString(PlistFile::string(dict.get(), dateKey).value_or(QString()), Qt::ISODate);
     if (manifest.volume.isEmpty() || manifest.destination.isEmpty())
         return std::nullopt;
-    // Walked through the C interface, as the wrapper's nested arrays are unreliable.
-    plist_t array = plist_dict_get_item(dict->GetPlist(), bundlesKey);
+    plist_t array = plist_dict_get_item(dict.get(), bundlesKey);
     if (!array || plist_get_node_type(array) != PLIST_ARRAY)
         return std::nullopt;
     for (uint32_t i = 0; i < plist_array_get_size(array); ++i) {

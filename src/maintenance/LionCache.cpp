@@ -9,7 +9,7 @@ bool volumeIsLion(const KextFolders &folders) {
     const auto dict = PlistFile::readDictionary(folders.systemVersionFile());
     if (!dict)
         return false;
-    const QString version = PlistFile::string(*dict, "ProductVersion").value_or(QString());
+    const QString version = PlistFile::string(dict.get(), "ProductVersion").value_or(QString());
     return version.size() >= 4 && version.left(4) == QLatin1String("10.7");
 }
 

@@ -8,12 +8,8 @@
 #include <QSaveFile>
 #include <cstdlib>
 
-std::unique_ptr<PList::Dictionary> PlistFile::readDictionary(const QString &path) {
-    PlistPtr tree = readDictionaryTree(path).tree;
-    if (!tree)
-        return nullptr;
-    // The C++ wrapper takes ownership of the node tree.
-    return std::make_unique<PList::Dictionary>(tree.release());
+PlistPtr PlistFile::readDictionary(const QString &path) {
+    return readDictionaryTree(path).tree;
 }
 
 PlistFile::Tree PlistFile::readDictionaryTree(const QString &path) {
@@ -25,18 +21,10 @@ PlistFile::Tree PlistFile::readDictionaryTree(const QString &path) {
     const QString problem = PlistPrecheck::problem(*read.bytes);
     if (!problem.isEmpty())
         return {nullptr, problem};
-    return {parseDictionaryTree(*read.bytes), QString()};
+    return {parseDictionary(*read.bytes), QString()};
 }
 
-std::unique_ptr<PList::Dictionary> PlistFile::parseDictionary(const QByteArray &bytes) {
-    PlistPtr root = parseDictionaryTree(bytes);
-    if (!root)
-        return nullptr;
-    // The C++ wrapper takes ownership of the node tree.
-    return std::make_unique<PList::Dictionary>(root.release());
-}
-
-PlistPtr PlistFile::parseDictionaryTree(const QByteArray &bytes) {
+PlistPtr PlistFile::parseDictionary(const QByteArray &bytes) {
     if (bytes.isEmpty() || bytes.size() > 0x7fffffff || !PlistPrecheck::acceptable(bytes))
         return nullptr;
     plist_t root = nullptr;
@@ -45,13 +33,6 @@ PlistPtr PlistFile::parseDictionaryTree(const QByteArray &bytes) {
     if (!tree || plist_get_node_type(root) != PLIST_DICT)
         return nullptr;
     return tree;
-}
-
-std::optional<QString> PlistFile::string(const PList::Dictionary &dict, const char *key) {
-    auto it = dict.Find(key);
-    if (it == dict.End() || !it->second || it->second->GetType() != PLIST_STRING)
-        return std::nullopt;
-    return QString::fromStdString(static_cast<PList::String *>(it->second)->GetValue());
 }
 
 std::optional<QString> PlistFile::string(plist_t dict, const char *key) {
@@ -65,20 +46,19 @@ std::optional<QString> PlistFile::string(plist_t dict, const char *key) {
     return value;
 }
 
-std::optional<bool> PlistFile::boolean(const PList::Dictionary &dict, const char *key) {
-    auto it = dict.Find(key);
-    if (it == dict.End() || !it->second || it->second->GetType() != PLIST_BOOLEAN)
+std::optional<bool> PlistFile::boolean(plist_t dict, const char *key) {
+    plist_t node = plist_dict_get_item(dict, key);
+    if (!node || plist_get_node_type(node) != PLIST_BOOLEAN)
         return std::nullopt;
-    return static_cast<PList::Boolean *>(it->second)->GetValue();
+    uint8_t value = 0;
+    plist_get_bool_val(node, &value);
+    return value != 0;
 }
 
-std::optional<QStringList> PlistFile::stringArray(const PList::Dictionary &dict, const char *key) {
-    auto it = dict.Find(key);
-    if (it == dict.End() || !it->second || it->second->GetType() != PLIST_ARRAY)
+std::optional<QStringList> PlistFile::stringArray(plist_t dict, const char *key) {
+    plist_t array = plist_dict_get_item(dict, key);
+    if (!array || plist_get_node_type(array) != PLIST_ARRAY)
         return std::nullopt;
-    // Walked through the C interface: the C++ wrapper of a nested array read from a file
-    // does not always hold its items (libplist++ 2.2 throws out_of_range from operator[]).
-    plist_t array = it->second->GetPlist();
     QStringList values;
     for (uint32_t i = 0; i < plist_array_get_size(array); ++i) {
         plist_t node = plist_array_get_item(array, i);
@@ -93,19 +73,37 @@ std::optional<QStringList> PlistFile::stringArray(const PList::Dictionary &dict,
     return values;
 }
 
-bool PlistFile::writeDictionary(const QString &path, const PList::Dictionary &dict) {
-    const std::string xml = dict.ToXml();
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
+void PlistFile::putString(plist_t dict, const char *key, const QString &value) {
+    plist_dict_set_item(dict, key, plist_new_string(value.toUtf8().constData()));
+}
+
+void PlistFile::putBoolean(plist_t dict, const char *key, bool value) {
+    plist_dict_set_item(dict, key, plist_new_bool(value ? 1 : 0));
+}
+
+void PlistFile::putStringArray(plist_t dict, const char *key, const QStringList &values) {
+    plist_t array = plist_new_array();
+    for (const QString &value : values)
+        plist_array_append_item(array, plist_new_string(value.toUtf8().constData()));
+    plist_dict_set_item(dict, key, array);
+}
+
+bool PlistFile::writeDictionary(const QString &path, plist_t dict) {
+    char *xml = nullptr;
+    uint32_t length = 0;
+    plist_to_xml(dict, &xml, &length);
+    if (!xml)
         return false;
-    file.write(xml.data(), qint64(xml.size()));
-    return file.commit();
+    QSaveFile file(path);
+    const bool written = file.open(QIODevice::WriteOnly) && file.write(xml, length) == length;
+    plist_to_xml_free(xml);
+    return written && file.commit();
 }
 
 bool PlistFile::setBoolean(const QString &path, const char *key, bool value) {
-    std::unique_ptr<PList::Dictionary> dict = readDictionary(path);
+    const PlistPtr dict = readDictionary(path);
     if (!dict)
         return false;
-    dict->Set(key, PList::Boolean(value));
-    return writeDictionary(path, *dict);
+    putBoolean(dict.get(), key, value);
+    return writeDictionary(path, dict.get());
 }

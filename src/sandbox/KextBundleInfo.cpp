@@ -8,30 +8,33 @@
 std::optional<KextBundleInfo> KextBundleInfo::read(const QString &bundlePath) {
     const bool modern = QFileInfo::exists(bundlePath + QStringLiteral("/Contents/Info.plist"));
     const QString contents = modern ? bundlePath + QStringLiteral("/Contents") : bundlePath;
-    const std::unique_ptr<PList::Dictionary> plist =
-        PlistFile::readDictionary(contents + QStringLiteral("/Info.plist"));
+    const PlistPtr plist = PlistFile::readDictionary(contents + QStringLiteral("/Info.plist"));
     if (!plist)
         return std::nullopt;
     KextBundleInfo info;
-    info.identifier = PlistFile::string(*plist, "CFBundleIdentifier").value_or(QString());
+    info.identifier = PlistFile::string(plist.get(), "CFBundleIdentifier").value_or(QString());
     if (info.identifier.isEmpty())
         return std::nullopt;
-    info.version = PlistFile::string(*plist, "CFBundleVersion").value_or(QString());
-    const QString executable = PlistFile::string(*plist, "CFBundleExecutable").value_or(QString());
+    info.version = PlistFile::string(plist.get(), "CFBundleVersion").value_or(QString());
+    const QString executable = PlistFile::string(plist.get(), "CFBundleExecutable").value_or(QString());
     if (!executable.isEmpty())
         info.executablePath =
             contents + (modern ? QStringLiteral("/MacOS/") : QStringLiteral("/")) + executable;
-    const auto libraries = plist->Find("OSBundleLibraries");
-    if (libraries != plist->End() && libraries->second &&
-        libraries->second->GetType() == PLIST_DICT) {
-        const auto *dict = static_cast<const PList::Dictionary *>(libraries->second);
-        for (auto it = dict->Begin(); it != dict->End(); ++it) {
-            QString version;
-            if (it->second && it->second->GetType() == PLIST_STRING)
-                version =
-                    QString::fromStdString(static_cast<PList::String *>(it->second)->GetValue());
-            info.libraries.append({QString::fromStdString(it->first), version});
+    plist_t libraries = plist_dict_get_item(plist.get(), "OSBundleLibraries");
+    if (libraries && plist_get_node_type(libraries) == PLIST_DICT) {
+        plist_dict_iter it = nullptr;
+        plist_dict_new_iter(libraries, &it);
+        for (;;) {
+            char *key = nullptr;
+            plist_t value = nullptr;
+            plist_dict_next_item(libraries, it, &key, &value);
+            if (!key)
+                break;
+            info.libraries.append({QString::fromUtf8(key),
+                                   PlistFile::string(libraries, key).value_or(QString())});
+            free(key);
         }
+        free(it);
     }
     return info;
 }

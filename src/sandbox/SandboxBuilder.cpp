@@ -36,28 +36,31 @@ QByteArray executableFor(SandboxKext::Binary binary) {
     return {};
 }
 
-PList::Dictionary infoPlist(const SandboxKext &kext) {
-    PList::Dictionary dict;
-    dict.Set("CFBundleDevelopmentRegion", PList::String("English"));
+PlistPtr infoPlist(const SandboxKext &kext) {
+    PlistPtr dict(plist_new_dict());
+    const auto put = [&dict](const char *key, const QString &value) {
+        PlistFile::putString(dict.get(), key, value);
+    };
+    put("CFBundleDevelopmentRegion", QStringLiteral("English"));
     if (kext.binary != SandboxKext::Binary::None)
-        dict.Set("CFBundleExecutable", PList::String(kext.name().toStdString()));
-    dict.Set("CFBundleIdentifier", PList::String(kext.identifier.toStdString()));
-    dict.Set("CFBundleInfoDictionaryVersion", PList::String("6.0"));
-    dict.Set("CFBundleName", PList::String(kext.name().toStdString()));
-    dict.Set("CFBundlePackageType", PList::String("KEXT"));
-    dict.Set("CFBundleShortVersionString", PList::String(kext.version.toStdString()));
-    dict.Set("CFBundleSignature", PList::String("????"));
-    dict.Set("CFBundleVersion", PList::String(kext.version.toStdString()));
+        put("CFBundleExecutable", kext.name());
+    put("CFBundleIdentifier", kext.identifier);
+    put("CFBundleInfoDictionaryVersion", QStringLiteral("6.0"));
+    put("CFBundleName", kext.name());
+    put("CFBundlePackageType", QStringLiteral("KEXT"));
+    put("CFBundleShortVersionString", kext.version);
+    put("CFBundleSignature", QStringLiteral("????"));
+    put("CFBundleVersion", kext.version);
     if (!kext.compatibleVersion.isEmpty())
-        dict.Set("OSBundleCompatibleVersion", PList::String(kext.compatibleVersion.toStdString()));
+        put("OSBundleCompatibleVersion", kext.compatibleVersion);
     if (!kext.libraries.isEmpty()) {
-        PList::Dictionary libraries;
+        plist_t libraries = plist_new_dict();
         for (const auto &library : kext.libraries)
-            libraries.Set(library.first.toStdString(), PList::String(library.second.toStdString()));
-        dict.Set("OSBundleLibraries", libraries);
+            PlistFile::putString(libraries, library.first.toUtf8().constData(), library.second);
+        plist_dict_set_item(dict.get(), "OSBundleLibraries", libraries);
     }
     if (kext.bootRequired)
-        dict.Set("OSBundleRequired", PList::String("Root"));
+        put("OSBundleRequired", QStringLiteral("Root"));
     return dict;
 }
 
@@ -155,7 +158,7 @@ bool SandboxBuilder::writeKexts(bool later) {
             continue;
         const QString plist = m_root + QLatin1Char('/') + kext.infoPlistPath();
         QDir().mkpath(QFileInfo(plist).path());
-        if (!PlistFile::writeDictionary(plist, infoPlist(kext)))
+        if (!PlistFile::writeDictionary(plist, infoPlist(kext).get()))
             return fail(QStringLiteral("Can't write %1.").arg(plist));
         if (kext.binary == SandboxKext::Binary::None ||
             kext.flaw == SandboxKext::Flaw::MissingExecutable)
@@ -171,15 +174,15 @@ bool SandboxBuilder::writeKexts(bool later) {
 
 bool SandboxBuilder::writeSystemVersion(const QString &volume, const QString &version,
                                         const QString &build) {
-    PList::Dictionary dict;
-    dict.Set("ProductBuildVersion", PList::String(build.toStdString()));
-    dict.Set("ProductCopyright", PList::String("1983-2012 Sandbox Mac"));
-    dict.Set("ProductName", PList::String("Mac OS X"));
-    dict.Set("ProductUserVisibleVersion", PList::String(version.toStdString()));
-    dict.Set("ProductVersion", PList::String(version.toStdString()));
+    const PlistPtr dict(plist_new_dict());
+    PlistFile::putString(dict.get(), "ProductBuildVersion", build);
+    PlistFile::putString(dict.get(), "ProductCopyright", QStringLiteral("1983-2012 Sandbox Mac"));
+    PlistFile::putString(dict.get(), "ProductName", QStringLiteral("Mac OS X"));
+    PlistFile::putString(dict.get(), "ProductUserVisibleVersion", version);
+    PlistFile::putString(dict.get(), "ProductVersion", version);
     const QString folder = m_root + volume + QStringLiteral("/System/Library/CoreServices");
     QDir().mkpath(folder);
-    if (!PlistFile::writeDictionary(folder + QStringLiteral("/SystemVersion.plist"), dict))
+    if (!PlistFile::writeDictionary(folder + QStringLiteral("/SystemVersion.plist"), dict.get()))
         return fail(QStringLiteral("Can't write the system version in %1.").arg(folder));
     return true;
 }

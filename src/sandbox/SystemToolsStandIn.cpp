@@ -142,9 +142,9 @@ QString SystemToolsStandIn::systemVersion() const {
     if (!plist)
         return QStringLiteral("Mac OS X");
     return QStringLiteral("%1 %2 (%3)")
-        .arg(PlistFile::string(*plist, "ProductName").value_or(QStringLiteral("Mac OS X")),
-             PlistFile::string(*plist, "ProductVersion").value_or(QString()),
-             PlistFile::string(*plist, "ProductBuildVersion").value_or(QString()));
+        .arg(PlistFile::string(plist.get(), "ProductName").value_or(QStringLiteral("Mac OS X")),
+             PlistFile::string(plist.get(), "ProductVersion").value_or(QString()),
+             PlistFile::string(plist.get(), "ProductBuildVersion").value_or(QString()));
 }
 
 StandInResult SystemToolsStandIn::systemProfiler(const QStringList &args) const {

@@ -78,7 +78,7 @@ KextFolderScan::InfoFile KextFolderScan::readInfo(const QByteArray &bundle) {
         }
         const std::optional<QByteArray> bytes = readRegular(fd);
         ::close(fd);
-        return {path, bytes ? PlistFile::parseDictionaryTree(*bytes) : nullptr};
+        return {path, bytes ? PlistFile::parseDictionary(*bytes) : nullptr};
     }
     return {};
 }

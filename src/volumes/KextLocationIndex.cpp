@@ -42,10 +42,9 @@ QString KextLocationIndex::findPath(const QString &identifier) const {
 
 unsigned KextLocationIndex::customFolderCount() {
     if (m_kextDirs.isEmpty() && !m_settingsFile.isEmpty() && exists(m_settingsFile)) {
-        const std::unique_ptr<PList::Dictionary> settings =
-            PlistFile::readDictionary(m_settingsFile);
+        const PlistPtr settings = PlistFile::readDictionary(m_settingsFile);
         if (settings)
-            m_kextDirs = PlistFile::stringArray(*settings, settingsKey().toUtf8().constData())
+            m_kextDirs = PlistFile::stringArray(settings.get(), settingsKey().toUtf8().constData())
                              .value_or(QStringList());
     }
     return unsigned(m_kextDirs.size());
@@ -63,19 +62,14 @@ void KextLocationIndex::rememberFolderOf(const QString &kextPath) {
         return;
 
     // Keep whatever else the file holds; an unreadable file starts over empty.
-    std::unique_ptr<PList::Dictionary> settings = PlistFile::readDictionary(m_settingsFile);
+    PlistPtr settings = PlistFile::readDictionary(m_settingsFile);
     if (!settings)
-        settings = std::make_unique<PList::Dictionary>();
-    PList::Array folders;
-    for (const QString &dir : std::as_const(m_kextDirs)) {
-        PList::String item(dir.toStdString());
-        folders.Append(&item); // copies the node
-    }
-    settings->Set(settingsKey().toStdString(), &folders);
+        settings.reset(plist_new_dict());
+    PlistFile::putStringArray(settings.get(), settingsKey().toUtf8().constData(), m_kextDirs);
     // Our settings folder may not exist yet on a fresh system. A read-only one cannot
     // keep the list; the folder still counts for this run.
     QDir().mkpath(QFileInfo(m_settingsFile).absolutePath());
-    PlistFile::writeDictionary(m_settingsFile, *settings);
+    PlistFile::writeDictionary(m_settingsFile, settings.get());
 }
 
 void KextLocationIndex::rebuild(const SystemPaths &paths) {

@@ -331,7 +331,7 @@ private slots:
         const auto lion = PlistFile::readDictionary(
             m_sandbox.volume("Lion Backup/System/Library/CoreServices/SystemVersion.plist"));
         QVERIFY(lion);
-        QCOMPARE(PlistFile::string(*lion, "ProductVersion"),
+        QCOMPARE(PlistFile::string(lion.get(), "ProductVersion"),
                  std::optional(QStringLiteral("10.7.4")));
         // Each layout of the Extra folder once: a version folder, KextStore, none at all.
         QStringList present;

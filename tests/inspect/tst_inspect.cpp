@@ -629,7 +629,7 @@ private slots:
         QCOMPARE(nextRun.customFolder(1), desktop);
         const auto saved = PlistFile::readDictionary(file);
         QVERIFY(saved);
-        QCOMPARE(PlistFile::string(*saved, "Other"), std::optional<QString>("kept"));
+        QCOMPARE(PlistFile::string(saved.get(), "Other"), std::optional<QString>("kept"));
 
         QDir(m_dir->filePath("fresh")).removeRecursively();
         index.rememberFolderOf("/a/B.kext");
