@@ -5,6 +5,7 @@
 #include "TaskRunner.h"
 #include "TovrelAppDelegate.h"
 #include "exec/AppServices.h"
+#include "inspect/ArchitectureProbe.h"
 #include "inspect/DependencyListing.h"
 #include "inspect/DroppedFile.h"
 #include "inspect/KextTestLoad.h"
@@ -41,8 +42,7 @@ void CheckController::OpenKextToCheckPanelDidEnd(int returnCode, const QString &
 void CheckController::checkKext(const QString &kext) {
     CheckPage *page = m_delegate.checkPage();
     page->setSpinning(true);
-    const ArchitectureProbe probe(m_probe);
-    page->showKext(kext, ArchitectureProbe::checkPageMarkers(probe.probeText(kext)));
+    page->showKext(kext, ArchitectureProbe::checkPageMarkers(ArchitectureProbe().probeText(kext)));
     if (page->dependenciesWanted())
         BCheckDepen();
     page->setSpinning(false);

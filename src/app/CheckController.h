@@ -1,7 +1,5 @@
 #pragma once
 
-#include "inspect/ArchitectureProbe.h"
-
 #include <QObject>
 
 class AppServices;
@@ -16,9 +14,6 @@ class CheckController : public QObject {
 public:
     CheckController(TovrelAppDelegate &delegate, AppServices &services, TaskRunner &tasks,
                     FilePanels &panels);
-
-    // Gives a kext's probe text; the built-in describer unless a test puts its own in.
-    void setProbe(ArchitectureProbe::Describer probe) { m_probe = std::move(probe); }
 
 public slots:
     void bCheck();
@@ -37,5 +32,4 @@ private:
     AppServices &m_services;
     TaskRunner &m_tasks;
     FilePanels &m_panels;
-    ArchitectureProbe::Describer m_probe;
 };

@@ -17,10 +17,6 @@ LoadedDelegate::LoadedDelegate(MainWindow &window, AppServices &services, TaskRu
             &LoadedDelegate::MI_Loaded);
 }
 
-LoadedPage *LoadedDelegate::page() const {
-    return m_window.loadedPage();
-}
-
 void LoadedDelegate::TI_Loaded() {
     m_pageController->TI_Loaded();
 }

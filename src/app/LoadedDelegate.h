@@ -4,7 +4,6 @@
 
 class AppServices;
 class FilePanels;
-class LoadedPage;
 class LoadedPageController;
 class MainWindow;
 class ReportController;
@@ -17,9 +16,7 @@ public:
     LoadedDelegate(MainWindow &window, AppServices &services, TaskRunner &tasks, FilePanels &panels,
                    QObject *parent = nullptr);
 
-    LoadedPage *page() const;
     LoadedPageController *pageController() const { return m_pageController; }
-    ReportController *reportController() const { return m_reportController; }
 
 public slots:
     // Refreshes the list and shows the page.

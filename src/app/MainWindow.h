@@ -38,9 +38,8 @@ public:
     // Any action of the menus or the toolbar by its outlet name ("MI_Donate", "ti_m"):
     // the controllers connect their handlers to these.
     QAction *action(const QString &name) const;
-    // The two spacers are separators; they carry names so they can be hidden.
+    // The donation entry's spacer: a separator with a name, so it can be hidden.
     QAction *donateSpacer() const { return m_spacer; }
-    QAction *versionSpacer() const { return m_verSpacer; }
     QToolBar *pageToolBar() const;
 
     // The settings' check marks in the Options menu.

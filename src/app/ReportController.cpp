@@ -16,8 +16,7 @@
 
 ReportController::ReportController(MainWindow &window, AppServices &services, TaskRunner &tasks,
                                    FilePanels &panels, QObject *parent)
-    : QObject(parent), m_window(window), m_services(services), m_tasks(tasks), m_panels(panels),
-      m_probe([](const QString &kextPath) { return ArchitectureProbe().probeText(kextPath); }) {
+    : QObject(parent), m_window(window), m_services(services), m_tasks(tasks), m_panels(panels) {
     connect(window.action(QStringLiteral("MI_CreateList")), &QAction::triggered, this,
             &ReportController::CreateList);
 }
@@ -45,7 +44,8 @@ void ReportController::SaveTXT(int returnCode, const QString &file) {
     auto index = std::make_shared<const KextLocationIndex>(m_services.index());
     SystemReport::Sources sources{
         m_services.paths(), ProcessRunner::output,
-        [index](const QString &identifier) { return index->findPath(identifier); }, m_probe};
+        [index](const QString &identifier) { return index->findPath(identifier); },
+        [](const QString &kextPath) { return ArchitectureProbe().probeText(kextPath); }};
     // The report runs its own jobs; the runner's job waits for their end.
     m_tasks.start(
         this, [sources, file] { return SystemReport::start(sources, file).get(); },

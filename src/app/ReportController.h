@@ -1,7 +1,5 @@
 #pragma once
 
-#include "loaded/LoadedKextRows.h"
-
 #include <QObject>
 
 class AppServices;
@@ -18,9 +16,6 @@ public:
     ReportController(MainWindow &window, AppServices &services, TaskRunner &tasks,
                      FilePanels &panels, QObject *parent = nullptr);
 
-    using ProbeText = LoadedKextRows::Probe;
-    void setProbe(ProbeText probe) { m_probe = std::move(probe); }
-
 public slots:
     void CreateList();
     void SaveTXT(int returnCode, const QString &file);
@@ -30,5 +25,4 @@ private:
     AppServices &m_services;
     TaskRunner &m_tasks;
     FilePanels &m_panels;
-    ProbeText m_probe;
 };

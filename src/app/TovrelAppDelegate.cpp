@@ -213,7 +213,7 @@ void TovrelAppDelegate::fillVolumeLists() {
     const QString volumesDir = m_paths.volumesDir();
     const QStringList volumes = VolumeList::build(volumesDir);
     const int started = VolumeList::preselection(volumes, volumesDir, [this](const QString &path) {
-        return m_services.isStartedSystem(path);
+        return m_services.iconAlert().isRoot(path);
     });
     installPage()->setVolumes(volumes, started);
     maintenancePage()->setVolumes(volumes, started);

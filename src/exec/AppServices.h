@@ -16,8 +16,8 @@ class AdminAuthentication;
 // The collaborators every part of the program shares, built once at start-up (each test
 // builds its own) and handed to the controllers, verbs and plans that need them: where
 // the system is, how a task's root commands run, how a task's end reaches the user, the
-// kext location index, and whether a volume is the started system. Nothing else in the
-// program is reached through a global.
+// kext location index, and whether a volume is the started system. Past start-up none of
+// them is reached through a global.
 class AppServices {
 public:
     using ExecutorFactory = std::function<std::shared_ptr<Executor>()>;
@@ -29,7 +29,6 @@ public:
     AppServices &operator=(const AppServices &) = delete;
 
     const SystemPaths &paths() const { return m_paths; }
-    AdminAuthentication &session() { return m_session; }
     Alerts &alerts() { return m_alerts; }
     RootScript &rootScript() { return m_rootScript; }
     KextLocationIndex &index() { return m_index; }

@@ -7,10 +7,6 @@ std::optional<QString> IconAlert::ExecuteCmd(const QString &tool, const QStringL
     return ProcessRunner::output(tool, args);
 }
 
-std::optional<QString> IconAlert::ExecuteErrorCmd(const QString &tool, const QStringList &args) {
-    return ProcessRunner::errorOutput(tool, args);
-}
-
 std::optional<QString> IconAlert::ExecuteRootErrorCmd(const QString &command, const QString &arg) {
     return m_services.rootScript().run(command, arg);
 }
@@ -25,12 +21,4 @@ void IconAlert::ShowInfoMsg(const QString &message, QObject *window) {
 
 bool IconAlert::isRoot(const QString &path) {
     return m_services.isStartedSystem(path);
-}
-
-const SystemPaths &IconAlert::paths() const {
-    return m_services.paths();
-}
-
-KextLocationIndex &IconAlert::index() {
-    return m_services.index();
 }

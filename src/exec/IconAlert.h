@@ -5,9 +5,7 @@
 #include <optional>
 
 class AppServices;
-class KextLocationIndex;
 class QObject;
-class SystemPaths;
 
 // The program's shared utility object, under the names its callers know: runs tools as
 // the user or one root command line, reports the end of tasks, tells whether a volume is
@@ -18,7 +16,6 @@ public:
     explicit IconAlert(AppServices &services) : m_services(services) {}
 
     std::optional<QString> ExecuteCmd(const QString &tool, const QStringList &args);
-    std::optional<QString> ExecuteErrorCmd(const QString &tool, const QStringList &args);
     std::optional<QString> ExecuteRootErrorCmd(const QString &command, const QString &arg);
 
     void ShowErrorMsg(const QString &message, QObject *window);
@@ -26,9 +23,6 @@ public:
 
     // Whether the path is the mount point of the started system.
     bool isRoot(const QString &path);
-
-    const SystemPaths &paths() const;
-    KextLocationIndex &index();
 
 private:
     AppServices &m_services;

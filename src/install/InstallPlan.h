@@ -37,8 +37,6 @@ public:
     // The job itself, on a background thread.
     TaskResult run();
 
-    const KextFolders &folders() const { return m_folders; }
-
 private:
     enum class Branch { Extensions, KextStore, Sle };
     bool exists(const QString &path) const;

@@ -30,8 +30,6 @@ public:
     // The job itself, on a background thread.
     TaskResult run();
 
-    const KextFolders &folders() const { return m_folders; }
-
 private:
     void repairExtra();
     bool rebuildExtraMkext();
