@@ -4,14 +4,15 @@
 #include <QNetworkReply>
 #include <QStringDecoder>
 
-DonationProbe::DonationProbe(QObject *parent)
-    : QObject(parent), m_network(new QNetworkAccessManager(this)) {}
+DonationProbe::DonationProbe(QObject *parent) : QObject(parent) {}
 
 void DonationProbe::start(const QUrl &page) {
     if (!page.isValid() || page.isEmpty()) {
         emit unreachable();
         return;
     }
+    if (!m_network)
+        m_network = new QNetworkAccessManager(this);
     QNetworkRequest request(page);
     request.setTransferTimeout(20000);
     QNetworkReply *reply = m_network->get(request);

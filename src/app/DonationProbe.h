@@ -20,5 +20,6 @@ signals:
     void reachable();
 
 private:
-    QNetworkAccessManager *m_network;
+    // Made by start() when there is something to fetch: a manager costs its set-up.
+    QNetworkAccessManager *m_network = nullptr;
 };

@@ -14,6 +14,7 @@
 #include <QMessageBox>
 #include <QStatusBar>
 #include <QTabBar>
+#include <QTimer>
 
 namespace {
 const char *const toolbarIds[] = {"ti_m", "ti_i", "ti_u", "ti_c", "ti_l"};
@@ -177,4 +178,24 @@ void MainWindow::setPageBlocked(int page, const QString &reason) {
         entry->setEnabled(!blocked);
         entry->setToolTip(blocked ? reason : QString());
     }
+}
+
+bool MainWindow::event(QEvent *event) {
+    const bool handled = QMainWindow::event(event);
+    if (m_firstFrameReported)
+        return handled;
+    if (event->type() == QEvent::Paint) {
+        // Queued: the frame reaches the screen when this paint has returned.
+        QMetaObject::invokeMethod(this, &MainWindow::reportFirstFrame, Qt::QueuedConnection);
+    } else if (event->type() == QEvent::Show) {
+        QTimer::singleShot(1000, this, &MainWindow::reportFirstFrame);
+    }
+    return handled;
+}
+
+void MainWindow::reportFirstFrame() {
+    if (m_firstFrameReported)
+        return;
+    m_firstFrameReported = true;
+    emit firstFrameShown();
 }

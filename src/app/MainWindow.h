@@ -75,7 +75,17 @@ public:
     void selectToolbarItem(const QString &identifier);
     static QString toolbarIdentifier(int page);
 
+signals:
+    // Once, when the first frame of the shown window has been painted; a platform that
+    // never paints it gets the signal a moment after the window was shown.
+    void firstFrameShown();
+
+protected:
+    bool event(QEvent *event) override;
+
 private:
+    void reportFirstFrame();
+
     std::unique_ptr<Ui::MainWindow> m_ui;
     MaintenancePage *m_maintenance;
     InstallPage *m_install;
@@ -86,4 +96,5 @@ private:
     QAction *m_spacer;
     QAction *m_verSpacer;
     QStringList m_toolTips; // the page items' own tooltips, for when they open again
+    bool m_firstFrameReported = false;
 };

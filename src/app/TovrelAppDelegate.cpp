@@ -21,6 +21,7 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QUrl>
+#include <QtConcurrent>
 
 TovrelAppDelegate::TovrelAppDelegate(MainWindow &window, AppServices &services, QObject *parent)
     : QObject(parent), m_window(window), m_services(services), m_paths(services.paths()),
@@ -28,7 +29,12 @@ TovrelAppDelegate::TovrelAppDelegate(MainWindow &window, AppServices &services, 
     connectActions();
 }
 
-TovrelAppDelegate::~TovrelAppDelegate() = default;
+TovrelAppDelegate::~TovrelAppDelegate() {
+    // The volume job reads the services; the network objects end with their thread.
+    m_volumeList.waitForFinished();
+    m_network.quit();
+    m_network.wait();
+}
 
 MaintenancePage *TovrelAppDelegate::maintenancePage() const {
     return m_window.maintenancePage();
@@ -209,20 +215,16 @@ void TovrelAppDelegate::CheckVer(QAction *item) {
     DiskSelectorMaintenance(nullptr);
 }
 
-void TovrelAppDelegate::fillVolumeLists() {
-    const QString volumesDir = m_paths.volumesDir();
-    const QStringList volumes = VolumeList::build(volumesDir);
-    const int started = VolumeList::preselection(volumes, volumesDir, [this](const QString &path) {
-        return m_services.iconAlert().isRoot(path);
-    });
-    installPage()->setVolumes(volumes, started);
-    maintenancePage()->setVolumes(volumes, started);
-    const SandboxOffer sandbox(m_paths.home());
-    maintenancePage()->showEmptyState(
-        volumes.isEmpty() ? tr("No volume with an Extra or System/Library folder was found in %1.")
-                                .arg(QDir::toNativeSeparators(volumesDir))
-                          : QString(),
-        SandboxOffer::applies(m_paths) ? sandbox.actionText() : QString());
+TovrelAppDelegate::VolumeChoice TovrelAppDelegate::listVolumes(const SystemPaths &paths,
+                                                               const AppServices &services) {
+    VolumeChoice choice;
+    const QString volumesDir = paths.volumesDir();
+    choice.volumes = VolumeList::build(volumesDir);
+    choice.started =
+        VolumeList::preselection(choice.volumes, volumesDir, [&services](const QString &path) {
+            return services.isStartedSystem(path);
+        });
+    return choice;
 }
 
 // --- Drops ------------------------------------------------------------------------------
@@ -241,16 +243,39 @@ void TovrelAppDelegate::applicationDidFinishLaunching() {
     m_window.selectToolbarItem(QStringLiteral("ti_m"));
     installPage()->setProgressMaximum(100);
     ToolbarIcons::applySystem(m_window, SystemImages(m_paths));
-    fillVolumeLists();
+    // Which volume is the started system is the disk tool's answer, one run per volume.
+    m_volumeList =
+        QtConcurrent::run(&TovrelAppDelegate::listVolumes, m_paths, std::cref(m_services));
+    m_volumeList.then(this, [this](const VolumeChoice &choice) { finishLaunching(choice); });
+}
+
+void TovrelAppDelegate::finishLaunching(const VolumeChoice &choice) {
+    installPage()->setVolumes(choice.volumes, choice.started);
+    maintenancePage()->setVolumes(choice.volumes, choice.started);
+    const SandboxOffer sandbox(m_paths.home());
+    maintenancePage()->showEmptyState(
+        choice.volumes.isEmpty()
+            ? tr("No volume with an Extra or System/Library folder was found in %1.")
+                  .arg(QDir::toNativeSeparators(m_paths.volumesDir()))
+            : QString(),
+        SandboxOffer::applies(m_paths) ? sandbox.actionText() : QString());
     DiskSelectorMaintenance(nullptr);
     // The version menu starts as a volume choice leaves it: only the shown volume's
     // version folders have items.
     m_window.showVersionFolders(KextFolders(rp).versionFolders());
+    startNetworkCheck();
+    m_window.setPrelinkKernel(m_settings->boolean(AppSettings::prelinkKernelKey));
+    emit launched();
+}
 
+void TovrelAppDelegate::startNetworkCheck() {
     const bool checkForUpdates = m_settings->boolean(AppSettings::checkAtStartupKey);
     m_window.setCheckAtStartup(checkForUpdates);
+    m_network.start();
     if (checkForUpdates) {
-        auto *check = new UpdateCheck(this);
+        auto *check = new UpdateCheck;
+        check->moveToThread(&m_network);
+        connect(&m_network, &QThread::finished, check, &QObject::deleteLater);
         connect(check, &UpdateCheck::newVersionAvailable, this,
                 [this](const QString &version, const QUrl &download) {
                     m_services.iconAlert().ShowInfoMsg(
@@ -258,18 +283,25 @@ void TovrelAppDelegate::applicationDidFinishLaunching() {
                             .arg(version, download.toString()),
                         &m_window);
                 });
+        connect(check, &UpdateCheck::finished, this, &TovrelAppDelegate::networkCheckEnded);
         connect(check, &UpdateCheck::finished, check, &QObject::deleteLater);
-        check->start(QUrl(m_settings->string(AppSettings::feedUrlKey)), QStringLiteral(KK_VERSION));
+        const QUrl feed(m_settings->string(AppSettings::feedUrlKey));
+        QMetaObject::invokeMethod(
+            check, [check, feed] { check->start(feed, QStringLiteral(KK_VERSION)); });
     } else {
-        auto *probe = new DonationProbe(this);
-        connect(probe, &DonationProbe::unreachable, this, [this, probe] {
+        auto *probe = new DonationProbe;
+        probe->moveToThread(&m_network);
+        connect(&m_network, &QThread::finished, probe, &QObject::deleteLater);
+        connect(probe, &DonationProbe::unreachable, this, [this] {
             m_window.hideDonation();
-            probe->deleteLater();
+            emit networkCheckEnded();
         });
+        connect(probe, &DonationProbe::reachable, this, &TovrelAppDelegate::networkCheckEnded);
+        connect(probe, &DonationProbe::unreachable, probe, &QObject::deleteLater);
         connect(probe, &DonationProbe::reachable, probe, &QObject::deleteLater);
-        probe->start(QUrl(m_settings->string(AppSettings::donationUrlKey)));
+        const QUrl page(m_settings->string(AppSettings::donationUrlKey));
+        QMetaObject::invokeMethod(probe, [probe, page] { probe->start(page); });
     }
-    m_window.setPrelinkKernel(m_settings->boolean(AppSettings::prelinkKernelKey));
 }
 
 void TovrelAppDelegate::CheckForUpdatesAtStartup(bool checked) {

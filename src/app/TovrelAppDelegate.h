@@ -2,9 +2,11 @@
 
 #include "volumes/SystemPaths.h"
 
+#include <QFuture>
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QThread>
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -48,7 +50,10 @@ public:
     AppSettings &settings() const { return *m_settings; }
 
     // Gives every control its start-up content, in order, and starts the update check
-    // or the donation probe.
+    // or the donation probe. Nothing slow runs on the UI thread: the volume list asks the
+    // disk tool about each volume on the pool, the steps after it continue here once it
+    // is known (then `launched` is emitted), and the network is used from a thread of
+    // its own.
     void applicationDidFinishLaunching();
 
 public slots:
@@ -82,10 +87,20 @@ public slots:
 
 signals:
     void filesDropped(const QStringList &files);
+    // Every start-up step has run (the update check or donation probe has started).
+    void launched();
+    // The update check or the donation probe has its answer, and the window shows it.
+    void networkCheckEnded();
 
 private:
+    struct VolumeChoice {
+        QStringList volumes;
+        int started = -1;
+    };
     void connectActions();
-    void fillVolumeLists();
+    static VolumeChoice listVolumes(const SystemPaths &paths, const AppServices &services);
+    void finishLaunching(const VolumeChoice &choice);
+    void startNetworkCheck();
     void applyVolumeTables(QObject *sender);
 
     MainWindow &m_window;
@@ -93,4 +108,8 @@ private:
     SystemPaths m_paths;
     std::unique_ptr<AppSettings> m_settings;
     QString m_guardHint;
+    QFuture<VolumeChoice> m_volumeList;
+    // The update check and the donation probe live here: name lookups and the TLS set-up
+    // never hold up the window.
+    QThread m_network;
 };

@@ -5,14 +5,15 @@
 #include <QVersionNumber>
 #include <QXmlStreamReader>
 
-UpdateCheck::UpdateCheck(QObject *parent)
-    : QObject(parent), m_network(new QNetworkAccessManager(this)) {}
+UpdateCheck::UpdateCheck(QObject *parent) : QObject(parent) {}
 
 void UpdateCheck::start(const QUrl &feed, const QString &ourVersion) {
     if (!feed.isValid() || feed.isEmpty()) {
         emit finished();
         return;
     }
+    if (!m_network)
+        m_network = new QNetworkAccessManager(this);
     QNetworkRequest request(feed);
     request.setTransferTimeout(20000);
     QNetworkReply *reply = m_network->get(request);

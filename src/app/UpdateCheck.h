@@ -32,5 +32,6 @@ signals:
     void finished();
 
 private:
-    QNetworkAccessManager *m_network;
+    // Made by start() when there is something to fetch: a manager costs its set-up.
+    QNetworkAccessManager *m_network = nullptr;
 };

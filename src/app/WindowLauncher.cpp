@@ -11,7 +11,6 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QTimer>
 
 int launchWindow(QApplication &app, const SystemPaths &paths, AdminAuthentication &session) {
     AppSettings(paths.contentsDir()).seedDefaults();
@@ -36,13 +35,17 @@ int launchWindow(QApplication &app, const SystemPaths &paths, AdminAuthenticatio
     WindowState state;
     window.resize(800, 600);
     const QString lastPage = state.restore(window, *window.pageToolBar(), pageItems);
+    // The window first; the start-up steps once its first frame is on the screen.
+    QObject::connect(&window, &MainWindow::firstFrameShown, &assembled.delegate,
+                     [&assembled, &window, lastPage] {
+                         assembled.delegate.applicationDidFinishLaunching();
+                         // The page shown last is entered as a click on its item would,
+                         // guards and all.
+                         if (QAction *item = window.action(lastPage);
+                             item && lastPage != QLatin1String("ti_m"))
+                             item->trigger();
+                     });
     window.show();
-    QTimer::singleShot(0, &assembled.delegate, [&assembled, &window, lastPage] {
-        assembled.delegate.applicationDidFinishLaunching();
-        // The page shown last is entered as a click on its item would, guards and all.
-        if (QAction *item = window.action(lastPage); item && lastPage != QLatin1String("ti_m"))
-            item->trigger();
-    });
     QObject::connect(&app, &QApplication::aboutToQuit, &window, [&] {
         state.save(window, *window.pageToolBar(), pageItems, window.selectedToolbarItem());
     });

@@ -9,7 +9,9 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QTest>
 #include <memory>
 
 // A main window and its delegate over a temporary system root, home and settings
@@ -40,6 +42,13 @@ struct WindowFixture {
         window = std::make_unique<MainWindow>();
         delegate = std::make_unique<TovrelAppDelegate>(*window, test.services);
         panels = std::make_unique<FilePanels>(window.get());
+    }
+
+    // Runs the start-up steps and waits for their end (the volume list is made on the pool).
+    void launch() {
+        QSignalSpy launched(delegate.get(), &TovrelAppDelegate::launched);
+        delegate->applicationDidFinishLaunching();
+        QTRY_COMPARE(launched.count(), 1);
     }
 
     // Creates folders below a volume: makeVolume("HD", {"System/Library/Extensions"}).

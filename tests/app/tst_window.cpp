@@ -1,7 +1,6 @@
 #include "AppSettings.h"
 #include "AppTranslator.h"
 #include "CliRun.h"
-#include "DonationProbe.h"
 #include "MessageBoxSheets.h"
 #include "PasswordDialog.h"
 #include "RecordingSheets.h"
@@ -27,6 +26,7 @@
 #include <QMimeData>
 #include <QRadioButton>
 #include <QScopeGuard>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <QTest>
@@ -141,7 +141,7 @@ private slots:
         f.startedVolume = started;
         f.window->showPage(PageChecking);
         f.window->selectToolbarItem(QStringLiteral("ti_c"));
-        f.delegate->applicationDidFinishLaunching();
+        f.launch();
         QCOMPARE(f.window->selectedToolbarItem(), QStringLiteral("ti_m"));
 
         const QStringList shown = items(f.find<QComboBox>("DiskSelMain"));
@@ -266,12 +266,12 @@ private slots:
                                                 QUrl::fromLocalFile(page).toString()))
                                .toUtf8()));
 
-        f.delegate->applicationDidFinishLaunching();
+        QSignalSpy answered(f.delegate.get(), &TovrelAppDelegate::networkCheckEnded);
+        f.launch();
         const bool on = settings.contains(QLatin1String("<true/>"));
         QCOMPARE(f.window->action(QStringLiteral("MI_checkatstart"))->isChecked(), on);
         QCOMPARE(f.window->action(QStringLiteral("MI_PrelinkKernel"))->isChecked(), on);
-        QTRY_VERIFY(f.delegate->findChildren<UpdateCheck *>().isEmpty() &&
-                    f.delegate->findChildren<DonationProbe *>().isEmpty());
+        QTRY_COMPARE(answered.count(), 1);
         QCOMPARE(f.window->action(QStringLiteral("MI_Donate"))->isVisible(), entriesVisible);
         QCOMPARE(f.window->donateSpacer()->isVisible(), entriesVisible);
         QCOMPARE(shown.texts, sheets);
@@ -439,7 +439,7 @@ private slots:
         WindowFixture f;
         f.makeVolume(QStringLiteral("Macintosh HD"),
                      {"Extra/Extensions", "System/Library/Extensions"});
-        f.delegate->applicationDidFinishLaunching();
+        f.launch();
         f.window->resize(size);
         f.window->show();
         f.window->showPage(page);
@@ -630,6 +630,33 @@ private slots:
         QCOMPARE(versionItemsVisible(f), QList<bool>(5, false));
     }
 
+    // The start-up steps begin once the window's first frame is painted, and the disk
+    // tool's answers (which volume is the started system) are awaited off the UI thread:
+    // the window stays live meanwhile, and the steps after the volume list wait for it.
+    void startUpLeavesTheWindowLive() {
+        WindowFixture f;
+        QSignalSpy frame(f.window.get(), &MainWindow::firstFrameShown);
+        f.window->show();
+        QTRY_COMPARE(frame.count(), 1);
+
+        f.makeVolume(QStringLiteral("One"), {"System/Library/Extensions"});
+        f.makeVolume(QStringLiteral("Two"), {"Extra"});
+        QSemaphore answer;
+        f.test.services.setStartedSystemCheck([&answer](const QString &) {
+            answer.tryAcquire(1, 5000);
+            return false;
+        });
+        QSignalSpy launched(f.delegate.get(), &TovrelAppDelegate::launched);
+        f.delegate->applicationDidFinishLaunching();
+        QCOMPARE(f.window->selectedToolbarItem(), QStringLiteral("ti_m"));
+        QCOMPARE(launched.count(), 0);
+        QCOMPARE(f.find<QComboBox>("DiskSelMain")->count(), 0);
+        answer.release(2);
+        QTRY_COMPARE(launched.count(), 1);
+        QCOMPARE(f.find<QComboBox>("DiskSelMain")->count(), 2);
+        QCOMPARE(frame.count(), 1);
+    }
+
     // At start-up the version items and their spacer show only the shown volume's folders.
     void versionMenuAtStartUp_data() {
         QTest::addColumn<QString>("folder");
@@ -644,7 +671,7 @@ private slots:
         QFETCH(QList<bool>, visible);
         WindowFixture f;
         f.makeVolume(QStringLiteral("HD"), {folder});
-        f.delegate->applicationDidFinishLaunching();
+        f.launch();
         QCOMPARE(versionItemsVisible(f), visible);
     }
 

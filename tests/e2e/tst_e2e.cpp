@@ -262,7 +262,9 @@ class TestE2e : public QObject {
         m_app = std::make_unique<AssembledWindow>(m_test->services);
         m_app->window.resize(800, 600);
         m_app->window.show();
+        QSignalSpy launched(&m_app->delegate, &TovrelAppDelegate::launched);
         m_app->delegate.applicationDidFinishLaunching();
+        QTRY_COMPARE(launched.count(), 1);
         QCOMPARE(find<QComboBox>("DiskSelMain")->currentText(), "Macintosh HD");
         m_mac->clearLog();
     }
