@@ -167,12 +167,12 @@ private slots:
 
     void emptyMaintenancePageSaysWhy() {
         WindowFixture f;
-        f.delegate->applicationDidFinishLaunching();
+        f.launch();
         QCOMPARE(f.window->maintenancePage()->emptyReason(),
                  "No volume with an Extra or System/Library folder was found in " +
                      f.paths.volumesDir() + ".");
         f.makeVolume(QStringLiteral("HD"), {QStringLiteral("System/Library")});
-        f.delegate->applicationDidFinishLaunching();
+        f.launch();
         QCOMPARE(f.window->maintenancePage()->emptyReason(), QString());
     }
 
