@@ -199,6 +199,5 @@ int kextkeeperMain(int argc, char **argv) {
     AppIdentity::apply(app);
     AdminAuthentication::configureShared(sessionConfig(paths, options.useSudo), nullptr);
     static CommandJournal journal(CommandJournal::defaultPath(paths.home()));
-    AdminAuthentication::sharedInstance().setJournal(&journal);
-    return launchWindow(app, paths, AdminAuthentication::sharedInstance());
+    return launchWindow(app, paths, AdminAuthentication::sharedInstance(), journal, options.dryRun);
 }

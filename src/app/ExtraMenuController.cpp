@@ -100,10 +100,11 @@ void ExtraMenuController::askToContinue(const QString &informativeText,
 
 void ExtraMenuController::commandsFailed(const QStringList &failures) {
     m_commandsFailed = true;
-    m_services.iconAlert().ShowErrorMsg(FailedCommands::summary(failures.size()) +
-                                            QStringLiteral(":\n") +
-                                            failures.join(QLatin1Char('\n')),
-                                        &m_delegate.window());
+    // These operations end without a word when all is well; failures get an alert.
+    m_delegate.window().showStatus(FailedCommands::summary(failures.size()));
+    TaskResult result = TaskResult::failed();
+    result.commandFailures = failures;
+    m_services.alerts().showResult(result, &m_delegate.window());
 }
 
 void ExtraMenuController::reevaluateVolume() {

@@ -42,11 +42,9 @@ InstallController::InstallController(TovrelAppDelegate &delegate, AppServices &s
     connect(m_reporter, &TaskReporter::progressEmptied, page, &InstallPage::resetProgress);
     connect(m_reporter, &TaskReporter::volumeChanged, this,
             [this] { m_delegate.DiskSelectorInstallation(nullptr); });
+    // The closing alert lists the failures; the status line says there were some.
     connect(m_reporter, &TaskReporter::commandFailures, this, [this](const QStringList &failures) {
-        m_services.iconAlert().ShowErrorMsg(FailedCommands::summary(failures.size()) +
-                                                QStringLiteral(":\n") +
-                                                failures.join(QLatin1Char('\n')),
-                                            &m_delegate.window());
+        m_delegate.window().showStatus(FailedCommands::summary(failures.size()));
     });
 }
 

@@ -12,6 +12,7 @@
 #include <QAction>
 #include <QDir>
 #include <QPointer>
+#include <QStatusBar>
 #include <memory>
 
 ReportController::ReportController(MainWindow &window, AppServices &services, TaskRunner &tasks,
@@ -38,6 +39,12 @@ void ReportController::CreateList() {
 void ReportController::SaveTXT(int returnCode, const QString &file) {
     if (returnCode != 1)
         return;
+    // A dry run writes nothing, not even the report.
+    if (m_services.dryRun()) {
+        m_window.statusBar()->showMessage(
+            tr("Dry run: the report was not written to %1.").arg(file));
+        return;
+    }
     // The report describes the started system: a fresh index of its folders, copied so
     // that the background jobs never read one the page is rebuilding.
     m_services.index().rebuild(m_services.paths());

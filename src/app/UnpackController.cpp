@@ -4,9 +4,11 @@
 #include "MainWindow.h"
 #include "TovrelAppDelegate.h"
 #include "exec/AppServices.h"
+#include "exec/CommandJournal.h"
 #include "inspect/DroppedFile.h"
 #include "pages/UnpackPage.h"
 
+#include <QElapsedTimer>
 #include <QPointer>
 #include <QStatusBar>
 
@@ -67,9 +69,34 @@ void UnpackController::listMkext(const QString &mkext) {
 
 void UnpackController::bUnpck() {
     UnpackPage *page = m_delegate.unpackPage();
+    CommandJournal *journal = m_services.journal();
+    const SystemPaths &paths = m_services.paths();
+    // Unpacking writes bundles: a run of the system's tool is journaled as one of the
+    // user's commands that change something, and a dry run only lists it.
+    const Command command{
+        MkextUnpackTask::toolPath(paths),
+        MkextUnpackTask::unpackArgs(page->architecture(), page->folder(), page->mkext()), false};
+    if (m_services.dryRun() && !page->mkext().isEmpty()) {
+        if (journal)
+            journal->recordPlanned(command);
+        m_delegate.window().statusBar()->showMessage(
+            tr("Dry run: the unpack is listed in the Log; nothing was written."));
+        return;
+    }
     page->setSpinning(true);
+    const QDateTime started = QDateTime::currentDateTimeUtc();
+    QElapsedTimer timer;
+    timer.start();
     const TaskResult result =
         unpacker().unpack(page->mkext(), page->architecture(), page->folder());
+    if (journal && !page->mkext().isEmpty() && MkextUnpackTask::hasSystemTool(paths)) {
+        JournalEntry entry;
+        entry.time = started;
+        entry.command = command;
+        entry.result = {true, result.ok ? 0 : 1, result.ok ? QString() : result.message};
+        entry.durationMs = timer.elapsed();
+        journal->record(entry);
+    }
     page->setSpinning(false);
     m_services.alerts().showResult(result, &m_delegate.window());
 }

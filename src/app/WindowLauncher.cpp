@@ -7,17 +7,24 @@
 #include "WindowState.h"
 #include "exec/AdminAuthentication.h"
 #include "exec/AppServices.h"
+#include "exec/CommandJournal.h"
 #include "exec/FreedesktopNotifier.h"
 
 #include <QAction>
 #include <QApplication>
 
-int launchWindow(QApplication &app, const SystemPaths &paths, AdminAuthentication &session) {
+int launchWindow(QApplication &app, const SystemPaths &paths, AdminAuthentication &session,
+                 CommandJournal &journal, bool dryRun) {
     AppSettings(paths.contentsDir()).seedDefaults();
 
     FreedesktopNotifier notifier;
     MessageBoxSheets sheets{SystemImages(paths)};
     AppServices services(paths, session, Alerts(&notifier, &sheets));
+    services.setJournal(&journal);
+    if (dryRun)
+        services.planOnly(journal);
+    else
+        session.setJournal(&journal);
     AssembledWindow assembled(services);
     // A child of the window, so it goes before the window does, not after it.
     PasswordDialog prompt(&assembled.window);

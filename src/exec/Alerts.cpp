@@ -1,5 +1,6 @@
 #include "exec/Alerts.h"
 
+#include "exec/FailedCommands.h"
 #include "exec/Notifier.h"
 #include "exec/SheetPresenter.h"
 #include "exec/TaskResult.h"
@@ -33,6 +34,26 @@ void Alerts::showInfo(const QString &message, QObject *window, const SheetPresen
 
 void Alerts::showResult(const TaskResult &result, QObject *window,
                         const SheetPresenter::Extra &extra) {
+    if (!result.commandFailures.isEmpty()) {
+        // The failures need reading, so they always come as a sheet, below the task's own
+        // closing text; a notification still carries that text alone.
+        const QString failures = FailedCommands::summary(result.commandFailures.size()) +
+                                 QStringLiteral(":\n") +
+                                 result.commandFailures.join(QLatin1Char('\n'));
+        const bool ok = result.ok && !result.message.isEmpty();
+        if (notifierRuns() && !result.message.isEmpty())
+            m_notifier->notify(ok ? kkTr("Done") : kkTr("Error"), result.message,
+                               ok ? QStringLiteral("Task Finished")
+                                  : QStringLiteral("Task Failed"));
+        const QString text = result.message.isEmpty()
+                                 ? failures
+                                 : result.message + QStringLiteral("\n\n") + failures;
+        if (m_sheets)
+            m_sheets->showSheetWithExtra(ok ? SheetPresenter::Kind::Info
+                                            : SheetPresenter::Kind::Error,
+                                         ok ? kkTr("Done") : kkTr("Error"), text, window, extra);
+        return;
+    }
     if (result.message.isEmpty())
         return;
     if (result.ok)

@@ -1,5 +1,7 @@
 #include "exec/AppServices.h"
 
+#include "exec/CommandJournal.h"
+#include "exec/DryRunExecutor.h"
 #include "exec/ProcessRunner.h"
 #include "exec/SessionExecutor.h"
 #include "volumes/DiskInfo.h"
@@ -14,3 +16,11 @@ AppServices::AppServices(const SystemPaths &paths, AdminAuthentication &session,
                   ProcessRunner::output(diskutil, {QStringLiteral("info"), path});
               return diskInfoIsStartedSystem(info.value_or(QString()));
           }) {}
+
+void AppServices::planOnly(CommandJournal &journal) {
+    m_journal = &journal;
+    m_dryRun = true;
+    auto planned = std::make_shared<DryRunExecutor>(
+        [&journal](const Command &command) { journal.recordPlanned(command); });
+    m_executors = [planned] { return planned; };
+}

@@ -12,6 +12,7 @@
 #include <memory>
 
 class AdminAuthentication;
+class CommandJournal;
 
 // The collaborators every part of the program shares, built once at start-up (each test
 // builds its own) and handed to the controllers, verbs and plans that need them: where
@@ -45,6 +46,17 @@ public:
     bool isStartedSystem(const QString &path) const { return m_startedSystem(path); }
     void setStartedSystemCheck(StartedSystemCheck check) { m_startedSystem = std::move(check); }
 
+    // The journal root commands are recorded in, and the Log window shows (none when a
+    // test sets none).
+    CommandJournal *journal() const { return m_journal; }
+    void setJournal(CommandJournal *journal) { m_journal = journal; }
+    // Started with --dry-run: root commands are listed in the Log instead of being run.
+    bool dryRun() const { return m_dryRun; }
+    // Makes this a dry run: every task's root commands go to the journal as planned ones
+    // (this run's entries, never its file), through one executor for the whole session so
+    // each plan sees what the earlier ones would have left.
+    void planOnly(CommandJournal &journal);
+
 private:
     SystemPaths m_paths;
     AdminAuthentication &m_session;
@@ -53,4 +65,6 @@ private:
     KextLocationIndex m_index;
     ExecutorFactory m_executors;
     StartedSystemCheck m_startedSystem;
+    CommandJournal *m_journal = nullptr;
+    bool m_dryRun = false;
 };

@@ -35,6 +35,14 @@ void CommandJournal::record(const JournalEntry &entry) {
         listener(entry);
 }
 
+void CommandJournal::recordPlanned(const Command &command) {
+    JournalEntry entry;
+    entry.time = QDateTime::currentDateTimeUtc();
+    entry.command = command;
+    entry.planned = true;
+    record(entry);
+}
+
 QList<JournalEntry> CommandJournal::entries() const {
     QMutexLocker lock(&m_mutex);
     return m_entries;

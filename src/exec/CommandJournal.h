@@ -25,6 +25,8 @@ public:
 
     // Appends one entry (a planned one stays in memory only) and tells the listener.
     void record(const JournalEntry &entry);
+    // A command a dry run would have run: listed with this run's entries, never written.
+    void recordPlanned(const Command &command);
     // This run's entries, oldest first.
     QList<JournalEntry> entries() const;
     // Called after each record, on the recording thread.

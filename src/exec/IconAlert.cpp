@@ -1,6 +1,7 @@
 #include "exec/IconAlert.h"
 
 #include "exec/AppServices.h"
+#include "exec/CommandJournal.h"
 #include "exec/ProcessRunner.h"
 
 std::optional<QString> IconAlert::ExecuteCmd(const QString &tool, const QStringList &args) {
@@ -8,6 +9,12 @@ std::optional<QString> IconAlert::ExecuteCmd(const QString &tool, const QStringL
 }
 
 std::optional<QString> IconAlert::ExecuteRootErrorCmd(const QString &command, const QString &arg) {
+    // A dry run lists the command and takes it as done.
+    if (m_services.dryRun()) {
+        if (m_services.journal())
+            m_services.journal()->recordPlanned(Command{command, {arg}, true});
+        return QString();
+    }
     return m_services.rootScript().run(command, arg);
 }
 

@@ -2,6 +2,7 @@
 
 #include <QMetaType>
 #include <QString>
+#include <QStringList>
 
 // How a task ended, the one shape every task gives back: the window turns it into its
 // closing alert, a verb into its streams and exit status.
@@ -14,9 +15,12 @@ struct TaskResult {
     // they always were (the report says "Saved." even when the file could not be
     // written): the verbs print it and exit 1.
     QString quietFailure;
+    // Commands of the task that failed, one line each; the closing text stays the task's
+    // own, and the alert lists them beside it.
+    QStringList commandFailures;
 
-    static TaskResult done(const QString &message = {}) { return {true, message, {}}; }
-    static TaskResult failed(const QString &message = {}) { return {false, message, {}}; }
+    static TaskResult done(const QString &message = {}) { return {true, message, {}, {}}; }
+    static TaskResult failed(const QString &message = {}) { return {false, message, {}, {}}; }
 
     bool operator==(const TaskResult &other) const = default;
 };

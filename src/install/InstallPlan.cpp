@@ -25,8 +25,8 @@ bool isSameFile(const QString &a, const QString &b) {
 InstallPlan::InstallPlan(InstallOptions options, AppServices &services, Executor &executor,
                          InstallView &view)
     : m_options(std::move(options)), m_services(services), m_paths(services.paths()),
-      m_folders(m_paths.volumeRoot(m_options.volume), m_options.extraVersion),
-      m_executor(executor), m_view(view), m_clock([] { return QDateTime::currentDateTime(); }) {}
+      m_folders(m_paths.volumeRoot(m_options.volume), m_options.extraVersion), m_executor(executor),
+      m_view(view), m_clock([] { return QDateTime::currentDateTime(); }) {}
 
 bool InstallPlan::exists(const QString &path) const {
     return m_executor.exists(path);
@@ -199,8 +199,7 @@ bool InstallPlan::installBundle(const QString &bundle, const QString &folder, Br
 }
 
 bool InstallPlan::backUp(const QString &installed, const QString &folder) {
-    const KextBackup::Saved saved =
-        m_backup->save(installed, folder.mid(m_folders.root().size()));
+    const KextBackup::Saved saved = m_backup->save(installed, folder.mid(m_folders.root().size()));
     if (saved.copy.isEmpty()) {
         m_problem = kkTr("%1 was left in place, and nothing more was installed: its backup in "
                          "%2 could not be completed (%3).")
@@ -264,9 +263,11 @@ TaskResult InstallPlan::finish() {
     if (!m_failed.isEmpty())
         m_view.commandsFailed(m_failed.lines());
     m_view.progressReset();
-    if (m_problem.isEmpty())
-        return TaskResult::done(kkTr("Selected tasks were finished."));
-    return TaskResult::failed(m_problem);
+    TaskResult result = m_problem.isEmpty()
+                            ? TaskResult::done(kkTr("Selected tasks were finished."))
+                            : TaskResult::failed(m_problem);
+    result.commandFailures = m_failed.lines();
+    return result;
 }
 
 void InstallPlan::run(const QString &tool, const QStringList &args) {

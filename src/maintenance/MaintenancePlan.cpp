@@ -8,7 +8,6 @@
 #include "maintenance/MkextRebuild.h"
 #include "maintenance/OwnershipRepair.h"
 
-
 namespace {
 
 // The input check lets a box in the mixed state through; the job does not run it.
@@ -23,8 +22,8 @@ bool on(Qt::CheckState state) {
 MaintenancePlan::MaintenancePlan(MaintenanceOptions options, AppServices &services,
                                  Executor &executor, MaintenanceView &view)
     : m_options(std::move(options)), m_services(services), m_paths(services.paths()),
-      m_folders(m_paths.volumeRoot(m_options.volume), m_options.extraVersion),
-      m_executor(executor), m_view(view) {}
+      m_folders(m_paths.volumeRoot(m_options.volume), m_options.extraVersion), m_executor(executor),
+      m_view(view) {}
 
 std::optional<TaskResult> MaintenancePlan::prepare() {
     if (!chosen(m_options.rebuildExtraMkext) && !chosen(m_options.repairExtra) &&
@@ -50,14 +49,20 @@ TaskResult MaintenancePlan::run() {
         // Nothing to build from: the later tasks are skipped, and the run ends with the
         // reason instead of the usual closing message.
         stopWorking();
-        return TaskResult::failed(kkTr("No Extra/Extensions or Extra/KextStore found."));
+        return withFailures(
+            TaskResult::failed(kkTr("No Extra/Extensions or Extra/KextStore found.")));
     }
     if (on(m_options.repairSle))
         repairSle();
     if (on(m_options.rebuildCaches))
         rebuildCaches();
     stopWorking();
-    return TaskResult::done(kkTr("Selected tasks were finished."));
+    return withFailures(TaskResult::done(kkTr("Selected tasks were finished.")));
+}
+
+TaskResult MaintenancePlan::withFailures(TaskResult result) const {
+    result.commandFailures = m_failed.lines();
+    return result;
 }
 
 void MaintenancePlan::repairExtra() {

@@ -37,6 +37,7 @@ private:
     void rebuildCaches();
     void repairFolder(const QString &folder);
     void stopWorking();
+    TaskResult withFailures(TaskResult result) const;
     bool exists(const QString &path) const;
     void run(const QString &tool, const QStringList &args);
     void run(const Command &command);

@@ -1,12 +1,17 @@
 #include "AssembledWindow.h"
 #include "CliRun.h"
+#include "JournalModel.h"
+#include "LogWindow.h"
 #include "RecordingSheets.h"
+#include "RestoreDialog.h"
 #include "TestScripts.h"
 #include "TestServices.h"
 #include "VolumeHealthController.h"
 #include "exec/Command.h"
+#include "exec/CommandJournal.h"
 #include "filesdrop.h"
 #include "inspect/MachODescriber.h"
+#include "install/KextBackup.h"
 #include "maintenance/MkextRebuild.h"
 #include "plist/PlistFile.h"
 #include "sandbox/KextBundleInfo.h"
@@ -37,6 +42,7 @@
 #include <QStatusBar>
 #include <QStringListModel>
 #include <QTableView>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
@@ -245,6 +251,7 @@ class TestE2e : public QObject {
     std::unique_ptr<SandboxMac> m_cli; // the command line's own sandbox
     RecordingSheets m_sheets;
     std::unique_ptr<TestServices> m_test;
+    std::unique_ptr<CommandJournal> m_journal;
     std::unique_ptr<AssembledWindow> m_app;
 
     template <typename T> T *find(const char *name) const {
@@ -252,13 +259,20 @@ class TestE2e : public QObject {
     }
     // Builds the sandbox and the window on it; the start-up's own diskutil questions are
     // taken out of the log so that it holds only what the task ran.
-    void start(bool prelink = false, const QString &fixedRoot = {}) {
+    void start(bool prelink = false, const QString &fixedRoot = {}, bool dryRun = false) {
         m_mac = std::make_unique<SandboxMac>();
         QVERIFY(m_mac->create(prelink, fixedRoot));
         const SystemPaths paths(m_mac->root(), m_mac->home(), m_mac->settingsFolder());
         // On a sandbox root commands run directly, as `--root` makes them.
         m_sheets.texts.clear();
         m_test = std::make_unique<TestServices>(paths, &m_sheets);
+        // A journal of this run only, as the Log window shows it.
+        m_journal = std::make_unique<CommandJournal>();
+        m_test->services.setJournal(m_journal.get());
+        if (dryRun)
+            m_test->services.planOnly(*m_journal);
+        else
+            m_test->session.setJournal(m_journal.get());
         m_app = std::make_unique<AssembledWindow>(m_test->services);
         m_app->window.resize(800, 600);
         m_app->window.show();
@@ -585,6 +599,96 @@ private slots:
         QCOMPARE(m_mac->logLines(), m_mac->maintenanceCommands(prelink));
         QVERIFY(find<QPushButton>("bMainButton")->isEnabled());
         QVERIFY(QFileInfo(m_mac->r("Extra/Extensions.mkext")).size() > 0);
+    }
+
+    // The commands the Log window lists, as the sandbox's log would have them.
+    QStringList logged() const {
+        LogWindow *log = m_app->window.findChild<LogWindow *>();
+        QStringList lines;
+        for (int row = 0; log && row < log->model()->rowCount(); ++row)
+            lines << log->model()->entry(row).displayLine();
+        return lines;
+    }
+
+    // Started with --dry-run the window says so, runs nothing as root, and lists in the Log
+    // the very commands the real run does.
+    void dryRunWindow() {
+        start(true, {}, true);
+        QCOMPARE(m_app->window.windowTitle(), "KextKeeper (sandbox, dry run)");
+        QVERIFY(find<QLabel>("dryRunNote")->isVisible());
+        find<QCheckBox>("cbExtra")->click();
+        find<QCheckBox>("cbSLE")->click();
+        QSignalSpy finished(&m_app->tasks, &TaskRunner::taskEnded);
+        find<QPushButton>("bMainButton")->click();
+        QVERIFY(finished.wait(30000));
+        QCOMPARE(m_sheets.texts, QStringList{"info: Selected tasks were finished."});
+        // Only the user's own question about the started system ran.
+        const QString question = m_mac->tool("/usr/sbin/diskutil", {"info", m_mac->r()});
+        QCOMPARE(m_mac->logLines(), QStringList{question});
+        QStringList expected = m_mac->maintenanceCommands(true);
+        expected.removeAll(question);
+        find<QAction>("MI_ShowLog")->trigger();
+        QVERIFY(m_app->window.findChild<LogWindow *>()->isVisible());
+        QCOMPARE(logged(), expected);
+    }
+
+    // A root command that fails: the status line says so, the alert lists it below the
+    // closing text, and the Log marks it.
+    void failuresAreToldInTheWindow() {
+        start();
+        QVERIFY(QFile::remove(m_mac->path("/bin/chmod")));
+        writeScript(QDir(m_mac->path("/bin")), "chmod", "echo 'chmod: denied' >&2\nexit 1\n");
+        find<QCheckBox>("cbSLERP")->click();
+        QSignalSpy finished(&m_app->tasks, &TaskRunner::taskEnded);
+        find<QPushButton>("bMainButton")->click();
+        QVERIFY(finished.wait(30000));
+        const QString chmod =
+            m_mac->tool("/bin/chmod", {"-R", "755", m_mac->r("System/Library/Extensions")});
+        QCOMPARE(m_sheets.texts, QStringList{"info: Selected tasks were finished.\n\n1 command "
+                                             "failed, see the Log:\n" +
+                                             chmod + ": exit 1: chmod: denied"});
+        QCOMPARE(find<QLabel>("lbMainTask")->text(), "1 command failed, see the Log");
+        QCOMPARE(logged().size(), 3); // chown, chmod, diskutil repairpermissions
+        const JournalModel *model = m_app->window.findChild<LogWindow *>()->model();
+        QCOMPARE(model->failures(), 1);
+        QCOMPARE(model->data(model->index(1, JournalModel::ResultColumn)), "failed: exit 1");
+    }
+
+    // File > Restore Kexts from Backup…: the backup chosen goes back where it came from,
+    // after a question; what it replaces gets a backup of its own.
+    void restoreFromTheFileMenu() {
+        start();
+        const QString installed = m_mac->r("Extra/Extensions/ExampleSensors.kext");
+        const QString backup = m_mac->desktop() + "/Kext Backups/01-02 03_04_05";
+        QVERIFY(QDir().mkpath(backup));
+        QVERIFY(KextBackup::copyTree(installed, backup + "/ExampleSensors.kext"));
+        const BackupManifest manifest{QDateTime::currentDateTime(),
+                                      "Macintosh HD",
+                                      "",
+                                      "extra",
+                                      {{"ExampleSensors.kext", "Extra/Extensions"}}};
+        QVERIFY(manifest.write(backup));
+        QVERIFY(QDir(installed + "/Contents/MacOS").removeRecursively());
+
+        find<QAction>("MI_RestoreBackup")->trigger();
+        RestoreDialog *dialog = nullptr;
+        QTRY_VERIFY((dialog = m_app->window.findChild<RestoreDialog *>()) && dialog->isVisible());
+        auto *table = dialog->findChild<QTableWidget *>("backupTable");
+        QCOMPARE(table->item(0, 4)->text(), "ExampleSensors.kext");
+        table->selectRow(0);
+        dialog->findChild<QPushButton *>("restoreButton")->click();
+        QMessageBox *question = nullptr;
+        QTRY_VERIFY((question = m_app->window.findChild<QMessageBox *>("restoreQuestion")) &&
+                    question->isVisible());
+        QSignalSpy ended(&m_app->tasks, &TaskRunner::taskEnded);
+        question->defaultButton()->click();
+        QVERIFY(ended.wait(30000));
+        QCOMPARE(m_sheets.texts, QStringList{"info: Selected tasks were finished."});
+        QVERIFY(QFileInfo::exists(installed + "/Contents/MacOS/ExampleSensors"));
+        QCOMPARE(QDir(m_mac->desktop() + "/Kext Backups")
+                     .entryList(QDir::Dirs | QDir::NoDotAndDotDot)
+                     .size(),
+                 2);
     }
 
     void installTwoDroppedKextsWithBackup() {

@@ -335,7 +335,7 @@ private slots:
         QCOMPARE(readAll(file), expected);
         QCOMPARE(waitFor(otherEnd), TaskResult::done(QStringLiteral("Saved.")));
         QCOMPARE(readAll(other), expected);
-        QCOMPARE(waitFor(unwritable), (TaskResult{true, "Saved.", "could not write " + lost}));
+        QCOMPARE(waitFor(unwritable), (TaskResult{true, "Saved.", "could not write " + lost, {}}));
         // Both halves of the rows ran, each on its own labelled thread.
         QCOMPARE(sandbox.probes, 18);
         QCOMPARE(sandbox.probeThreads, (QSet<QString>{"LKGCD1", "LKGCD2"}));
@@ -395,7 +395,7 @@ private slots:
         });
         const QString path = dir.filePath(kext);
         QCOMPARE(reload ? unloader.reload(path) : unloader.unload(path),
-                 (TaskResult{ok, error, {}}));
+                 (TaskResult{ok, error, {}, {}}));
         QCOMPARE(recorded, calls.replaceInStrings(QStringLiteral("@"), dir.path()));
     }
 };

@@ -405,7 +405,7 @@ private slots:
         }
         // Only a missing folder is told; the rest end without a word.
         const bool failed = outcome == Outcome::Missing || outcome == Outcome::Refused;
-        QCOMPARE(asks ? m.ops.lastAnswer() : first.value(), (TaskResult{!failed, error, {}}));
+        QCOMPARE(asks ? m.ops.lastAnswer() : first.value(), (TaskResult{!failed, error, {}, {}}));
         const bool passwordAsked = outcome == Outcome::Done || outcome == Outcome::Refused;
         QCOMPARE(m.executor.authorizeCalls, passwordAsked ? 1 : 0);
         QCOMPARE(m.executor.commands, m.box.commands(expected));

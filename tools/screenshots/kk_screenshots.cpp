@@ -3,6 +3,7 @@
 
 #include "WindowLauncher.h"
 #include "exec/AdminAuthentication.h"
+#include "exec/CommandJournal.h"
 #include "filesdrop.h"
 #include "install/InstallList.h"
 #include "volumes/SystemPaths.h"
@@ -126,5 +127,7 @@ int main(int argc, char **argv) {
     AdminAuthentication session(config, nullptr, nullptr);
     const QString mac = paths.volumeRoot(QStringLiteral("Macintosh HD"));
     QTimer::singleShot(1500, &app, [out, mac] { shoot(0, out, mac); });
-    return launchWindow(app, paths, session);
+    // Pictures run the tasks they show, but keep no journal.
+    CommandJournal journal;
+    return launchWindow(app, paths, session, journal);
 }
