@@ -59,6 +59,8 @@ bool PasswordDialog::askOnUiThread(const Check &check) {
                                   "them through sudo. Type your own password: the one sudo "
                                   "asks you for, not root's."));
     label->setWordWrap(true);
+    // A wrapped label takes the height of the width it is given: give it a line's worth.
+    label->setMinimumWidth(label->fontMetrics().averageCharWidth() * 48);
     layout->addWidget(label);
     auto *form = new QFormLayout;
     auto *field = new QLineEdit;
@@ -73,6 +75,7 @@ bool PasswordDialog::askOnUiThread(const Check &check) {
     layout->addWidget(problem);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     layout->addWidget(buttons);
+    layout->setSizeConstraint(QLayout::SetMinimumSize);
 
     // sudo takes a while to turn a wrong password down; it is asked on the pool so the
     // dialog keeps painting, with every control off until it has answered.
@@ -92,6 +95,7 @@ bool PasswordDialog::askOnUiThread(const Check &check) {
             return;
         }
         problem->show();
+        dialog.adjustSize();
         field->setEnabled(true);
         buttons->setEnabled(true);
         field->setFocus();
