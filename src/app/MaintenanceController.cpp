@@ -27,10 +27,9 @@ MaintenanceController::MaintenanceController(TovrelAppDelegate &delegate, AppSer
     connect(m_reporter, &TaskReporter::volumeChanged, this,
             [this] { m_delegate.DiskSelectorMaintenance(nullptr); });
     // The closing text stays the plan's; the status line says that commands failed.
-    connect(m_reporter, &TaskReporter::commandFailures, page,
-            [page](const QStringList &failures) {
-                page->setStatus(FailedCommands::summary(failures.size()));
-            });
+    connect(m_reporter, &TaskReporter::commandFailures, page, [page](const QStringList &failures) {
+        page->setStatus(FailedCommands::summary(failures.size()));
+    });
 }
 
 MaintenanceController::~MaintenanceController() = default;
@@ -56,9 +55,10 @@ void MaintenanceController::bMain() {
     if (options.rebuildExtraMkext != Qt::Unchecked || options.recreateLionCache)
         showMkextBuilderNotice(m_delegate.window(), m_services.paths());
     m_jobRunning = true;
-    m_tasks.start(this, [plan, executor] { return plan->run(); },
-                  [this](const TaskResult &result) {
-                      m_jobRunning = false;
-                      m_services.alerts().showResult(result, &m_delegate.window());
-                  });
+    m_tasks.start(
+        this, [plan, executor] { return plan->run(); },
+        [this](const TaskResult &result) {
+            m_jobRunning = false;
+            m_services.alerts().showResult(result, &m_delegate.window());
+        });
 }

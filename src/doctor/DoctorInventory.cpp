@@ -144,7 +144,8 @@ DoctorScan DoctorInventory::take(const QString &volumeRoot, const QString &extra
 
 QString DoctorInventory::productVersion(const QString &volumeRoot) {
     const PlistPtr version = PlistFile::readDictionary(KextFolders(volumeRoot).systemVersionFile());
-    return version ? PlistFile::string(version.get(), "ProductVersion").value_or(QString()) : QString();
+    return version ? PlistFile::string(version.get(), "ProductVersion").value_or(QString())
+                   : QString();
 }
 
 QStringList DoctorInventory::architectures(const QString &executable) {

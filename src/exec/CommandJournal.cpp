@@ -14,7 +14,7 @@ QString CommandJournal::defaultPath(const QString &home) {
 #ifdef Q_OS_MACOS
     return home + QStringLiteral("/Library/Logs/KextKeeper/journal.jsonl");
 #else
-    // The base directory specification ignores a relative value.
+    // XDG rules ignore a relative value.
     const QString state = qEnvironmentVariable("XDG_STATE_HOME");
     const QString base =
         QDir::isAbsolutePath(state) ? state : home + QStringLiteral("/.local/state");

@@ -16,20 +16,19 @@ QString MkextUnpackTask::toolPath(const SystemPaths &paths) {
 
 MkextUnpackTask::Tool MkextUnpackTask::systemTool(const SystemPaths &paths) {
     const QString tool = toolPath(paths);
-    return {
-        [tool](const QStringList &args) { return ProcessRunner::output(tool, args); },
-        [tool](const QStringList &args) -> std::optional<QString> {
-            ProcessRunner::Request request;
-            request.program = tool;
-            request.args = args;
-            request.capture = ProcessRunner::Stream::Error;
-            const ProcessRunner::Result result = ProcessRunner::run(request);
-            if (!result.launched)
-                return std::nullopt;
-            // Error text that is not UTF-8 can't be read, and so counts as none, like any
-            // unreadable answer of a tool run as the user.
-            return ProcessRunner::decodeUtf8(result.bytes).value_or(QString());
-        }};
+    return {[tool](const QStringList &args) { return ProcessRunner::output(tool, args); },
+            [tool](const QStringList &args) -> std::optional<QString> {
+                ProcessRunner::Request request;
+                request.program = tool;
+                request.args = args;
+                request.capture = ProcessRunner::Stream::Error;
+                const ProcessRunner::Result result = ProcessRunner::run(request);
+                if (!result.launched)
+                    return std::nullopt;
+                // Error text that is not UTF-8 can't be read, and so counts as none, like any
+                // unreadable answer of a tool run as the user.
+                return ProcessRunner::decodeUtf8(result.bytes).value_or(QString());
+            }};
 }
 
 MkextUnpackTask::Tool MkextUnpackTask::builtinTool() {

@@ -41,8 +41,8 @@ std::optional<BackupManifest> BackupManifest::read(const QString &backupFolder) 
     manifest.volume = PlistFile::string(dict.get(), volumeKey).value_or(QString());
     manifest.extraVersion = PlistFile::string(dict.get(), versionKey).value_or(QString());
     manifest.destination = PlistFile::string(dict.get(), destinationKey).value_or(QString());
-    manifest.date =
-        QDateTime::fromString(PlistFile::string(dict.get(), dateKey).value_or(QString()), Qt::ISODate);
+    manifest.date = QDateTime::fromString(
+        PlistFile::string(dict.get(), dateKey).value_or(QString()), Qt::ISODate);
     if (manifest.volume.isEmpty() || manifest.destination.isEmpty())
         return std::nullopt;
     plist_t array = plist_dict_get_item(dict.get(), bundlesKey);

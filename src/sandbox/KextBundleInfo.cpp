@@ -16,7 +16,8 @@ std::optional<KextBundleInfo> KextBundleInfo::read(const QString &bundlePath) {
     if (info.identifier.isEmpty())
         return std::nullopt;
     info.version = PlistFile::string(plist.get(), "CFBundleVersion").value_or(QString());
-    const QString executable = PlistFile::string(plist.get(), "CFBundleExecutable").value_or(QString());
+    const QString executable =
+        PlistFile::string(plist.get(), "CFBundleExecutable").value_or(QString());
     if (!executable.isEmpty())
         info.executablePath =
             contents + (modern ? QStringLiteral("/MacOS/") : QStringLiteral("/")) + executable;
@@ -30,8 +31,8 @@ std::optional<KextBundleInfo> KextBundleInfo::read(const QString &bundlePath) {
             plist_dict_next_item(libraries, it, &key, &value);
             if (!key)
                 break;
-            info.libraries.append({QString::fromUtf8(key),
-                                   PlistFile::string(libraries, key).value_or(QString())});
+            info.libraries.append(
+                {QString::fromUtf8(key), PlistFile::string(libraries, key).value_or(QString())});
             free(key);
         }
         free(it);

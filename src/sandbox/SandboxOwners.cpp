@@ -120,13 +120,13 @@ StandInResult SandboxOwners::chown(const QStringList &args) {
     }
     if (args.size() - at < 2)
         return StandInResult::failure(QStringLiteral("usage: chown [-R] owner[:group] file ...\n"));
-    const QString spec = args.at(at);
-    const std::optional<uint> uid = id(spec.section(QLatin1Char(':'), 0, 0), "root");
-    const bool keepGroup = !spec.contains(QLatin1Char(':'));
+    const QString who = args.at(at);
+    const std::optional<uint> uid = id(who.section(QLatin1Char(':'), 0, 0), "root");
+    const bool keepGroup = !who.contains(QLatin1Char(':'));
     const std::optional<uint> gid =
-        keepGroup ? std::optional<uint>(0u) : id(spec.section(QLatin1Char(':'), 1), "wheel");
+        keepGroup ? std::optional<uint>(0u) : id(who.section(QLatin1Char(':'), 1), "wheel");
     if (!uid || !gid)
-        return StandInResult::failure(QStringLiteral("chown: %1: illegal user name\n").arg(spec));
+        return StandInResult::failure(QStringLiteral("chown: %1: illegal user name\n").arg(who));
     StandInResult result;
     for (const QString &path : args.mid(at + 1)) {
         const uint group = keepGroup ? owner(path).second : *gid;

@@ -21,9 +21,9 @@ namespace {
 
 // One kext as a test writes it; "fat", "i386", "x86_64", "ppc", "text" (not Mach-O) or
 // "none" (codeless) for its executable.
-struct Spec {
-    Spec(QString id, QString version, QString compat = {}, QString arch = "fat",
-         QByteArray libs = {}, bool required = true)
+struct KextMade {
+    KextMade(QString id, QString version, QString compat = {}, QString arch = "fat",
+             QByteArray libs = {}, bool required = true)
         : id(std::move(id)), version(std::move(version)), compat(std::move(compat)),
           arch(std::move(arch)), libs(std::move(libs)), required(required) {}
     QString id;
@@ -66,7 +66,7 @@ public:
 
     QString path(const QString &relative) const { return root + '/' + relative; }
 
-    void writeKext(const QString &relative, const Spec &spec) const {
+    void writeKext(const QString &relative, const KextMade &spec) const {
         const QString bundle = path(relative);
         const QString name = QFileInfo(bundle).completeBaseName();
         QByteArray keys = "<key>CFBundleIdentifier</key><string>" + spec.id.toUtf8() +
@@ -155,7 +155,7 @@ const QString sle = QStringLiteral("System/Library/Extensions/");
 const QString driver = sle + "Driver.kext";
 const QString family = sle + "Family.kext";
 
-Fault spec(const QString &relative, const Spec &s) {
+Fault spec(const QString &relative, const KextMade &s) {
     return [relative, s](Tree &t) { t.writeKext(relative, s); };
 }
 Fault driverNeeds(const QByteArray &libs, const QString &arch = "fat") {
