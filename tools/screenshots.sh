@@ -15,6 +15,9 @@ trap 'rm -rf "$work"' EXIT
 "$build/kextkeeper" sandbox create "$work/sandbox" >/dev/null
 home="$work/Users/admin"
 mkdir -p "$home/Desktop" "$home/Downloads"
+# The kexts the installation picture lists (and installs, for the Log and restore pictures).
+cp -R "$work/sandbox/Extra/Extensions/ExampleSensors.kext" \
+      "$work/sandbox/Extra/Extensions/ExampleEthernet.kext" "$home/Downloads/"
 # A home and settings of its own: the pictures never show the user's own choices.
 HOME="$home" XDG_CONFIG_HOME="$home/.config" \
     xvfb-run -a -s "-screen 0 1280x900x24" \

@@ -1,5 +1,6 @@
 // Starts the real window on a sandbox, shows each of the five pages in turn and saves
-// the window as <out>/<page>.png; tools/screenshots.sh runs it under Xvfb.
+// the window as <out>/<page>.png, then the Volume Health window, the Log window after an
+// installation with backups, and the restore dialog; tools/screenshots.sh runs it under Xvfb.
 
 #include "WindowLauncher.h"
 #include "exec/AdminAuthentication.h"
@@ -8,6 +9,7 @@
 #include "install/InstallList.h"
 #include "volumes/SystemPaths.h"
 
+#include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
@@ -68,16 +70,79 @@ QMainWindow *mainWindow() {
     return nullptr;
 }
 
+void save(QWidget *widget, const QString &file) {
+    if (!widget || !widget->grab().save(file))
+        QTextStream(stderr) << "can't write " << file << Qt::endl;
+}
+
+void trigger(QMainWindow *window, const char *action) {
+    if (auto *item = window->findChild<QAction *>(QLatin1String(action)))
+        item->trigger();
+}
+
+// Answers every alert of a running task as a user would: yes to its question, OK to its
+// closing text.
+void answerAlerts(QMainWindow *window) {
+    for (QMessageBox *box : window->findChildren<QMessageBox *>()) {
+        if (!box->isVisible())
+            continue;
+        QAbstractButton *answer = box->button(QMessageBox::Ok);
+        for (QAbstractButton *button : box->buttons()) {
+            const QMessageBox::ButtonRole role = box->buttonRole(button);
+            if (!answer && (role == QMessageBox::AcceptRole || role == QMessageBox::YesRole))
+                answer = button;
+        }
+        if (answer)
+            answer->click();
+    }
+}
+
+// An installation with backups over the kexts already in Extra, so that the Log window
+// has commands to show and the restore dialog a backup to offer; then both pictures.
+void shootLogAndRestore(QMainWindow *window, const QString &out) {
+    trigger(window, "ti_i");
+    if (auto *backup = window->findChild<QCheckBox *>(QStringLiteral("cbBackup")))
+        backup->setChecked(true);
+    if (auto *start = window->findChild<QAbstractButton *>(QStringLiteral("bInstButton")))
+        start->click();
+    auto *answering = new QTimer(window);
+    QObject::connect(answering, &QTimer::timeout, window, [window] { answerAlerts(window); });
+    answering->start(200);
+    QTimer::singleShot(5000, window, [window, out, answering] {
+        answering->stop();
+        trigger(window, "MI_ShowLog");
+        // Wide enough for the commands' folders to show.
+        if (auto *log = window->findChild<QWidget *>(QStringLiteral("LogWindow")))
+            log->resize(1100, 420);
+        QTimer::singleShot(500, window, [window, out] {
+            auto *log = window->findChild<QWidget *>(QStringLiteral("LogWindow"));
+            save(log, out + QStringLiteral("/log.png"));
+            if (log)
+                log->close();
+            trigger(window, "MI_RestoreBackup");
+            QTimer::singleShot(500, window, [window, out] {
+                auto *restore = window->findChild<QWidget *>(QStringLiteral("RestoreDialog"));
+                if (auto *table = window->findChild<QTableView *>(QStringLiteral("backupTable")))
+                    table->selectRow(0);
+                save(restore, out + QStringLiteral("/restore.png"));
+                QApplication::exit(restore ? 0 : 1);
+            });
+        });
+    });
+}
+
 // The Extra menu's Volume Health window on the started system, once its check has ended.
 void shootHealth(QMainWindow *window, const QString &out) {
-    if (auto *action = window->findChild<QAction *>(QStringLiteral("MI_VolumeHealth")))
-        action->trigger();
+    trigger(window, "MI_VolumeHealth");
     QTimer::singleShot(2500, window, [window, out] {
         auto *health = window->findChild<QWidget *>(QStringLiteral("VolumeHealthWindow"));
-        const QString file = out + QStringLiteral("/health.png");
-        if (!health || !health->grab().save(file))
-            QTextStream(stderr) << "can't write " << file << Qt::endl;
-        QApplication::exit(health ? 0 : 1);
+        save(health, out + QStringLiteral("/health.png"));
+        if (!health) {
+            QApplication::exit(1);
+            return;
+        }
+        health->close();
+        shootLogAndRestore(window, out);
     });
 }
 
@@ -127,7 +192,8 @@ int main(int argc, char **argv) {
     AdminAuthentication session(config, nullptr, nullptr);
     const QString mac = paths.volumeRoot(QStringLiteral("Macintosh HD"));
     QTimer::singleShot(1500, &app, [out, mac] { shoot(0, out, mac); });
-    // Pictures run the tasks they show, but keep no journal.
+    // Pictures run the tasks they show, with a journal in memory only.
     CommandJournal journal;
+    session.setJournal(&journal);
     return launchWindow(app, paths, session, journal);
 }
