@@ -234,6 +234,29 @@
     </message>
 </context>
 <context>
+    <name>JournalModel</name>
+    <message>
+        <source>failed: %1</source>
+        <translation>fehlgeschlagen: %1</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Zeit</translation>
+    </message>
+    <message>
+        <source>Result</source>
+        <translation>Ergebnis</translation>
+    </message>
+    <message>
+        <source>Took</source>
+        <translation>Dauer</translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation>Befehl</translation>
+    </message>
+</context>
+<context>
     <name>KextKeeper</name>
     <message>
         <source>Sorry, try again.</source>
@@ -539,6 +562,29 @@
     </message>
 </context>
 <context>
+    <name>LogWindow</name>
+    <message>
+        <source>Log</source>
+        <translation>Protokoll</translation>
+    </message>
+    <message>
+        <source>Dry run: these commands would run as root. None of them was run.</source>
+        <translation>Probelauf: Diese Befehle würden als root laufen. Keiner von ihnen wurde ausgeführt.</translation>
+    </message>
+    <message>
+        <source>The commands this run of KextKeeper ran as root. Failures are red; the journal keeps every run&apos;s.</source>
+        <translation>Die Befehle, die dieser Lauf von KextKeeper als root ausgeführt hat. Fehlschläge sind rot; das Journal bewahrt die Befehle jedes Laufs.</translation>
+    </message>
+    <message>
+        <source>The selected command&apos;s error text</source>
+        <translation>Der Fehlertext des gewählten Befehls</translation>
+    </message>
+    <message>
+        <source>Show Journal File</source>
+        <translation>Journaldatei zeigen</translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
         <source>Volume Health...</source>
@@ -698,6 +744,22 @@ Installiert, repariert und untersucht Kernel-Erweiterungen für den Extra-Ordner
 
 Freie Software unter der GNU General Public License, Version 3 oder (nach Ihrer Wahl) jeder späteren Version (GPL-3.0-or-later).</translation>
     </message>
+    <message>
+        <source>&amp;Window</source>
+        <translation>&amp;Fenster</translation>
+    </message>
+    <message>
+        <source>Restore Kexts from Backup…</source>
+        <translation>Kexts aus Sicherung wiederherstellen…</translation>
+    </message>
+    <message>
+        <source>Log</source>
+        <translation>Protokoll</translation>
+    </message>
+    <message>
+        <source>Ctrl+L</source>
+        <translation>Ctrl+L</translation>
+    </message>
 </context>
 <context>
     <name>MaintenancePage</name>
@@ -754,6 +816,13 @@ Freie Software unter der GNU General Public License, Version 3 oder (nach Ihrer 
     </message>
 </context>
 <context>
+    <name>QObject</name>
+    <message>
+        <source>Dry run: nothing is changed; the commands are listed in the Log (Ctrl+L).</source>
+        <translation>Probelauf: Nichts wird geändert; die Befehle stehen im Protokoll (Ctrl+L).</translation>
+    </message>
+</context>
+<context>
     <name>QuitGuard</name>
     <message>
         <source>A task is running. Quit when it ends?</source>
@@ -773,6 +842,79 @@ Freie Software unter der GNU General Public License, Version 3 oder (nach Ihrer 
     <message>
         <source>Report saved to %1.</source>
         <translation>Bericht in %1 gesichert.</translation>
+    </message>
+    <message>
+        <source>Dry run: the report was not written to %1.</source>
+        <translation>Probelauf: Der Bericht wurde nicht nach %1 geschrieben.</translation>
+    </message>
+</context>
+<context>
+    <name>RestoreController</name>
+    <message>
+        <source>An installation is running. Restore when it has ended.</source>
+        <translation>Eine Installation läuft. Stellen Sie wieder her, wenn sie beendet ist.</translation>
+    </message>
+    <message>
+        <source>Continue?</source>
+        <translation>Fortfahren?</translation>
+    </message>
+    <message numerus="yes">
+        <source>Do you want to put back %n kext(s) from %1 into %2? What they replace there is backed up first.</source>
+        <translation>
+            <numerusform>Möchten Sie %n Kext aus %1 nach %2 zurücklegen? Was es dort ersetzt, wird zuerst gesichert.</numerusform>
+            <numerusform>Möchten Sie %n Kexts aus %1 nach %2 zurücklegen? Was sie dort ersetzen, wird zuerst gesichert.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>Ja</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>Nein</translation>
+    </message>
+</context>
+<context>
+    <name>RestoreDialog</name>
+    <message>
+        <source>Restore Kexts from Backup</source>
+        <translation>Kexts aus Sicherung wiederherstellen</translation>
+    </message>
+    <message>
+        <source>There are no backups in Kext Backups on the desktop.</source>
+        <translation>In den Kext Backups auf dem Schreibtisch gibt es keine Sicherungen.</translation>
+    </message>
+    <message>
+        <source>Choose the backup to put back. Its kexts go back to the folder they were taken from; what they replace there is backed up first.</source>
+        <translation>Wählen Sie die Sicherung, die zurückgelegt werden soll. Ihre Kexts kommen in den Ordner zurück, aus dem sie genommen wurden; was sie dort ersetzen, wird zuerst gesichert.</translation>
+    </message>
+    <message>
+        <source>Backup</source>
+        <translation>Sicherung</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation>Datum</translation>
+    </message>
+    <message>
+        <source>Volume</source>
+        <translation>Volume</translation>
+    </message>
+    <message>
+        <source>Taken from</source>
+        <translation>Genommen aus</translation>
+    </message>
+    <message>
+        <source>Kexts</source>
+        <translation>Kexts</translation>
+    </message>
+    <message>
+        <source>(no note of where they came from)</source>
+        <translation>(keine Angabe, woher sie stammen)</translation>
+    </message>
+    <message>
+        <source>Restore…</source>
+        <translation>Wiederherstellen…</translation>
     </message>
 </context>
 <context>
@@ -853,6 +995,10 @@ Freie Software unter der GNU General Public License, Version 3 oder (nach Ihrer 
     <message>
         <source>%1 is missing: the built-in mkext reader is used instead.</source>
         <translation>%1 fehlt: stattdessen wird der eingebaute Mkext-Leser verwendet.</translation>
+    </message>
+    <message>
+        <source>Dry run: the unpack is listed in the Log; nothing was written.</source>
+        <translation>Probelauf: Das Entpacken steht im Protokoll; nichts wurde geschrieben.</translation>
     </message>
 </context>
 <context>
