@@ -1,6 +1,5 @@
 #include "doctor/BundleChecks.h"
 
-#include "doctor/KernelFacts.h"
 #include "doctor/KextVersion.h"
 
 namespace {
@@ -127,7 +126,6 @@ private:
     void architectures() {
         if (m_kext.executablePath.isEmpty())
             return; // codeless, or already told under D5
-        const KernelFacts kernel(m_scan.systemVersion);
         const QString executable = m_kext.executablePath.mid(m_kext.path.size() + 1);
         if (!m_kext.machO) {
             add(Severity::Error, "D6",
@@ -135,17 +133,17 @@ private:
                 Fix::Reinstall);
             return;
         }
-        if (!kernel.known())
+        if (!m_scan.kernelKnown)
             return;
         QStringList missing;
-        for (const QString &arch : kernel.architectures()) {
+        for (const QString &arch : m_scan.kernelArchitectures) {
             if (!m_kext.architectures.contains(arch))
                 missing << arch;
         }
         if (missing.isEmpty())
             return;
         const QString has = m_kext.architectures.join(QStringLiteral(", "));
-        const bool oneOfTwo = missing.size() < kernel.architectures().size();
+        const bool oneOfTwo = missing.size() < m_scan.kernelArchitectures.size();
         add(oneOfTwo ? Severity::Warning : Severity::Error, "D6",
             oneOfTwo ? QStringLiteral("has no %1 code (only %2): it won't load when %3 starts "
                                       "its %1 kernel")

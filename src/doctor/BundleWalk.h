@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QSet>
 #include <QString>
 #include <functional>
 #include <sys/types.h>
@@ -32,8 +31,11 @@ public:
         int links = 0;
         QString firstLink;
         QString linkTarget;
-        QSet<QString> regularFiles; // relative paths of the plain files met
+        bool wantedFound = false; // the plain file asked for was met
     };
 
-    static Result walk(const QString &bundle, const OwnerLookup &owner);
+    // `wanted` is a path relative to the bundle (its executable) whose being there as a
+    // plain file the walk notes on its way, so that nobody has to ask again.
+    static Result walk(const QString &bundle, const OwnerLookup &owner,
+                       const QString &wanted = QString());
 };

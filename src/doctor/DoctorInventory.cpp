@@ -1,5 +1,6 @@
 #include "doctor/DoctorInventory.h"
 
+#include "doctor/KernelFacts.h"
 #include "inspect/MachODescriber.h"
 #include "plist/PlistFile.h"
 #include "volumes/KextFolderScan.h"
@@ -9,6 +10,7 @@
 #include <QtConcurrent/QtConcurrentRun>
 #include <cstdlib>
 #include <deque>
+#include <vector>
 
 namespace {
 
@@ -61,36 +63,71 @@ void readInfo(DoctorKext &kext, plist_t info) {
     kext.libraries = libraries(info);
 }
 
-// The file CFBundleExecutable names: in Contents/MacOS, or at the top of a bundle
-// without Contents; "" when it isn't there or the name would leave the folder.
-QString executableFile(const DoctorKext &kext) {
+// Where the file CFBundleExecutable names must be, relative to the bundle: in
+// Contents/MacOS, or at the top of a bundle without Contents; "" when the name would
+// leave the folder.
+QString executableRelative(const DoctorKext &kext) {
     if (kext.executableName.isEmpty() || kext.executableName.contains(QLatin1Char('/')) ||
         kext.executableName == QLatin1String("..") || kext.executableName == QLatin1String("."))
         return {};
     const bool contents = kext.infoFile.endsWith(QLatin1String("/Contents/Info.plist"));
-    const QString relative =
-        (contents ? QStringLiteral("Contents/MacOS/") : QString()) + kext.executableName;
-    return kext.files.regularFiles.contains(relative) ? kext.path + QLatin1Char('/') + relative
-                                                      : QString();
+    return (contents ? QStringLiteral("Contents/MacOS/") : QString()) + kext.executableName;
 }
 
-// What needs the bundle's files: their owners, modes and links, and the executable.
+// What needs the bundle's files: their owners, modes and links, and the executable, whose
+// being there as a plain file the walk tells on its way.
 void inspect(DoctorKext &kext, const BundleWalk::OwnerLookup &owner) {
-    kext.files = BundleWalk::walk(kext.path, owner);
+    const QString executable = executableRelative(kext);
+    kext.files = BundleWalk::walk(kext.path, owner, executable);
     kext.isLink = kext.files.isLink;
     if (kext.isLink)
         return; // never read through: the loaders don't
-    kext.executablePath = executableFile(kext);
-    if (!kext.executablePath.isEmpty()) {
-        kext.architectures = DoctorInventory::architectures(kext.executablePath);
+    if (kext.files.wantedFound) {
+        kext.executablePath = kext.path + QLatin1Char('/') + executable;
+        kext.architectures = MachODescriber::processors(kext.executablePath);
         kext.machO = !kext.architectures.isEmpty();
     }
 }
 
-// Scans one folder; each kext's files are read on the thread pool while the scan goes on,
-// since most of a run waits on the file system. The list keeps its elements in place.
-void scanFolder(std::deque<DoctorKext> &kexts, QFutureSynchronizer<void> &inspections,
-                const QString &folder, Place place, const BundleWalk::OwnerLookup &owner) {
+// Kexts are handed to the thread pool in batches while the scan goes on, since most of a
+// run waits on the file system; a task per kext would cost the pool's locking and wake-ups
+// more than walking a small bundle does.
+class Inspections {
+public:
+    explicit Inspections(const BundleWalk::OwnerLookup &owner) : m_owner(owner) {}
+
+    void add(DoctorKext &kext) {
+        m_batch.push_back(&kext);
+        if (m_batch.size() >= BatchSize)
+            flush();
+    }
+
+    void waitForFinished() {
+        flush();
+        m_running.waitForFinished();
+    }
+
+private:
+    static constexpr size_t BatchSize = 32;
+
+    void flush() {
+        if (m_batch.empty())
+            return;
+        m_running.addFuture(QtConcurrent::run([batch = std::move(m_batch), this] {
+            for (DoctorKext *kext : batch)
+                inspect(*kext, m_owner);
+        }));
+        m_batch.clear();
+    }
+
+    const BundleWalk::OwnerLookup &m_owner;
+    std::vector<DoctorKext *> m_batch;
+    QFutureSynchronizer<void> m_running;
+};
+
+// Scans one folder. The list keeps its elements in place while their batches run.
+void scanFolder(std::deque<DoctorKext> &kexts, Inspections &inspections, const QString &folder,
+                Place place) {
     QStringList paths;
     QStringList identifiers;
     KextFolderScan scanner(paths, identifiers);
@@ -106,7 +143,7 @@ void scanFolder(std::deque<DoctorKext> &kexts, QFutureSynchronizer<void> &inspec
             kext.infoFile = entry.infoFile;
             if (entry.info)
                 readInfo(kext, entry.info);
-            inspections.addFuture(QtConcurrent::run([&kext, &owner] { inspect(kext, owner); }));
+            inspections.add(kext);
         },
         KextFolderScan::PlugIns::Loader);
     scanner.scan(folder);
@@ -125,11 +162,15 @@ DoctorScan DoctorInventory::take(const QString &volumeRoot, const QString &extra
     scan.systemVersion = productVersion(volumeRoot);
     if (scan.systemVersion.isEmpty())
         scan.systemVersion = extraVersion;
+    const KernelFacts kernel(scan.systemVersion);
+    scan.kernelKnown = kernel.known();
+    scan.kernelArchitectures = kernel.architectures();
+    scan.kernelVersion = KextVersion::parse(kernel.kernelVersion());
     std::deque<DoctorKext> kexts;
-    QFutureSynchronizer<void> inspections;
-    scanFolder(kexts, inspections, scan.sle, Place::Sle, owner);
-    scanFolder(kexts, inspections, scan.extensions(), Place::ExtraExtensions, owner);
-    scanFolder(kexts, inspections, scan.kextStore(), Place::KextStore, owner);
+    Inspections inspections(owner);
+    scanFolder(kexts, inspections, scan.sle, Place::Sle);
+    scanFolder(kexts, inspections, scan.extensions(), Place::ExtraExtensions);
+    scanFolder(kexts, inspections, scan.kextStore(), Place::KextStore);
     inspections.waitForFinished();
     scan.kexts.reserve(qsizetype(kexts.size()));
     for (DoctorKext &kext : kexts)
@@ -146,23 +187,4 @@ QString DoctorInventory::productVersion(const QString &volumeRoot) {
     const PlistPtr version = PlistFile::readDictionary(KextFolders(volumeRoot).systemVersionFile());
     return version ? PlistFile::string(version.get(), "ProductVersion").value_or(QString())
                    : QString();
-}
-
-QStringList DoctorInventory::architectures(const QString &executable) {
-    QStringList found;
-    const QStringList lines = MachODescriber::describe(executable).split(QLatin1Char('\n'));
-    for (const QString &line : lines) {
-        // A universal file's slices are described after a tab, a thin file on its own line;
-        // the processor is the last word of a Mach-O description.
-        QString description = line;
-        if (line.contains(QLatin1String(" (for architecture ")))
-            description = line.section(QLatin1Char('\t'), -1);
-        if (!description.startsWith(QLatin1String("Mach-O ")) ||
-            description.startsWith(QLatin1String("Mach-O universal")))
-            continue;
-        const QString processor = description.section(QLatin1Char(' '), -1);
-        if (!found.contains(processor))
-            found << processor;
-    }
-    return found;
 }

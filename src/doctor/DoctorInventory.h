@@ -14,7 +14,4 @@ public:
 
     // "10.6.8" from the volume's SystemVersion.plist; "" when it can't be read.
     static QString productVersion(const QString &volumeRoot);
-    // The processors an executable has code for, read from its Mach-O header(s) by the
-    // same describer the check page uses; empty when the file is not Mach-O.
-    static QStringList architectures(const QString &executable);
 };

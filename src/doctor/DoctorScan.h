@@ -16,6 +16,10 @@ struct DoctorScan {
     // The version the kexts must suit: the volume's ProductVersion, or the version folder's
     // name when the volume has no system; "" when neither tells.
     QString systemVersion;
+    // What that version says of its kernel, worked out once rather than for every kext.
+    bool kernelKnown = false;
+    QStringList kernelArchitectures;
+    std::optional<KextVersion> kernelVersion;
     QList<DoctorKext> kexts;
     // Bundle identifier -> positions in `kexts`, in scan order.
     QHash<QString, QList<int>> byIdentifier;

@@ -38,10 +38,20 @@ KextDoctor::Result KextDoctor::run(const Options &options) {
     QHash<QString, int> order;
     for (int i = 0; i < kexts.size(); ++i)
         order.insert(kexts.at(i)->path, i);
-    auto rank = [&order](const DoctorFinding &finding) {
-        return std::pair(order.value(finding.kext, int(order.size())), finding.id.mid(1).toInt());
-    };
-    std::stable_sort(result.findings.begin(), result.findings.end(),
-                     [&rank](const auto &a, const auto &b) { return rank(a) < rank(b); });
+    // Each finding's place is looked up once, not at every comparison of the sort.
+    QList<std::pair<std::pair<int, int>, qsizetype>> ranks;
+    ranks.reserve(result.findings.size());
+    for (qsizetype i = 0; i < result.findings.size(); ++i) {
+        const DoctorFinding &finding = result.findings.at(i);
+        ranks.append(
+            {{order.value(finding.kext, int(order.size())), finding.id.mid(1).toInt()}, i});
+    }
+    std::stable_sort(ranks.begin(), ranks.end(),
+                     [](const auto &a, const auto &b) { return a.first < b.first; });
+    DoctorFindings sorted;
+    sorted.reserve(result.findings.size());
+    for (const auto &rank : ranks)
+        sorted.append(std::move(result.findings[rank.second]));
+    result.findings = std::move(sorted);
     return result;
 }

@@ -1,6 +1,5 @@
 #include "doctor/LibraryChecks.h"
 
-#include "doctor/KernelFacts.h"
 #include "doctor/KextVersion.h"
 
 #include <QSet>
@@ -24,9 +23,11 @@ bool serves(const std::optional<KextVersion> &own, const std::optional<KextVersi
 }
 
 // The interfaces have existed since 10.4 (kernel 8); the old kernel libraries since 1.0.
-QString kernelCompatible(const QString &identifier) {
-    return identifier.startsWith(QLatin1String("com.apple.kpi.")) ? QStringLiteral("8.0.0")
-                                                                  : QStringLiteral("1.0.0");
+const std::optional<KextVersion> &kernelCompatible(const QString &identifier) {
+    static const std::optional<KextVersion> interfaces =
+        KextVersion::parse(QStringLiteral("8.0.0"));
+    static const std::optional<KextVersion> libraries = KextVersion::parse(QStringLiteral("1.0.0"));
+    return identifier.startsWith(QLatin1String("com.apple.kpi.")) ? interfaces : libraries;
 }
 
 QString copies(const DoctorScan &scan, const QList<int> &positions) {
@@ -119,9 +120,7 @@ std::optional<int> LibraryChecks::provider(const DoctorScan &scan, const QString
     }
     if (!kernelLibrary(identifier))
         return std::nullopt;
-    const KernelFacts kernel(scan.systemVersion);
-    if (!kernel.known() || serves(KextVersion::parse(kernel.kernelVersion()),
-                                  KextVersion::parse(kernelCompatible(identifier)), *wanted))
+    if (!scan.kernelKnown || serves(scan.kernelVersion, kernelCompatible(identifier), *wanted))
         return -1;
     return std::nullopt;
 }

@@ -4,6 +4,7 @@
 #include <QScopeGuard>
 #include <QStringList>
 #include <QtEndian>
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -24,6 +25,8 @@ constexpr uint32_t maxFatSlices = 20;
 constexpr qint64 firstPage = 4096;
 // Magic, processor, processor subtype, file type: all a thin description needs.
 constexpr qint64 thinHeaderSize = 16;
+// Slices whose headers lie within this span of each other are read together.
+constexpr qint64 maxSpan = 64 * 1024;
 
 // Up to length bytes of an open file from offset; fewer at its end or on a failed read,
 // whose error is left in error.
@@ -98,9 +101,15 @@ QString processorWord(uint32_t cputype) {
     }
 }
 
-// One thin header at the start of bytes; nullopt when the bytes are not one.
-std::optional<QString> describeThin(const QByteArray &bytes) {
-    const std::optional<uint32_t> little = word(bytes, 0, false);
+struct ThinHeader {
+    bool wide = false; // the 64-bit magic
+    uint32_t cputype = 0;
+    uint32_t filetype = 0;
+};
+
+// One thin header at offset `at` of bytes; nullopt when the bytes there are not one.
+std::optional<ThinHeader> thinHeader(const QByteArray &bytes, qint64 at = 0) {
+    const std::optional<uint32_t> little = word(bytes, at, false);
     if (!little)
         return std::nullopt;
     bool bigEndian;
@@ -111,32 +120,51 @@ std::optional<QString> describeThin(const QByteArray &bytes) {
     else
         return std::nullopt;
     const uint32_t magic = bigEndian ? qbswap(*little) : *little;
-    const std::optional<uint32_t> cputype = word(bytes, 4, bigEndian);
-    const std::optional<uint32_t> filetype = word(bytes, 12, bigEndian);
+    const std::optional<uint32_t> cputype = word(bytes, at + 4, bigEndian);
+    const std::optional<uint32_t> filetype = word(bytes, at + 12, bigEndian);
     if (!cputype || !filetype)
         return std::nullopt;
-    QString text = QStringLiteral("Mach-O");
-    if (magic == thin64Magic)
-        text += QStringLiteral(" 64-bit");
-    return text + ' ' + fileTypeWord(*filetype) + ' ' + processorWord(*cputype);
+    return ThinHeader{magic == thin64Magic, *cputype, *filetype};
 }
 
-std::optional<QString> describeFat(const QByteArray &page, int fd, const QString &path) {
+std::optional<QString> describeThin(const QByteArray &bytes) {
+    const std::optional<ThinHeader> header = thinHeader(bytes);
+    if (!header)
+        return std::nullopt;
+    QString text = QStringLiteral("Mach-O");
+    if (header->wide)
+        text += QStringLiteral(" 64-bit");
+    return text + ' ' + fileTypeWord(header->filetype) + ' ' + processorWord(header->cputype);
+}
+
+// The universal table's slice offsets; nullopt when the page does not start with one.
+std::optional<QList<uint32_t>> fatOffsets(const QByteArray &page) {
     const std::optional<uint32_t> magic = word(page, 0, true);
     const std::optional<uint32_t> count = word(page, 4, true);
     if (!magic || *magic != fatMagic || !count || *count == 0 || *count >= maxFatSlices)
         return std::nullopt;
     if (8 + qint64(*count) * fatEntrySize > page.size())
         return std::nullopt;
+    QList<uint32_t> offsets;
+    for (uint32_t i = 0; i < *count; ++i)
+        offsets << *word(page, 8 + qint64(i) * fatEntrySize + 8, true);
+    return offsets;
+}
+
+std::optional<QString> describeFat(const QByteArray &page, int fd, const QString &path) {
+    const std::optional<QList<uint32_t>> offsets = fatOffsets(page);
+    if (!offsets)
+        return std::nullopt;
+    const qsizetype count = offsets->size();
     QStringList lines;
-    lines << (*count == 1
+    lines << (count == 1
                   ? QStringLiteral("Mach-O universal binary with 1 architecture")
-                  : QStringLiteral("Mach-O universal binary with %1 architectures").arg(*count));
-    for (uint32_t i = 0; i < *count; ++i) {
+                  : QStringLiteral("Mach-O universal binary with %1 architectures").arg(count));
+    for (qsizetype i = 0; i < count; ++i) {
         const qint64 entry = 8 + qint64(i) * fatEntrySize;
         const uint32_t cputype = *word(page, entry, true);
         const uint32_t subtype = *word(page, entry + 4, true);
-        const uint32_t offset = *word(page, entry + 8, true);
+        const uint32_t offset = offsets->at(i);
         // A slice that holds no Mach-O header (or lies past the end) is plain data.
         int ignored = 0;
         const QString slice = describeThin(readAt(fd, offset, thinHeaderSize, ignored))
@@ -212,6 +240,59 @@ QString describeFile(const QString &path) {
 
 QString MachODescriber::describe(const QString &path) {
     return describeFile(path) + QLatin1Char('\n');
+}
+
+QStringList MachODescriber::processors(const QString &path) {
+    // Non-blocking and checked after opening, in case the file was replaced by a pipe or
+    // a device since the caller looked at it.
+    const int fd =
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0)
+        return {};
+    const auto closer = qScopeGuard([fd] { ::close(fd); });
+    struct stat info {};
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode))
+        return {};
+    int error = 0;
+    const QByteArray page = readAt(fd, 0, std::min<qint64>(info.st_size, firstPage), error);
+    if (error != 0)
+        return {};
+    QStringList found;
+    if (const std::optional<ThinHeader> thin = thinHeader(page)) {
+        found << processorWord(thin->cputype);
+        return found;
+    }
+    const std::optional<QList<uint32_t>> offsets = fatOffsets(page);
+    if (!offsets)
+        return found;
+    // The slices' headers beyond the first page, in one read when they lie close together.
+    qint64 first = -1;
+    qint64 end = 0;
+    for (uint32_t offset : *offsets) {
+        if (offset + thinHeaderSize > page.size() && offset < info.st_size) {
+            first = first < 0 ? offset : std::min<qint64>(first, offset);
+            end = std::max<qint64>(end, offset + thinHeaderSize);
+        }
+    }
+    QByteArray span;
+    if (first >= 0 && end - first <= maxSpan)
+        span = readAt(fd, first, std::min<qint64>(end, info.st_size) - first, error);
+    for (uint32_t offset : *offsets) {
+        std::optional<ThinHeader> header;
+        if (offset + thinHeaderSize <= page.size())
+            header = thinHeader(page, offset);
+        else if (!span.isEmpty() && offset >= first &&
+                 offset + thinHeaderSize <= first + span.size())
+            header = thinHeader(span, offset - first);
+        else
+            header = thinHeader(readAt(fd, offset, thinHeaderSize, error));
+        if (!header)
+            continue;
+        const QString processor = processorWord(header->cputype);
+        if (!found.contains(processor))
+            found << processor;
+    }
+    return found;
 }
 
 QString MachODescriber::architectureName(uint32_t cputype, uint32_t cpusubtype) {

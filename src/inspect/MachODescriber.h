@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <cstdint>
 
 // Describes a file the way Apple's file tool of Mac OS X 10.6 and 10.7 does with "-b":
@@ -18,6 +19,12 @@ public:
     // Only the first page and the header of each universal slice are read; a named pipe or
     // a device is never opened.
     static QString describe(const QString &path);
+
+    // The processors a regular file has code for, each once in the order of its header(s):
+    // the last words of the Mach-O lines describe() gives. Reads the same bytes without
+    // looking the path up twice, for a caller that already knows the file is a plain one;
+    // empty when it is not Mach-O or not a regular file.
+    static QStringList processors(const QString &path);
 
     // The name of a processor as the universal lines print it ("x86_64", "ppc7400").
     static QString architectureName(uint32_t cputype, uint32_t cpusubtype);

@@ -184,6 +184,16 @@ private slots:
             m_dir->filePath(QStringLiteral("Ünïcode 'quoted'.kext/Contents/MacOS/My Kext"));
         QVERIFY(MachOWriter::write(path, bytes));
         QCOMPARE(MachODescriber::describe(path), expected.replace(p, path));
+        // The doctor's reading of the same headers finds the processors the lines end in.
+        QStringList named;
+        for (const QString &line : expected.split(QLatin1Char('\n'))) {
+            const QString text = line.section(QLatin1Char('\t'), -1);
+            const QString processor = text.section(QLatin1Char(' '), -1);
+            if (text.startsWith("Mach-O ") && !text.startsWith("Mach-O universal") &&
+                !named.contains(processor))
+                named << processor;
+        }
+        QCOMPARE(MachODescriber::processors(path), named);
     }
 
     // Each slice's header is read where the table says it lies, however far into the file.
@@ -200,6 +210,7 @@ private slots:
         QCOMPARE(MachODescriber::describe(path),
                  "Mach-O universal binary with 1 architecture\n" + path +
                      " (for architecture ppc):\tMach-O object ppc\n");
+        QCOMPARE(MachODescriber::processors(path), QStringList{"ppc"});
     }
 
     // What is not a file with bytes is named by its kind; a pipe is never opened (nobody
