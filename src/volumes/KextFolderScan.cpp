@@ -134,17 +134,22 @@ void KextFolderScan::scan(const QString &folder, const QByteArray &native,
                     : QString());
         if (m_visitor)
             m_visitor({shown, container, QFile::decodeName(info.path), info.tree.get()});
-        scanPlugIns(shown, path);
+        scanPlugIns(shown, path, info.path);
     }
     m_open.erase(self);
 }
 
-void KextFolderScan::scanPlugIns(const QString &shown, const QByteArray &path) {
+void KextFolderScan::scanPlugIns(const QString &shown, const QByteArray &path,
+                                 const QByteArray &infoFile) {
     if (m_plugIns == PlugIns::Loader) {
-        const bool contents = exists(path + "/Contents");
+        // An information file found in Contents already told that Contents is there; and a
+        // plug-in folder that is not there fails to open as cheaply as it fails a test.
+        static constexpr char inContents[] = "/Contents/Info.plist";
+        const bool contents = (infoFile.size() == path.size() + qsizetype(sizeof inContents) - 1 &&
+                               infoFile.endsWith(inContents)) ||
+                              exists(path + "/Contents");
         const char *relative = contents ? "/Contents/PlugIns" : "/PlugIns";
-        if (exists(path + relative))
-            scan(shown + QLatin1String(relative), path + relative, shown);
+        scan(shown + QLatin1String(relative), path + relative, shown);
         return;
     }
     // Spelled with a lower-case "i" on purpose: on a case-insensitive volume this matches

@@ -49,7 +49,7 @@ private:
     };
     static InfoFile readInfo(const QByteArray &bundle);
     void scan(const QString &folder, const QByteArray &native, const QString &container);
-    void scanPlugIns(const QString &shown, const QByteArray &path);
+    void scanPlugIns(const QString &shown, const QByteArray &path, const QByteArray &infoFile);
 
     QStringList &m_paths;
     QStringList &m_identifiers;
