@@ -251,6 +251,19 @@ private slots:
                                "<key>CFBundlePackageType</key><string>APPL</string>"));
         }) << L{"error D5 " + sle + "App.kext", "error D5 " + driver}
                                                 << none;
+        // Plug-ins are kexts of their own, in Contents/PlugIns or, in a bundle without
+        // Contents, in PlugIns.
+        QTest::newRow("D5 in plug-ins") << Fault([](Tree &t) {
+            t.writeKext(family + "/Contents/PlugIns/Sub.kext", {"", "1"});
+            QVERIFY(writePlist(t.path(sle + "Flat.kext/Info.plist"),
+                               "<key>CFBundleIdentifier</key><string>com.t.Flat</string>"
+                               "<key>CFBundleVersion</key><string>1</string>"
+                               "<key>CFBundlePackageType</key><string>KEXT</string>"));
+            t.writeKext(sle + "Flat.kext/PlugIns/Deep.kext", {"", "1"});
+        })
+                                        << L{"error D5 " + family + "/Contents/PlugIns/Sub.kext",
+                                             "error D5 " + sle + "Flat.kext/PlugIns/Deep.kext"}
+                                        << none;
         QTest::newRow("D6 one of two")
             << driverNeeds({}, "i386") << L{"warning D6 " + driver} << none;
         QTest::newRow("D6 none of two")
