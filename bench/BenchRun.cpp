@@ -11,6 +11,7 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <time.h>
+#include <unistd.h>
 #include <vector>
 
 extern char **environ;
@@ -21,10 +22,15 @@ namespace {
 // Google Benchmark's console output, plus each run's wall time kept for the ratios.
 class KeepingReporter : public benchmark::ConsoleReporter {
 public:
+    // Colours only on a terminal: tools/bench.sh reads the rows from a pipe.
+    KeepingReporter() : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_Defaults : OO_Tabular) {}
     std::map<std::string, double> times;
     void ReportRuns(const std::vector<Run> &runs) override {
         for (const Run &each : runs) {
-            if (each.run_type != Run::RT_Iteration || each.error_occurred)
+            // With repetitions the median, reported after them, is the time kept.
+            const bool median =
+                each.run_type == Run::RT_Aggregate && each.aggregate_name == "median";
+            if ((each.run_type != Run::RT_Iteration && !median) || each.error_occurred)
                 continue;
             const double perIteration = each.real_accumulated_time / double(each.iterations);
             // Keyed by name and arguments only ("BM_Rows/256"), without the options.

@@ -4,6 +4,8 @@
 # whether it is met. Absolute times depend on the machine and its load; read the ratios.
 #   tools/bench.sh                 # all rows
 #   KK_BENCH_JOBS=2 tools/bench.sh # build with two jobs (default one)
+#   KK_BENCH_REPETITIONS=5 tools/bench.sh # the median of five runs of each (default three)
+#   KK_BENCH_MARKDOWN=1 tools/bench.sh     # the table as Markdown, as in the README
 # Needs Google Benchmark (Debian: libbenchmark-dev). Generated material lives in a
 # folder below /tmp that each program removes when it ends.
 set -euo pipefail
@@ -20,14 +22,22 @@ rows=$(mktemp /tmp/kk-bench-rows.XXXXXX)
 trap 'rm -f "$rows"' EXIT
 for program in "${programs[@]}"; do
     echo "== $program" >&2
-    "build-bench/bench/$program" --benchmark_color=false | tee /dev/stderr |
-        sed -n 's/^KKROW|//p' >>"$rows"
+    "build-bench/bench/$program" --benchmark_repetitions="${KK_BENCH_REPETITIONS:-3}" \
+        --benchmark_report_aggregates_only=true | while IFS= read -r line; do
+        printf '%s\n' "$line" >&2
+        case $line in KKROW\|*) printf '%s\n' "${line#KKROW|}" >>"$rows" ;; esac
+    done
 done
 echo
-{
+table() {
     echo "row|ours|floor or peer|ratio|goal|met"
     cat "$rows"
-} | awk -F'|' '
+}
+if [[ -n "${KK_BENCH_MARKDOWN:-}" ]]; then
+    table | sed 's/|/ | /g; s/^/| /; s/$/ |/; 1a| --- | --- | --- | --- | --- | --- |'
+    exit
+fi
+table | awk -F'|' '
     { for (i = 1; i <= NF; i++) { cell[NR, i] = $i; if (length($i) > w[i]) w[i] = length($i) } }
     END { for (r = 1; r <= NR; r++) { line = "";
           for (i = 1; i <= 6; i++) line = line sprintf("%-" w[i] + 2 "s", cell[r, i]);
