@@ -1,6 +1,7 @@
 #include "BenchRun.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
 #include <cstdio>
@@ -53,7 +54,10 @@ double now() {
 } // namespace
 
 std::map<std::string, double> run(int argc, char **argv) {
-    self = QFile::decodeName(argv[0]);
+    // Started by its path, never looked up by name: the copy that measures memory is
+    // started from the same path, made absolute.
+    if (std::strchr(argv[0], '/'))
+        self = QFileInfo(QFile::decodeName(argv[0])).absoluteFilePath();
     if (argc >= 4 && !std::strcmp(argv[1], "--kk-peak-of")) {
         QStringList args;
         for (int i = 4; i < argc; ++i)
@@ -111,6 +115,10 @@ double timeChild(const QString &program, const QStringList &args, const QStringL
 
 double peakMiB(const QString &program, const QStringList &args) {
     const QString result = scratch() + QStringLiteral("/peak");
+    if (self.isEmpty()) {
+        std::fprintf(stderr, "start the benchmark by its path to measure memory\n");
+        std::exit(1);
+    }
     timeChild(self, QStringList{QStringLiteral("--kk-peak-of"), result, program} + args);
     QFile file(result);
     return file.open(QIODevice::ReadOnly) ? file.readAll().toDouble() : 0;
