@@ -66,22 +66,22 @@ public:
 
     QString path(const QString &relative) const { return root + '/' + relative; }
 
-    void writeKext(const QString &relative, const KextMade &spec) const {
+    void writeKext(const QString &relative, const KextMade &made) const {
         const QString bundle = path(relative);
         const QString name = QFileInfo(bundle).completeBaseName();
-        QByteArray keys = "<key>CFBundleIdentifier</key><string>" + spec.id.toUtf8() +
-                          "</string><key>CFBundleVersion</key><string>" + spec.version.toUtf8() +
+        QByteArray keys = "<key>CFBundleIdentifier</key><string>" + made.id.toUtf8() +
+                          "</string><key>CFBundleVersion</key><string>" + made.version.toUtf8() +
                           "</string><key>CFBundlePackageType</key><string>KEXT</string>";
-        if (!spec.compat.isEmpty())
+        if (!made.compat.isEmpty())
             keys +=
-                "<key>OSBundleCompatibleVersion</key><string>" + spec.compat.toUtf8() + "</string>";
-        if (spec.required)
+                "<key>OSBundleCompatibleVersion</key><string>" + made.compat.toUtf8() + "</string>";
+        if (made.required)
             keys += "<key>OSBundleRequired</key><string>Root</string>";
-        if (!spec.libs.isEmpty())
-            keys += "<key>OSBundleLibraries</key><dict>" + spec.libs + "</dict>";
-        if (spec.arch != "none") {
+        if (!made.libs.isEmpty())
+            keys += "<key>OSBundleLibraries</key><dict>" + made.libs + "</dict>";
+        if (made.arch != "none") {
             keys += "<key>CFBundleExecutable</key><string>" + name.toUtf8() + "</string>";
-            QVERIFY(MachOWriter::write(bundle + "/Contents/MacOS/" + name, executable(spec.arch)));
+            QVERIFY(MachOWriter::write(bundle + "/Contents/MacOS/" + name, executable(made.arch)));
         }
         QVERIFY(writePlist(bundle + "/Contents/Info.plist", keys));
     }
@@ -155,11 +155,11 @@ const QString sle = QStringLiteral("System/Library/Extensions/");
 const QString driver = sle + "Driver.kext";
 const QString family = sle + "Family.kext";
 
-Fault spec(const QString &relative, const KextMade &s) {
+Fault kextAt(const QString &relative, const KextMade &s) {
     return [relative, s](Tree &t) { t.writeKext(relative, s); };
 }
 Fault driverNeeds(const QByteArray &libs, const QString &arch = "fat") {
-    return spec(driver, {"com.t.Driver", "2.0", {}, arch, libs});
+    return kextAt(driver, {"com.t.Driver", "2.0", {}, arch, libs});
 }
 Fault onVersion(const QString &version, const Fault &fault) {
     return [version, fault](Tree &t) {
@@ -236,11 +236,11 @@ private slots:
             QVERIFY(MachOWriter::write(t.path(driver + "/Contents/Info.plist"), "<plist><dict>"));
         }) << L{"error D4 " + driver} << none;
         QTest::newRow("D5 identifier")
-            << spec(driver, {"", "2.0"}) << L{"error D5 " + driver} << none;
+            << kextAt(driver, {"", "2.0"}) << L{"error D5 " + driver} << none;
         QTest::newRow("D5 version")
-            << spec(driver, {"com.t.Driver", "2.0.0.1"}) << L{"error D5 " + driver} << none;
+            << kextAt(driver, {"com.t.Driver", "2.0.0.1"}) << L{"error D5 " + driver} << none;
         QTest::newRow("D5 compatible newer")
-            << spec(family, {"com.t.Family", "1.5", "1.6"})
+            << kextAt(family, {"com.t.Family", "1.5", "1.6"})
             << L{"error D7 " + driver, "error D5 " + family, "error D7 Extra/Extensions/Extra.kext"}
             << none;
         QTest::newRow("D5 package, executable") << Fault([](Tree &t) {
@@ -286,25 +286,26 @@ private slots:
         QTest::newRow("D7 too old") << driverNeeds("<key>com.t.Family</key><string>0.9</string>")
                                     << L{"error D7 " + driver} << none;
         QTest::newRow("D7 no compatible version")
-            << spec(family, {"com.t.Family", "1.5"})
+            << kextAt(family, {"com.t.Family", "1.5"})
             << L{"error D7 " + driver, "error D7 Extra/Extensions/Extra.kext"} << none;
         QTest::newRow("D7 interface newer than the kernel")
             << driverNeeds("<key>com.apple.kpi.bsd</key><string>10.9</string>")
             << L{"error D7 " + driver} << none;
         QTest::newRow("D8 Extra kext")
-            << spec("Extra/Extensions/Extra.kext", {"com.t.Extra", "1.0", {}, "fat", {}, false})
+            << kextAt("Extra/Extensions/Extra.kext", {"com.t.Extra", "1.0", {}, "fat", {}, false})
             << L{"warning D8 Extra/Extensions/Extra.kext"} << none;
         QTest::newRow("D8 its S/L/E library")
-            << spec(family, {"com.t.Family", "1.5", "1.0", "fat", {}, false})
+            << kextAt(family, {"com.t.Family", "1.5", "1.0", "fat", {}, false})
             << L{"warning D8 " + family} << none;
         QTest::newRow("D9 Extra copy not newer")
-            << spec("Extra/Extensions/Family.kext", {"com.t.Family", "1.5", "1.0"})
+            << kextAt("Extra/Extensions/Family.kext", {"com.t.Family", "1.5", "1.0"})
             << L{"error D9 Extra/Extensions/Family.kext"} << none;
         QTest::newRow("D9 Extra copy newer")
-            << spec("Extra/Extensions/Family.kext", {"com.t.Family", "1.6", "1.0"})
+            << kextAt("Extra/Extensions/Family.kext", {"com.t.Family", "1.6", "1.0"})
             << L{"warning D9 " + family} << none;
-        QTest::newRow("D9 two in one folder") << spec(sle + "Family2.kext", {"com.t.Family", "1.4"})
-                                              << L{"error D9 " + sle + "Family2.kext"} << none;
+        QTest::newRow("D9 two in one folder")
+            << kextAt(sle + "Family2.kext", {"com.t.Family", "1.4"})
+            << L{"error D9 " + sle + "Family2.kext"} << none;
         QTest::newRow("D10 not used") << Fault([](Tree &t) {
             t.keepArchive = true;
             t.buildArchive();
