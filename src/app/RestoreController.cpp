@@ -1,6 +1,5 @@
 #include "RestoreController.h"
 
-#include "AppSettings.h"
 #include "InstallController.h"
 #include "MainWindow.h"
 #include "RestoreDialog.h"
@@ -36,9 +35,7 @@ void RestoreController::MI_RestoreBackup() {
         const std::optional<BackupRestore::Backup> backup = dialog->chosen();
         if (!backup)
             return;
-        BackupRestore::Plan plan =
-            BackupRestore::plan(*backup, m_services.paths(), m_delegate.window().prelinkKernel());
-        plan.options.recreateLionCache = m_delegate.settings().boolean(AppSettings::lionCacheKey);
+        const BackupRestore::Plan plan = m_delegate.restorePlan(*backup);
         if (!plan.problem.isEmpty()) {
             m_services.alerts().showResult(TaskResult::failed(plan.problem), &m_delegate.window());
             return;

@@ -215,6 +215,12 @@ void TovrelAppDelegate::CheckVer(QAction *item) {
     DiskSelectorMaintenance(nullptr);
 }
 
+BackupRestore::Plan TovrelAppDelegate::restorePlan(const BackupRestore::Backup &backup) const {
+    BackupRestore::Plan plan = BackupRestore::plan(backup, m_paths, m_window.prelinkKernel());
+    plan.options.recreateLionCache = m_settings->boolean(AppSettings::lionCacheKey);
+    return plan;
+}
+
 TovrelAppDelegate::VolumeChoice TovrelAppDelegate::listVolumes(const SystemPaths &paths,
                                                                const AppServices &services) {
     VolumeChoice choice;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "install/BackupRestore.h"
 #include "volumes/SystemPaths.h"
 
 #include <QFuture>
@@ -48,6 +49,8 @@ public:
     CheckPage *checkPage() const;
     const SystemPaths &paths() const { return m_paths; }
     AppSettings &settings() const { return *m_settings; }
+    // Putting a backup back, with the kernel and cache choices the window has now.
+    BackupRestore::Plan restorePlan(const BackupRestore::Backup &backup) const;
 
     // Gives every control its start-up content, in order, and starts the update check
     // or the donation probe. Nothing slow runs on the UI thread: the volume list asks the

@@ -1,6 +1,5 @@
 #include "VolumeHealthController.h"
 
-#include "AppSettings.h"
 #include "DoctorSetup.h"
 #include "InstallController.h"
 #include "MainWindow.h"
@@ -183,9 +182,7 @@ void VolumeHealthController::restore(const DoctorFinding &finding) {
         folder ? BackupRestore::find(m_services.paths().desktop(), *folder) : std::nullopt;
     if (!backup)
         return;
-    BackupRestore::Plan plan =
-        BackupRestore::plan(*backup, m_services.paths(), m_delegate.window().prelinkKernel());
-    plan.options.recreateLionCache = m_delegate.settings().boolean(AppSettings::lionCacheKey);
+    const BackupRestore::Plan plan = m_delegate.restorePlan(*backup);
     if (!plan.problem.isEmpty()) {
         m_services.alerts().showResult(TaskResult::failed(plan.problem), m_window);
         return;

@@ -1,5 +1,6 @@
 #include "cli/CliContext.h"
 
+#include "cli/CliArgs.h"
 #include "cli/CliHelp.h"
 
 #include <QJsonDocument>
@@ -22,6 +23,15 @@ bool CliContext::confirm(const QString &question) const {
 int CliContext::usageError(const QString &problem) const {
     err << "kextkeeper " << verb << ": " << problem << '\n' << CliHelp::tryHelp(verb) << Qt::endl;
     return CliUsage;
+}
+
+std::optional<int> CliContext::refuseUnlessOptionsOnly(const CliArgs &args) const {
+    if (!args.ok())
+        return usageError(args.error());
+    if (!args.positional().isEmpty())
+        return usageError(QStringLiteral("unexpected words: ") +
+                          args.positional().join(QLatin1Char(' ')));
+    return std::nullopt;
 }
 
 int CliContext::taskError(const QString &message) const {

@@ -6,6 +6,9 @@
 #include <QJsonObject>
 #include <QStringList>
 #include <QTextStream>
+#include <optional>
+
+class CliArgs;
 
 // What a command-line verb gets: the words after the verb, the program's services (whose
 // executors print instead of running under --dry-run), and the two output streams.
@@ -26,6 +29,9 @@ struct CliContext {
     bool confirm(const QString &question) const;
     // "kextkeeper VERB: PROBLEM" and the hint at the verb's help, on standard error.
     int usageError(const QString &problem) const;
+    // For a verb that takes options only: the usage error its arguments earn (options it
+    // does not know, or words besides them), nothing when they are fine.
+    std::optional<int> refuseUnlessOptionsOnly(const CliArgs &args) const;
     // "kextkeeper VERB: MESSAGE" on standard error (a multi-line message as it is).
     int taskError(const QString &message) const;
     // One JSON document on standard output, for --json.

@@ -110,11 +110,8 @@ bool maintain(CliContext &c, const Request &request, const DoctorFindings &findi
 
 int doctorVerb(CliContext &c) {
     const CliArgs args(c.args, CliSyntax::of(c.verb).options);
-    if (!args.ok())
-        return c.usageError(args.error());
-    if (!args.positional().isEmpty())
-        return c.usageError(QStringLiteral("unexpected words: ") +
-                            args.positional().join(QLatin1Char(' ')));
+    if (const std::optional<int> refused = c.refuseUnlessOptionsOnly(args))
+        return *refused;
     Request request;
     request.volume = args.value(QStringLiteral("--volume")).value_or(QString());
     request.extraVersion = args.value(QStringLiteral("--extra-version")).value_or(QString());

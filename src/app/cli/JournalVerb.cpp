@@ -29,11 +29,8 @@ void printEntry(CliContext &c, const JournalEntry &entry) {
 
 int journalVerb(CliContext &c) {
     const CliArgs args(c.args, CliSyntax::of(c.verb).options);
-    if (!args.ok())
-        return c.usageError(args.error());
-    if (!args.positional().isEmpty())
-        return c.usageError(QStringLiteral("unexpected words: ") +
-                            args.positional().join(QLatin1Char(' ')));
+    if (const std::optional<int> refused = c.refuseUnlessOptionsOnly(args))
+        return *refused;
     qsizetype last = -1;
     if (const std::optional<QString> word = args.value(QStringLiteral("--last"))) {
         bool ok = false;

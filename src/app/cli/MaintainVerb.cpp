@@ -21,11 +21,8 @@ Qt::CheckState box(const CliArgs &args, const char *flag) {
 
 int maintainVerb(CliContext &c) {
     const CliArgs args(c.args, CliSyntax::of(c.verb).options);
-    if (!args.ok())
-        return c.usageError(args.error());
-    if (!args.positional().isEmpty())
-        return c.usageError(QStringLiteral("unexpected words: ") +
-                            args.positional().join(QLatin1Char(' ')));
+    if (const std::optional<int> refused = c.refuseUnlessOptionsOnly(args))
+        return *refused;
     MaintenanceOptions options;
     options.volume = args.value(QStringLiteral("--volume")).value_or(QString());
     if (options.volume.isEmpty())
